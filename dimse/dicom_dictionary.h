@@ -1,0 +1,58 @@
+#ifndef DIMSE_DICOM_DICTIONARY_H_
+#define DIMSE_DICOM_DICTIONARY_H_
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace dicom {
+
+// VR codes are the positions in the module's VR list; -1 is an unknown VR. These are the ones that
+// decoders test for.
+constexpr std::int32_t kVrUnknown = -1;
+constexpr std::int32_t kVrOb = 12;
+constexpr std::int32_t kVrOw = 13;
+constexpr std::int32_t kVrSq = 17;
+constexpr std::int32_t kVrUi = 21;
+
+// The code of a two-letter VR text, kVrUnknown for any other text.
+std::int32_t VrCodeOf(std::string_view vr_text);
+
+// What the dictionary says of one data element.
+class DataElementEntry {
+ public:
+  virtual ~DataElementEntry() = default;
+
+  std::int32_t vrCode = kVrUnknown;
+  std::string extraText;  // column 4 of Data.dic, for example "retired"
+  std::string name;       // column 2 of Data.dic
+};
+
+// The two text dictionaries of the host's current directory, read once on construction and only
+// read from then on.
+class DicomDictionary {
+ public:
+  // Reads ".\Data.dic", then ".\Uid.dic". Malformed lines are dropped. Throws ErrorWhileOpenFile
+  // when one of them cannot be opened.
+  DicomDictionary();
+
+  // `tagText` has the form (gggg,eeee), upper case. Fills `entry` and answers true; an unknown tag
+  // gives vrCode -1, the name "Unknown Tag", no extra text, and false. Groups 50gg and 60gg are
+  // looked up as 50xx and 60xx.
+  bool LookupDataElement(const std::string& tagText, DataElementEntry& entry) const;
+
+  // The description of a UID, "- Undefined UID" for an unknown one. The text is not trimmed.
+  std::string LookupUidDescription(const std::string& uidText) const;
+
+ private:
+  void AddDataElement(const std::string& line);
+  void AddUid(const std::string& line);
+
+  std::map<std::string, DataElementEntry> data_elements_;
+  std::map<std::string, std::string> uids_;
+};
+
+}  // namespace dicom
+
+#endif  // DIMSE_DICOM_DICTIONARY_H_

@@ -1,0 +1,51 @@
+#ifndef TRACKING_BYTE_ARRAY_VIEW_H_
+#define TRACKING_BYTE_ARRAY_VIEW_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace dicom {
+
+// Byte order codes as every reader takes them: 1 is big-endian, any other value little-endian.
+constexpr std::uint32_t kLittleEndian = 0;
+constexpr std::uint32_t kBigEndian = 1;
+
+// A bounded, read-only view of bytes that someone else owns; valid only while they stay where they
+// are. Offsets and lengths are in bytes. A read whose last byte lies at or beyond the length throws
+// OutOfRange.
+class ByteArrayView {
+ public:
+  ByteArrayView() = default;
+  ByteArrayView(const std::uint8_t* bytes, std::uint32_t length)
+      : bytes_(bytes), length_(length) {}
+
+  void SetBytes(const std::uint8_t* bytes, std::uint32_t length) {
+    bytes_ = bytes;
+    length_ = length;
+  }
+
+  const std::uint8_t* Bytes() const { return bytes_; }
+  std::uint32_t Length() const { return length_; }
+
+  std::uint8_t ByteAt(std::uint32_t offset) const;
+  std::uint16_t WordAt(std::uint32_t offset, std::uint32_t order) const;
+  std::uint32_t LongAt(std::uint32_t offset, std::uint32_t order) const;
+
+  // `count` bytes at `offset`, zero bytes included; the view form lives as long as the bytes.
+  std::string_view CharactersAt(std::uint32_t offset, std::uint32_t count) const;
+
+  // Throws OutOfRange unless `count` bytes lie at `offset`. Subtracts, so that no sum can wrap.
+  void RequireBytes(std::uint32_t offset, std::uint32_t count) const;
+
+  // The bytes from `offset` on, at most `count` of them; empty when `offset` is past the end.
+  ByteArrayView Part(std::uint32_t offset, std::uint32_t count) const;
+
+ private:
+  const std::uint8_t* bytes_ = nullptr;
+  std::uint32_t length_ = 0;
+};
+
+}  // namespace dicom
+
+#endif  // TRACKING_BYTE_ARRAY_VIEW_H_
