@@ -8,8 +8,8 @@
 
 namespace dicom {
 
-// VR codes are the positions in the module's VR list; -1 is an unknown VR. These are the ones that
-// decoders test for.
+// VR codes are the positions in the module's VR list; -1 is an unknown VR.
+// These are the ones that decoders test for.
 constexpr std::int32_t kVrUnknown = -1;
 constexpr std::int32_t kVrOb = 12;
 constexpr std::int32_t kVrOw = 13;
@@ -29,20 +29,22 @@ class DataElementEntry {
   std::string name;       // column 2 of Data.dic
 };
 
-// The two text dictionaries of the host's current directory, read once on construction and only
-// read from then on.
+// The two text dictionaries of the host's current directory, read once on
+// construction and only read from then on.
 class DicomDictionary {
  public:
-  // Reads ".\Data.dic", then ".\Uid.dic". Malformed lines are dropped. Throws ErrorWhileOpenFile
-  // when one of them cannot be opened.
+  // Reads ".\Data.dic", then ".\Uid.dic". Malformed lines are dropped. Throws
+  // ErrorWhileOpenFile when one of them cannot be opened.
   DicomDictionary();
 
-  // `tagText` has the form (gggg,eeee), upper case. Fills `entry` and answers true; an unknown tag
-  // gives vrCode -1, the name "Unknown Tag", no extra text, and false. Groups 50gg and 60gg are
-  // looked up as 50xx and 60xx.
-  bool LookupDataElement(const std::string& tagText, DataElementEntry& entry) const;
+  // `tagText` has the form (gggg,eeee), upper case. Fills `entry` and answers
+  // true; an unknown tag gives vrCode -1, the name "Unknown Tag", no extra
+  // text, and false. Groups 50gg and 60gg are looked up as 50xx and 60xx.
+  bool LookupDataElement(const std::string& tagText,
+                         DataElementEntry& entry) const;
 
-  // The description of a UID, "- Undefined UID" for an unknown one. The text is not trimmed.
+  // The description of a UID, "- Undefined UID" for an unknown one. The text is
+  // not trimmed.
   std::string LookupUidDescription(const std::string& uidText) const;
 
  private:

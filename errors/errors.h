@@ -5,8 +5,9 @@
 
 namespace dicom {
 
-// The module's failures. Each derives directly from std::exception and carries one fixed text,
-// which reaches the user in a message box or through the host. The texts keep their spelling.
+// The module's failures. Each derives directly from std::exception and carries
+// one fixed text, which reaches the user in a message box or through the host.
+// The texts keep their spelling.
 
 class OutOfMemory final : public std::exception {
  public:
@@ -34,7 +35,9 @@ class ErrorWhileOpenFile final : public std::exception {
 // A packet of fewer than the 14 bytes that a TCP header's flags end at.
 class ArrayTooShort final : public std::exception {
  public:
-  const char* what() const noexcept override { return "Packet too short for Tcp Header!"; }
+  const char* what() const noexcept override {
+    return "Packet too short for Tcp Header!";
+  }
 };
 
 class WrongTreeDepth final : public std::exception {
@@ -46,30 +49,40 @@ class WrongTreeDepth final : public std::exception {
 
 class DoublePresentationContextId final : public std::exception {
  public:
-  const char* what() const noexcept override { return "The Presentation context already exist."; }
+  const char* what() const noexcept override {
+    return "The Presentation context already exist.";
+  }
 };
 
 class PresentationContextDoesNotExist final : public std::exception {
  public:
-  const char* what() const noexcept override { return "The Presentation context does not exist."; }
+  const char* what() const noexcept override {
+    return "The Presentation context does not exist.";
+  }
 };
 
 class HandleNotSet final : public std::exception {
  public:
-  const char* what() const noexcept override { return "Handle needs to be set!!!"; }
+  const char* what() const noexcept override {
+    return "Handle needs to be set!!!";
+  }
 };
 
-// Reserved for a transfer syntax that cannot be classified. Deliberate: an unknown one counts as
-// explicit VR little endian, so this is never raised.
+// Reserved for a transfer syntax that cannot be classified. Deliberate: an
+// unknown one counts as explicit VR little endian, so this is never raised.
 class TransferSyntaxNotExist final : public std::exception {
  public:
-  const char* what() const noexcept override { return "The Transfer Syntax does not exist!"; }
+  const char* what() const noexcept override {
+    return "The Transfer Syntax does not exist!";
+  }
 };
 
 // The host no longer delivers a packet that it delivered before.
 class UnableToGetPacketFromTapvane final : public std::exception {
  public:
-  const char* what() const noexcept override { return "Unable to get Packet From Tapvane"; }
+  const char* what() const noexcept override {
+    return "Unable to get Packet From Tapvane";
+  }
 };
 
 }  // namespace dicom

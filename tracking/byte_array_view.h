@@ -7,13 +7,14 @@
 
 namespace dicom {
 
-// Byte order codes as every reader takes them: 1 is big-endian, any other value little-endian.
+// Byte order codes as every reader takes them: 1 is big-endian, any other value
+// little-endian.
 constexpr std::uint32_t kLittleEndian = 0;
 constexpr std::uint32_t kBigEndian = 1;
 
-// A bounded, read-only view of bytes that someone else owns; valid only while they stay where they
-// are. Offsets and lengths are in bytes. A read whose last byte lies at or beyond the length throws
-// OutOfRange.
+// A bounded, read-only view of bytes that someone else owns; valid only while
+// they stay where they are. Offsets and lengths are in bytes. A read whose last
+// byte lies at or beyond the length throws OutOfRange.
 class ByteArrayView {
  public:
   ByteArrayView() = default;
@@ -32,13 +33,17 @@ class ByteArrayView {
   std::uint16_t WordAt(std::uint32_t offset, std::uint32_t order) const;
   std::uint32_t LongAt(std::uint32_t offset, std::uint32_t order) const;
 
-  // `count` bytes at `offset`, zero bytes included; the view form lives as long as the bytes.
-  std::string_view CharactersAt(std::uint32_t offset, std::uint32_t count) const;
+  // `count` bytes at `offset`, zero bytes included; the view form lives as long
+  // as the bytes.
+  std::string_view CharactersAt(std::uint32_t offset,
+                                std::uint32_t count) const;
 
-  // Throws OutOfRange unless `count` bytes lie at `offset`. Subtracts, so that no sum can wrap.
+  // Throws OutOfRange unless `count` bytes lie at `offset`. Subtracts, so that
+  // no sum can wrap.
   void RequireBytes(std::uint32_t offset, std::uint32_t count) const;
 
-  // The bytes from `offset` on, at most `count` of them; empty when `offset` is past the end.
+  // The bytes from `offset` on, at most `count` of them; empty when `offset` is
+  // past the end.
   ByteArrayView Part(std::uint32_t offset, std::uint32_t count) const;
 
  private:

@@ -7,14 +7,15 @@
 
 namespace dicom {
 
-// Where earlier packets' bytes come from: records keep packet numbers and offsets only, the bytes
-// stay with the host.
+// Where earlier packets' bytes come from: records keep packet numbers and
+// offsets only, the bytes stay with the host.
 class PacketSource {
  public:
   virtual ~PacketSource() = default;
 
-  // The TCP bytes (header included) of packet `number`; valid until the next call. Throws
-  // UnableToGetPacketFromTapvane when the host does not deliver exactly that packet.
+  // The TCP bytes (header included) of packet `number`; valid until the next
+  // call. Throws UnableToGetPacketFromTapvane when the host does not deliver
+  // exactly that packet.
   virtual ByteArrayView PacketBytes(std::uint32_t number) = 0;
 };
 

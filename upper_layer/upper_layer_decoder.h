@@ -9,16 +9,19 @@
 
 namespace dicom {
 
-// Decodes one Upper Layer PDU into lines, field by field in wire order. Made for one display: the
-// bytes, the writer and the dictionary stay the caller's and outlive it. All fields are big-endian.
+// Decodes one Upper Layer PDU into lines, field by field in wire order. Made
+// for one display: the bytes, the writer and the dictionary stay the caller's
+// and outlive it. All fields are big-endian.
 class UpperLayerDecoder : private ByteArrayView {
  public:
-  // `bytes` begins with the PDU-type byte and holds the PDU as far as it was captured.
-  UpperLayerDecoder(const std::uint8_t* bytes, std::uint32_t length, DecodeTreeWriter& tree_writer,
+  // `bytes` begins with the PDU-type byte and holds the PDU as far as it was
+  // captured.
+  UpperLayerDecoder(const std::uint8_t* bytes, std::uint32_t length,
+                    DecodeTreeWriter& tree_writer,
                     const DicomDictionary& dictionary);
 
-  // Writes all lines. Whatever fails becomes one last line with the position; throws nothing but
-  // what that line's own writing throws.
+  // Writes all lines. Whatever fails becomes one last line with the position;
+  // throws nothing but what that line's own writing throws.
   void DecodePdu();
 };
 

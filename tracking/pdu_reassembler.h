@@ -1,0 +1,80 @@
+#ifndef TRACKING_PDU_REASSEMBLER_H_
+#define TRACKING_PDU_REASSEMBLER_H_
+
+#include <array>
+#include <cstdint>
+#include <deque>
+
+#include "tracking/message_assembler.h"
+#include "tracking/packet_source.h"
+#include "tracking/records.h"
+#include "tracking/tcp_segment.h"
+
+namespace dicom {
+
+// Cuts the two byte streams of a connection into Upper Layer PDUs, records
+// which bytes of which packets each consists of, and hands P-DATA-TF contents
+// to the message assembly. Segments are taken in the order they come; sequence
+// numbers are not looked at.
+class PduReassembler {
+ public:
+  // Takes the payload of the next segment of its direction. The bytes are read
+  // during the call only: records keep packet numbers and offsets. True when
+  // the segment ended exactly at the end of a PDU; false inside one, or after
+  // Flush. Throws OutOfRange when the segment's end cuts a PDU header (or the
+  // first PDV header of a chunk), Unexpected on a length field of FFFFFFFAh or
+  // more, and what the source throws. What was done before the failure stays
+  // done.
+  bool ProcessSegment(const TcpSegment& segment, PacketSource& source);
+
+  // At the end of a capture: lists the PDUs and messages that are still
+  // incomplete. Ends the input for good; without effect after the first time.
+  void Flush();
+
+  const std::deque<PduRecord>& Pdus() const { return pdus_; }
+  const std::deque<DimseMessageRecord>& Messages() const {
+    return assembler_.Messages();
+  }
+
+ private:
+  // One direction's PDU in progress.
+  struct StreamState {
+    std::uint32_t missing = 0;     // bytes of it not yet seen; 0: a header next
+    PduRecord record;              // what of it was seen
+    std::uint32_t pdu_length = 0;  // its length field plus 6; 0: none
+  };
+
+  // How far one segment's payload is used up.
+  struct Cursor {
+    const TcpSegment& segment;
+    StreamState& stream;
+    std::uint8_t& p_data;  // the direction's P-DATA flag
+    PacketSource& source;
+    std::uint32_t consumed;  // payload bytes
+    std::uint32_t left;
+    std::uint32_t skip;  // 6 for each P-DATA-TF PDU begun in the segment
+
+    std::uint32_t Offset() const { return segment.HeaderLength() + consumed; }
+    void Consume(std::uint32_t count) {
+      consumed += count;
+      left -= count;
+    }
+  };
+
+  bool BeginWithPdu(Cursor& cursor);  // the payload begins with a PDU header
+  bool ContinuePdu(Cursor& cursor);   // it goes on with a PDU
+  std::uint8_t StartPdu(Cursor& cursor);
+  void StartPduAfterWholePdu(Cursor& cursor);
+  void FeedRest(Cursor& cursor, std::uint32_t length);
+  void FinishPdu(StreamState& stream);
+
+  bool enabled_ = true;
+  std::uint32_t pdu_counter_ = 0;
+  std::array<StreamState, 2> streams_;  // by direction
+  std::deque<PduRecord> pdus_;
+  MessageAssembler assembler_;
+};
+
+}  // namespace dicom
+
+#endif  // TRACKING_PDU_REASSEMBLER_H_

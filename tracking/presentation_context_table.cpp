@@ -1,0 +1,128 @@
+#include "tracking/presentation_context_table.h"
+
+#include <exception>
+#include <utility>
+
+#include "errors/errors.h"
+
+namespace dicom {
+namespace {
+
+constexpr std::uint32_t kPduHeader = 6;
+constexpr std::uint32_t kProtocolVersion = 6;
+constexpr std::uint16_t kFirstItem = 74;
+constexpr std::uint8_t kContextItem = 0x21;
+constexpr std::uint8_t kTransferSyntaxItem = 0x40;
+constexpr std::uint16_t kItemHeader = 4;  // type, reserved, length (2)
+constexpr std::uint16_t kSubItems = 8;    // behind an item's fixed fields
+
+// There are no more offsets than that, so a longer walk goes in circles.
+constexpr std::uint32_t kMaxSteps = 65536;
+
+struct KnownSyntax {
+  std::string_view uid;
+  bool big_endian, explicit_vr;
+};
+constexpr KnownSyntax kKnownSyntaxes[] = {
+    {"1.2.840.10008.1.2.1", false, true},
+    {"1.2.840.10008.1.2.2", true, true},
+    {"1.2.840.10008.1.2", false, false},
+};
+
+// Reads the accepted contexts of one A-ASSOCIATE-AC PDU into a table.
+// Deliberate: offsets that are kept from step to step have 16 bits and wrap.
+class AcceptReader {
+ public:
+  AcceptReader(const ByteArrayView& pdu, PresentationContextTable& table)
+      : pdu_(pdu), table_(table) {}
+
+  void Read() {
+    if (pdu_.LongAt(2, kBigEndian) + kPduHeader != pdu_.Length()) return;
+    if (pdu_.WordAt(kProtocolVersion, kBigEndian) != 1) return;
+    std::uint16_t offset = kFirstItem;
+    for (std::uint32_t step = 0; step < kMaxSteps; ++step) {
+      if (offset >= pdu_.Length()) return;
+      const std::uint16_t end = EndOfItem(offset);
+      if (pdu_.ByteAt(offset) == kContextItem) ReadContext(offset, end);
+      offset = end;
+    }
+  }
+
+ private:
+  std::uint16_t EndOfItem(std::uint16_t offset) const {
+    return static_cast<std::uint16_t>(offset + kItemHeader +
+                                      pdu_.WordAt(offset + 2u, kBigEndian));
+  }
+
+  void ReadContext(std::uint16_t item, std::uint16_t end) {
+    const std::uint8_t id = pdu_.ByteAt(item + 4u);
+    const bool accepted = pdu_.ByteAt(item + 6u) == 0;
+    auto offset = static_cast<std::uint16_t>(item + kSubItems);
+    for (std::uint32_t step = 0; offset < end; ++step) {
+      if (step == kMaxSteps) throw OutOfRange();  // ends the whole reading
+      const bool is_syntax = pdu_.ByteAt(offset) == kTransferSyntaxItem;
+      const std::uint16_t length = pdu_.WordAt(offset + 2u, kBigEndian);
+      if (is_syntax && accepted) {
+        table_.AddPresentationContext(
+            id, std::string(pdu_.CharactersAt(offset + 4u, length)));
+      }
+      offset = static_cast<std::uint16_t>(offset + kItemHeader + length);
+    }
+  }
+
+  const ByteArrayView& pdu_;
+  PresentationContextTable& table_;
+};
+
+}  // namespace
+
+// Deliberate: a text that is none of the known ones is tried again without its
+// last character, whatever that is, and else taken as explicit VR little
+// endian.
+TransferSyntax::TransferSyntax(std::string uid_text)
+    : uid_text_(std::move(uid_text)) {
+  const std::string_view text = uid_text_;
+  if (!Classify(text) && !text.empty()) {
+    Classify(text.substr(0, text.size() - 1));
+  }
+}
+
+bool TransferSyntax::Classify(std::string_view text) {
+  for (const KnownSyntax& known : kKnownSyntaxes) {
+    if (text != known.uid) continue;
+    big_endian_ = known.big_endian;
+    explicit_vr_ = known.explicit_vr;
+    return true;
+  }
+  return false;
+}
+
+void PresentationContextTable::AddAcceptedContexts(const ByteArrayView& pdu) {
+  try {
+    AcceptReader(pdu, *this).Read();
+  } catch (const std::exception&) {
+    // What was entered so far is kept.
+  }
+}
+
+void PresentationContextTable::AddPresentationContext(std::uint8_t id,
+                                                      std::string uid_text) {
+  if (contexts_.contains(id)) throw DoublePresentationContextId();
+  contexts_.emplace(id, TransferSyntax(std::move(uid_text)));
+}
+
+bool PresentationContextTable::IsBigEndian(std::uint8_t id) const {
+  return Find(id).IsBigEndian();
+}
+
+bool PresentationContextTable::IsExplicitVr(std::uint8_t id) const {
+  return Find(id).IsExplicitVr();
+}
+
+const TransferSyntax& PresentationContextTable::Find(std::uint8_t id) const {
+  const auto context = contexts_.find(id);
+  if (context == contexts_.end()) throw PresentationContextDoesNotExist();
+  return context->second;
+}
+
+}  // namespace dicom

@@ -1,0 +1,54 @@
+#include "tracking/segment_history.h"
+
+#include <algorithm>
+
+namespace dicom {
+
+NumberPair NumbersOf(const TcpSegment& segment) {
+  const std::uint32_t sequence = segment.SequenceNumber();
+  const std::uint32_t acknowledgement = segment.AcknowledgementNumber();
+  return segment.Direction() != 0 ? NumberPair(sequence, acknowledgement)
+                                  : NumberPair(acknowledgement, sequence);
+}
+
+void SegmentHistory::Append(const TcpSegment& segment) {
+  if (segment.Direction() != last_direction_) settled_ = entries_.size();
+  last_direction_ = segment.Direction();
+  const NumberPair numbers = NumbersOf(segment);
+  newest_[numbers] = taken_ + entries_.size();
+  entries_.push_back({segment.PacketNumber(), numbers});
+}
+
+bool SegmentHistory::SettleOnDirection(std::uint8_t direction) {
+  if (entries_.empty() || direction == last_direction_) return false;
+  settled_ = entries_.size();
+  return true;
+}
+
+bool SegmentHistory::SettleRetransmitted(const NumberPair& numbers) {
+  const auto match = newest_.find(numbers);
+  if (match == newest_.end()) return false;
+  const auto position = static_cast<std::size_t>(match->second - taken_);
+  settled_ = std::max(settled_, position + 1);
+  return true;
+}
+
+std::optional<std::uint32_t> SegmentHistory::TakeSettled() {
+  if (!FrontIsSettled()) return std::nullopt;
+  return TakeAny();
+}
+
+std::optional<std::uint32_t> SegmentHistory::TakeAny() {
+  if (entries_.empty()) return std::nullopt;
+  const Entry front = entries_.front();
+  const auto newest = newest_.find(front.numbers);
+  if (newest != newest_.end() && newest->second == taken_) {
+    newest_.erase(newest);
+  }
+  entries_.pop_front();
+  ++taken_;
+  if (settled_ > 0) --settled_;
+  return front.packet_number;
+}
+
+}  // namespace dicom
