@@ -1,0 +1,88 @@
+#include "plugin/display_driver.h"
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "dimse/message_decoder.h"
+#include "tree/decode_tree_writer.h"
+#include "tree/tree_output.h"
+#include "upper_layer/upper_layer_decoder.h"
+
+namespace dicom {
+namespace {
+
+constexpr std::uint32_t kMaxMessageDump = 64000;  // bytes
+constexpr std::uint32_t kExpandNoSection = 0;
+
+// A copy of the record to show: fetching its packets runs the host's code,
+// which may change the lists.
+template <class Records>
+typename Records::value_type RecordAt(const Records& records,
+                                      std::int32_t index) {
+  const auto last = static_cast<std::int32_t>(records.size()) - 1;
+  return records.at(static_cast<std::size_t>(std::min(index, last)));
+}
+
+ByteArrayView Gather(const SpanList& spans, HWND host_window,
+                     std::vector<std::uint8_t>& bytes) {
+  HostPacketSource source(host_window);
+  bytes = GatherBytes(spans, std::numeric_limits<std::uint32_t>::max(), source);
+  return {bytes.data(), static_cast<std::uint32_t>(bytes.size())};
+}
+
+}  // namespace
+
+// No guard object for the busy flag: it has to stay set when an exception
+// leaves.
+void DisplayDriver::Display(const DisplayRequest& request) {
+  if (busy_ != 0) return;
+  busy_ = 1;
+  ClearTree(request.tree_window);
+  const std::shared_ptr<HostContext> context =
+      contexts_.ContextOf(request.host_window);
+  const PduReassembler& reassembler = context->Reassembler();
+  if (request.message_view ? reassembler.Messages().empty()
+                           : reassembler.Pdus().empty()) {
+    ::SetWindowTextA(request.hex_window, "");
+  } else if (request.message_view) {
+    ShowMessage(request, *context);
+  } else {
+    ShowPdu(request, *context);
+  }
+  busy_ = 0;
+}
+
+void DisplayDriver::ShowPdu(const DisplayRequest& request,
+                            const HostContext& context) {
+  const PduRecord pdu = RecordAt(context.Reassembler().Pdus(), request.index);
+  std::vector<std::uint8_t> buffer;
+  const ByteArrayView bytes = Gather(pdu.spans, request.host_window, buffer);
+  // Deliberate: a PDU is dumped whole, a message only up to a limit.
+  ShowHexDump(request.hex_window, bytes.Bytes(), bytes.Length());
+  DecodeTreeWriter writer(request.host_window, request.tree_window,
+                          kExpandNoSection, request.image_table);
+  UpperLayerDecoder(bytes.Bytes(), bytes.Length(), writer, dictionary_)
+      .DecodePdu();
+  writer.FinishTree();
+}
+
+void DisplayDriver::ShowMessage(const DisplayRequest& request,
+                                const HostContext& context) {
+  const DimseMessageRecord message =
+      RecordAt(context.Reassembler().Messages(), request.index);
+  std::vector<std::uint8_t> buffer;
+  const ByteArrayView bytes =
+      Gather(message.spans, request.host_window, buffer);
+  const std::uint32_t length = message.command_length + message.data_length;
+  ShowHexDump(request.hex_window, bytes.Bytes(),
+              std::min({length, kMaxMessageDump, bytes.Length()}));
+  DecodeTreeWriter writer(request.host_window, request.tree_window,
+                          kExpandNoSection, request.image_table);
+  MessageDecoder(dictionary_, context.PresentationContexts(), writer)
+      .DecodeMessage({bytes, message.command_length, message.data_length,
+                      message.first_text, message.presentation_context_id});
+  writer.FinishTree();
+}
+
+}  // namespace dicom

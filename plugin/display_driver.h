@@ -1,0 +1,49 @@
+#ifndef PLUGIN_DISPLAY_DRIVER_H_
+#define PLUGIN_DISPLAY_DRIVER_H_
+
+#include <cstdint>
+
+#include "dimse/dicom_dictionary.h"
+#include "plugin/host_context.h"
+#include "plugin/host_interface.h"
+
+namespace dicom {
+
+// What the host asks to be shown, and where. Windows and the image table (14
+// entries, may be null) stay the host's.
+struct DisplayRequest {
+  HWND host_window;
+  HWND tree_window;
+  std::int32_t index;  // position in the list of the chosen view
+  const std::uint32_t* image_table;
+  HWND hex_window;
+  bool message_view;
+};
+
+// Shows one PDU or message: its bytes in the hex window, its decode in the tree
+// (or, while the host prints or saves, on paper or in the file). There is one
+// for all host windows.
+class DisplayDriver {
+ public:
+  DisplayDriver(HostContexts& contexts, const DicomDictionary& dictionary)
+      : contexts_(contexts), dictionary_(dictionary) {}
+
+  // An index behind the end shows the last record. Catches nothing: a negative
+  // index (std::out_of_range), a packet that the host no longer delivers
+  // (UnableToGetPacketFromTapvane) or WrongTreeDepth leave the call.
+  // Deliberate: the busy flag then stays set and every later call is turned
+  // away.
+  void Display(const DisplayRequest& request);
+
+ private:
+  void ShowPdu(const DisplayRequest& request, const HostContext& context);
+  void ShowMessage(const DisplayRequest& request, const HostContext& context);
+
+  HostContexts& contexts_;
+  const DicomDictionary& dictionary_;
+  std::uint32_t busy_ = 0;
+};
+
+}  // namespace dicom
+
+#endif  // PLUGIN_DISPLAY_DRIVER_H_

@@ -1,0 +1,48 @@
+#ifndef PLUGIN_LIST_DRIVER_H_
+#define PLUGIN_LIST_DRIVER_H_
+
+#include <cstdint>
+#include <exception>
+
+#include "plugin/host_context.h"
+#include "plugin/host_interface.h"
+
+namespace dicom {
+
+// What the host asks of one list call, and where it wants the answers. Any
+// pointer may be null: nothing is then written.
+struct ListRequest {
+  HWND host_window;
+  PacketListRow* rows;             // room for DICOM_ROWS_PER_CALL
+  std::int32_t* first_index;       // in/out
+  std::uint32_t* row_count;        // in/out
+  std::uint32_t* first_available;  // out
+  std::uint32_t* last_available;   // out
+  bool message_view;
+  bool live;  // the capture still grows
+};
+
+// Fills the host's packet list: each call reads a few more segments, then
+// copies rows. Catches every failure of the reading and reports every third
+// one. There is one for all host windows.
+class ListDriver {
+ public:
+  explicit ListDriver(HostContexts& contexts) : contexts_(contexts) {}
+
+  // Answers a code in the low 16 bits and the progress in the high ones.
+  std::uint32_t List(const ListRequest& request);
+
+ private:
+  std::uint32_t ListGuarded(const ListRequest& request);
+  bool ReadSegments(PacketAccessor& accessor, HostContext& context, bool live);
+  std::uint32_t ReportFailure(HWND host_window, const std::exception& failure,
+                              std::uint32_t progress_word);
+
+  HostContexts& contexts_;
+  std::uint32_t busy_ = 0;
+  std::uint32_t failure_counter_ = 0;
+};
+
+}  // namespace dicom
+
+#endif  // PLUGIN_LIST_DRIVER_H_

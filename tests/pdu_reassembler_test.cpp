@@ -1,0 +1,310 @@
+#include "tracking/pdu_reassembler.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <string>
+
+#include "errors/errors.h"
+#include "tests/bytes.h"
+
+namespace dicom::testing {
+namespace {
+
+// Two byte streams: each Send() is one packet with a 20-byte TCP header.
+class PduReassemblerTest : public ::testing::Test, protected PacketSource {
+ protected:
+  bool Send(const Bytes& payload, std::uint8_t direction = 0) {
+    return SendPacket(TcpSegmentBytes({}, payload), direction);
+  }
+
+  bool SendPacket(const Bytes& packet, std::uint8_t direction = 0) {
+    packets_.push_back(packet);
+    TcpSegment segment;
+    segment.Parse(packet.data(), packet.Length(),
+                  static_cast<std::uint32_t>(packets_.size() - 1), direction);
+    return reassembler_.ProcessSegment(segment, *this);
+  }
+
+  ByteArrayView PacketBytes(std::uint32_t number) override {
+    ++fetches_;
+    if (number == refused_) throw UnableToGetPacketFromTapvane();
+    return {packets_[number].data(), packets_[number].Length()};
+  }
+
+  // "number name packet:offset+length ...", with "<" for direction 1.
+  std::string Pdus() const {
+    std::string text;
+    for (const PduRecord& pdu : reassembler_.Pdus()) {
+      std::uint32_t total = 0;
+      text += std::to_string(pdu.pdu_number) + (pdu.direction ? "<" : " ") +
+              pdu.summary_text + Spans(pdu.spans, total) + "\n";
+      EXPECT_EQ(total, pdu.total_length);
+    }
+    return text;
+  }
+
+  // "number c<context> command+data name/id spans".
+  std::string Messages() const {
+    std::string text;
+    for (const DimseMessageRecord& message : reassembler_.Messages()) {
+      std::uint32_t total = 0;
+      text += std::to_string(message.message_number) +
+              (message.direction ? "<c" : " c") +
+              std::to_string(message.presentation_context_id) + " " +
+              std::to_string(message.command_length) + "+" +
+              std::to_string(message.data_length) + " " + message.first_text +
+              "/" + SecondText(message) + Spans(message.spans, total) + "\n";
+    }
+    return text;
+  }
+
+  static std::string Spans(const SpanList& spans, std::uint32_t& total) {
+    std::string text;
+    for (std::size_t i = 0; i < spans.size(); ++i) {
+      text += " " + std::to_string(spans[i].packet_number) + ":" +
+              std::to_string(spans[i].offset) + "+" +
+              std::to_string(spans[i].length);
+      total += spans[i].length;
+    }
+    return text;
+  }
+
+  PduReassembler reassembler_;
+  std::deque<Bytes> packets_;
+  std::uint32_t refused_ = 0xFFFFFFFF;
+  int fetches_ = 0;
+};
+
+const Bytes kEcho = Command(0x0030, 7);  // 20 bytes
+
+TEST_F(PduReassemblerTest, PduOverThreeSegmentsIsOneRecordWithThreeSpans) {
+  EXPECT_FALSE(Send(ReleaseRequest().First(6)));
+  EXPECT_FALSE(Send(ReleaseRequest().Part(6, 1)));
+  EXPECT_TRUE(Send(ReleaseReply(), 1));
+  EXPECT_EQ(Pdus(), "2<A-RELEASE-RP PDU 2:20+10\n");
+  EXPECT_TRUE(Send(ReleaseRequest().From(7)));
+  EXPECT_EQ(Pdus(),
+            "2<A-RELEASE-RP PDU 2:20+10\n"
+            "1 A-RELEASE-RQ PDU 0:20+6 1:20+1 3:20+3\n");
+}
+
+TEST_F(PduReassemblerTest, EveryTypeHasItsNameAndIsCutByItsLength) {
+  Bytes stream;
+  for (std::uint8_t type : {0, 1, 2, 3, 5, 6, 7, 8, 255}) {
+    stream += Pdu(type, Repeat(0, type));
+  }
+  EXPECT_TRUE(Send(stream));
+  EXPECT_EQ(Pdus(),
+            "1 unkown PDU 0:20+6\n"
+            "2 A-ASSOCIATE-RQ PDU 0:26+7\n"
+            "3 A-ASSOCIATE-AC PDU 0:33+8\n"
+            "4 A-ASSOCIATE-RJ PDU 0:41+9\n"
+            "5 A-RELEASE-RQ PDU 0:50+11\n"
+            "6 A-RELEASE-RP PDU 0:61+12\n"
+            "7 A-ABORT PDU 0:73+13\n"
+            "8 unkown PDU 0:86+14\n"
+            "9 unkown PDU 0:100+261\n");
+}
+
+TEST_F(PduReassemblerTest, OnePduCutAnywhereBehindItsHeaderIsOneRecord) {
+  const Bytes whole = PData(Pdv(1, kLastCommand, kEcho));
+  for (std::size_t cut = 6; cut < whole.size(); ++cut) {
+    SCOPED_TRACE(cut);
+    reassembler_ = PduReassembler();
+    if (cut > 6 && cut < 12) {  // inside the PDV header
+      EXPECT_THROW(Send(whole.First(cut)), OutOfRange);
+      continue;
+    }
+    EXPECT_FALSE(Send(whole.First(cut)));
+    EXPECT_TRUE(Send(whole.From(cut)));
+    ASSERT_EQ(reassembler_.Pdus().size(), 1u);
+    EXPECT_EQ(reassembler_.Pdus()[0].total_length, whole.size());
+    ASSERT_EQ(reassembler_.Messages().size(), 1u);
+    EXPECT_EQ(reassembler_.Messages()[0].command_length, kEcho.size());
+    EXPECT_STREQ(reassembler_.Messages()[0].first_text, "C-ECHO-RQ");
+  }
+}
+
+TEST_F(PduReassemblerTest, MessageIsListedWithItsCommandAndReplacedByItsData) {
+  Send(PData(Pdv(3, kLastCommand, Command(0x0001, 0xFFFF))));
+  EXPECT_EQ(Messages(), "1 c3 32+0 C-SEND-RQ/Message Id: 65535 0:32+32\n");
+  Send(PData(Pdv(3, kData, Repeat(1, 8))));
+  Send(PData(Pdv(9, kLastData, Repeat(2, 4))));
+  EXPECT_EQ(Messages(),
+            "1 c3 32+12 C-SEND-RQ/Message Id: 65535 0:32+32 1:32+8 2:32+4\n");
+  Send(PData(Pdv(5, kLastCommand, Command(0x8001, 1))), 1);
+  EXPECT_EQ(Messages(),
+            "1 c3 32+12 C-SEND-RQ/Message Id: 65535 0:32+32 1:32+8 2:32+4\n"
+            "2<c5 32+0 C-SEND-RSP/Message Id: 1 3:32+32\n");
+}
+
+TEST_F(PduReassemblerTest, SecondPDataOfASegmentIsFedFromItsByte12) {
+  // The second PDU's bytes from 12 on look like a command PDV of their own.
+  const Bytes hidden = Pdv(7, kLastCommand, kEcho);
+  Send(PData(Pdv(1, kLastCommand, kEcho)) +
+       PData(Pdv(1, kLastCommand, hidden)));
+  EXPECT_EQ(Messages(),
+            "1 c1 32+0 C-ECHO-RQ/Message Id: 7 0:32+32\n"
+            "2 c7 32+0 C-ECHO-RQ/Message Id: 7 0:82+32\n");
+}
+
+TEST_F(PduReassemblerTest, OnlyAfterAContinuedPduIsAReleaseFed) {
+  const Bytes p_data = PData(Pdv(1, kLastCommand, kEcho));
+  const Bytes release = Pdu(5, Pdv(1, kLastCommand, kEcho));
+  Send(p_data + release);
+  EXPECT_EQ(reassembler_.Messages().size(), 1u);
+
+  Send(p_data.First(12), 1);
+  // Fed from the release's own first byte, since only P-DATA-TF adds to skip:
+  // a data PDV of 0500 0000h bytes, so the message swallows it.
+  Send(p_data.From(12) + release, 1);
+  EXPECT_EQ(reassembler_.Messages().size(), 2u);
+  EXPECT_EQ(Pdus(),
+            "1 P-DATA-TF PDU 0:20+44\n"
+            "2 A-RELEASE-RQ PDU 0:64+44\n"
+            "3<P-DATA-TF PDU 1:20+12 2:20+32\n"
+            "4<A-RELEASE-RQ PDU 2:52+44\n");
+  reassembler_.Flush();
+  EXPECT_EQ(Messages().substr(Messages().find("\n2") + 1),
+            "2<c1 32+0 C-ECHO-RQ/Message Id: 7 2:20+32\n"
+            "2<c1 32+38 C-ECHO-RQ/Message Id: 7 2:20+32 2:58+38\n");
+}
+
+TEST_F(PduReassemblerTest, ValuesThatEndInsideAChunkAreListedAsCommands) {
+  // Data of context 1, then a command of context 3: its context ID and length
+  // are read from the chunk's first header, and it is listed in direction 1.
+  const Bytes data = Pdv(1, kLastData, Repeat(0xAA, 32));
+  Send(PData(data + Pdv(3, kLastCommand, kEcho)));
+  EXPECT_EQ(Messages(),
+            "0 c0 32+0 / 0:32+32\n"
+            "1<c1 32+0 C-ECHO-RQ/Message Id: 7 0:70+32\n");
+}
+
+TEST_F(PduReassemblerTest, ShortRestsAndEmptyLastValuesNeverCompleteAMessage) {
+  Send(PData(Pdv(1, kLastCommand, {})));  // empty value at the chunk's end
+  EXPECT_EQ(Messages(), "");
+  Send(PData(Pdv(1, kLastCommand, kEcho) + Repeat(9, 5)));  // 5 bytes are lost
+  Send(PData(Pdv(3, kLastCommand, kEcho)));
+  EXPECT_EQ(Messages(),
+            "2 c1 32+0 C-ECHO-RQ/Message Id: 7 1:32+32\n"
+            "3 c3 32+0 C-ECHO-RQ/Message Id: 7 2:32+32\n");
+}
+
+TEST_F(PduReassemblerTest, ItemLengthBelowTwoSwallowsTheDirection) {
+  const Bytes pdv = Pdv(1, kLastCommand, kEcho).Patched(0, Big32(1));
+  Send(PData(pdv));
+  Send(PData(Pdv(1, kLastCommand, kEcho)));
+  EXPECT_EQ(Messages(), "");
+  reassembler_.Flush();
+  EXPECT_EQ(Messages(), "1 c1 70+0 / 0:32+32 1:26+38\n");
+}
+
+TEST_F(PduReassemblerTest, DataBeforeAnyCommandBelongsToMessageZero) {
+  Send(PData(Pdv(1, kLastData, Repeat(1, 4))));
+  EXPECT_EQ(Messages(), "");
+  reassembler_.Flush();
+  EXPECT_EQ(Messages(), "");
+}
+
+TEST_F(PduReassemblerTest, CommandInTinyPdvsIsReadOnceForManyRows) {
+  Bytes pdvs;
+  for (std::uint8_t byte : kEcho) pdvs += Pdv(1, kData, {byte});
+  Send(PData(Pdv(1, kCommand, {}) + pdvs));
+  const auto& messages = reassembler_.Messages();
+  ASSERT_EQ(messages.size(), 32u);  // the first value was empty
+  // Behind 12 bytes of group length and 8 of its own header, the Command
+  // Field has its 16 bits with the 22nd byte.
+  EXPECT_STREQ(messages[21].first_text, "");
+  EXPECT_STREQ(messages[22].first_text, "C-ECHO-RQ");
+  EXPECT_EQ(messages[31].command_length, 31u);
+  EXPECT_LE(fetches_, 32);
+}
+
+TEST_F(PduReassemblerTest, FlushListsWhatIsIncompleteAndRepeatsMessages) {
+  Send(PData(Pdv(1, kLastCommand, kEcho)));
+  Send(PData(Pdv(1, kLastData, Repeat(1, 8))).First(16));
+  Send(ReleaseReply().First(8), 1);
+  reassembler_.Flush();
+  EXPECT_EQ(Pdus(),
+            "1 P-DATA-TF PDU 0:20+44\n"
+            "3<A-RELEASE-RP PDU 2:20+8\n"
+            "2 P-DATA-TF PDU 1:20+16\n");
+  // The other side had no message: its number 0 stands for position 0, which is
+  // overwritten. Number 1 is not below the count of 1, so it is listed again.
+  EXPECT_EQ(Messages(),
+            "0 c0 0+0 /\n"
+            "1 c1 32+4 C-ECHO-RQ/Message Id: 7 0:32+32 1:32+4\n");
+  reassembler_.Flush();
+  EXPECT_FALSE(Send(ReleaseRequest()));
+  EXPECT_EQ(reassembler_.Pdus().size(), 3u);
+  EXPECT_EQ(reassembler_.Messages().size(), 2u);
+}
+
+TEST_F(PduReassemblerTest, FlushOverwritesTheEntryBehindTheMessagesOwn) {
+  Send(PData(Pdv(1, kLastCommand, kEcho)));     // 1, zero side
+  Send(PData(Pdv(1, kLastCommand, kEcho)), 1);  // 2, other side
+  Send(PData(Pdv(1, kLastData, Repeat(1, 4))).First(14));
+  reassembler_.Flush();
+  EXPECT_EQ(Messages(),
+            "1 c1 32+0 C-ECHO-RQ/Message Id: 7 0:32+32\n"
+            "1 c1 32+2 C-ECHO-RQ/Message Id: 7 0:32+32 2:32+2\n"
+            "2<c1 32+0 C-ECHO-RQ/Message Id: 7 1:32+32\n");
+}
+
+// Error paths.
+
+TEST_F(PduReassemblerTest, HeaderCutByASegmentsEndThrowsAndIsLost) {
+  EXPECT_THROW(Send(ReleaseRequest().First(5)), OutOfRange);
+  EXPECT_TRUE(Send(ReleaseRequest()));
+  EXPECT_THROW(Send(ReleaseRequest() + ReleaseRequest().First(1)), OutOfRange);
+  EXPECT_EQ(Pdus(),
+            "2 A-RELEASE-RQ PDU 1:20+10\n"
+            "3 A-RELEASE-RQ PDU 2:20+10\n");
+}
+
+TEST_F(PduReassemblerTest, ContinuedPduIsListedEvenWhenTheNextHeaderIsCut) {
+  Send(ReleaseRequest().First(8));
+  EXPECT_THROW(Send(ReleaseRequest().From(8) + Bytes{5}), OutOfRange);
+  EXPECT_EQ(Pdus(), "1 A-RELEASE-RQ PDU 0:20+8 1:20+2\n");
+  // Two bytes still count as missing, and the record begun has no name.
+  EXPECT_TRUE(Send({0, 0}));
+  EXPECT_EQ(Pdus(),
+            "1 A-RELEASE-RQ PDU 0:20+8 1:20+2\n"
+            "0  2:20+2\n");
+}
+
+TEST_F(PduReassemblerTest, WrappingPduLengthIsUnexpectedOnBothPaths) {
+  for (std::uint32_t length : {0xFFFFFFFAu, 0xFFFFFFFDu, 0xFFFFFFFFu}) {
+    SCOPED_TRACE(length);
+    reassembler_ = PduReassembler();
+    const Bytes bad = Bytes{1, 0} + Big32(length) + Repeat(0, 50);
+    EXPECT_THROW(Send(bad), Unexpected);
+    Send(ReleaseRequest().First(8));
+    EXPECT_THROW(Send(ReleaseRequest().From(8) + bad), Unexpected);
+    EXPECT_TRUE(Send(ReleaseRequest()));  // a header is next again
+    reassembler_.Flush();
+    EXPECT_EQ(reassembler_.Pdus().size(), 2u);
+  }
+  reassembler_ = PduReassembler();
+  EXPECT_FALSE(Send(Bytes{1, 0} + Big32(0xFFFFFFF9) + Repeat(0, 50)));
+}
+
+TEST_F(PduReassemblerTest, HeaderLengthBeyondThePacketFeedsNothing) {
+  EXPECT_THROW(SendPacket(TcpSegmentBytes({.header_words = 15}).First(20)),
+               OutOfRange);
+  Send(PData(Pdv(1, kLastCommand, kEcho)).First(20));
+  EXPECT_THROW(SendPacket(TcpSegmentBytes({.header_words = 15}).First(20)),
+               OutOfRange);
+}
+
+TEST_F(PduReassemblerTest, RefusedPacketOfASummaryLeavesTheMessageUnlisted) {
+  Send(PData(Pdv(1, kLastCommand, kEcho)).First(20));
+  refused_ = 0;
+  EXPECT_THROW(Send(PData(Pdv(1, kLastCommand, kEcho)).From(20)),
+               UnableToGetPacketFromTapvane);
+  EXPECT_EQ(Messages(), "");
+}
+
+}  // namespace
+}  // namespace dicom::testing

@@ -1,0 +1,201 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "errors/errors.h"
+#include "tests/bytes.h"
+#include "tracking/packet_span.h"
+#include "tracking/presentation_context_table.h"
+#include "tracking/segment_history.h"
+#include "tracking/tcp_segment.h"
+
+namespace dicom::testing {
+namespace {
+
+TcpSegment Parsed(const Bytes& packet, std::uint32_t number = 0,
+                  std::uint8_t direction = 0) {
+  TcpSegment segment;
+  segment.Parse(packet.data(), packet.Length(), number, direction);
+  return segment;
+}
+
+TEST(TcpSegmentTest, FourteenBytesAreEnoughAndThirteenAreNot) {
+  const Bytes header = TcpSegmentBytes({.sequence = 0xFFFFFFFE,
+                                        .acknowledgement = 7,
+                                        .flags = 0xFF,
+                                        .header_words = 15});
+  for (std::size_t length = 0; length < 14; ++length) {
+    SCOPED_TRACE(length);
+    EXPECT_THROW(Parsed(header.First(length)), ArrayTooShort);
+  }
+  const Bytes short_header = header.First(14);
+  const TcpSegment segment = Parsed(short_header, 9, 1);
+  EXPECT_EQ(segment.SequenceNumber(), 0xFFFFFFFEu);
+  EXPECT_EQ(segment.AcknowledgementNumber(), 7u);
+  EXPECT_TRUE(segment.HasFin() && segment.HasSyn() && segment.HasRst() &&
+              segment.HasAck());
+  // Not diagnosed: the header claims more than there is.
+  EXPECT_EQ(segment.HeaderLength(), 60);
+  EXPECT_EQ(segment.PayloadLength(), 14u - 60u);
+  EXPECT_TRUE(segment.HasPayload());
+}
+
+TEST(SegmentHistoryTest, ChangeOfDirectionSettlesWhatWasThereBefore) {
+  SegmentHistory history;
+  const Bytes bytes = TcpSegmentBytes({}, {1});
+  history.Append(Parsed(bytes, 0, 1));
+  history.Append(Parsed(bytes, 1, 1));
+  EXPECT_FALSE(history.TakeSettled());
+  history.Append(Parsed(bytes, 2, 0));
+  EXPECT_EQ(history.TakeSettled(), 0u);
+  EXPECT_EQ(history.TakeSettled(), 1u);
+  EXPECT_FALSE(history.TakeSettled());  // never the new one
+  EXPECT_FALSE(history.SettleOnDirection(0));
+  EXPECT_TRUE(history.SettleOnDirection(1));
+  EXPECT_EQ(history.TakeSettled(), 2u);
+  EXPECT_FALSE(history.SettleOnDirection(1));  // nothing is held
+  history.Append(Parsed(bytes, 3, 1));
+  EXPECT_EQ(history.TakeAny(), 3u);
+  EXPECT_FALSE(history.TakeAny());
+}
+
+TEST(SegmentHistoryTest, RetransmissionSettlesItsNewestMatchAndAllOlder) {
+  SegmentHistory history;
+  const Bytes first = TcpSegmentBytes({.sequence = 5, .acknowledgement = 9});
+  const Bytes second = TcpSegmentBytes({.sequence = 6, .acknowledgement = 9});
+  history.Append(Parsed(first, 0));
+  history.Append(Parsed(first, 1));
+  history.Append(Parsed(second, 2));
+  // The other direction's segment has the same numbers the other way round.
+  const Bytes answer = TcpSegmentBytes({.sequence = 9, .acknowledgement = 5});
+  EXPECT_FALSE(history.SettleRetransmitted(NumbersOf(Parsed(answer, 3, 0))));
+  EXPECT_TRUE(history.SettleRetransmitted(NumbersOf(Parsed(answer, 3, 1))));
+  EXPECT_EQ(history.TakeSettled(), 0u);
+  EXPECT_EQ(history.TakeSettled(), 1u);
+  EXPECT_FALSE(history.TakeSettled());
+  EXPECT_FALSE(history.SettleRetransmitted(NumbersOf(Parsed(answer, 3, 1))));
+}
+
+TEST(SpanListTest, CopiesShareTheirSpansAndNeverChange) {
+  SpanList list;
+  list.Append({1, 2, 3});
+  list.Append({4, 5, 6});
+  SpanList copy = list;
+  list.Append({7, 8, 9});
+  copy.Append({10, 11, 12});
+  ASSERT_EQ(list.size(), 3u);
+  EXPECT_EQ(list[2].packet_number, 7u);
+  ASSERT_EQ(copy.size(), 3u);
+  EXPECT_EQ(copy[1].packet_number, 4u);
+  EXPECT_EQ(copy[2].packet_number, 10u);
+}
+
+class OnePacket : public PacketSource {
+ public:
+  ByteArrayView PacketBytes(std::uint32_t) override {
+    ++fetches;
+    return {kBytes, 4};
+  }
+  static constexpr std::uint8_t kBytes[] = {1, 2, 3, 4};
+  int fetches = 0;
+};
+
+TEST(GatherBytesTest, SpanPastItsPacketGivesZerosButNeverARecordedLength) {
+  SpanList spans;
+  spans.Append({0, 2, 5});
+  spans.Append({0, 0xFFFFFFFF, 2});
+  spans.Append({0, 0, 1});
+  OnePacket packet;
+  EXPECT_EQ(GatherBytes(spans, 100, packet), (Bytes{3, 4, 0, 0, 0, 0, 0, 1}));
+  EXPECT_EQ(packet.fetches, 1);
+  EXPECT_EQ(GatherBytes(spans, 3, packet), (Bytes{3, 4, 0}));
+
+  SpanList endless;
+  endless.Append({0, 0, 0xFFFFFFD8});
+  EXPECT_EQ(GatherBytes(endless, 0xFFFFFFFF, packet).size(), 15976u);
+}
+
+// "big/explicit" flags of a context, or the failure's text.
+std::string SyntaxOf(const PresentationContextTable& table, std::uint8_t id) {
+  try {
+    return std::to_string(table.IsBigEndian(id)) + "/" +
+           std::to_string(table.IsExplicitVr(id));
+  } catch (const PresentationContextDoesNotExist& failure) {
+    return failure.what();
+  }
+}
+
+PresentationContextTable TableOf(const Bytes& accept) {
+  PresentationContextTable table;
+  table.AddAcceptedContexts({accept.data(), accept.Length()});
+  return table;
+}
+
+constexpr char kNoContext[] = "The Presentation context does not exist.";
+
+TEST(PresentationContextTableTest, ClassifiesTheTextAndThenAllButItsLast) {
+  const struct {
+    std::string uid, flags;
+  } cases[] = {{"1.2.840.10008.1.2", "0/0"},
+               {std::string("1.2.840.10008.1.2\0", 18), "0/0"},
+               {"1.2.840.10008.1.22", "0/0"},
+               {"1.2.840.10008.1.2.1", "0/1"},
+               {"1.2.840.10008.1.2.2", "1/1"},
+               {"1.2.840.10008.1.2.2 ", "1/1"},
+               {"1.2.840.10008.1.2.2\0\0", "1/1"},
+               {"1.2.840.10008.1.2.4.50", "0/1"},
+               {"", "0/1"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.uid);
+    PresentationContextTable table;
+    table.AddPresentationContext(1, c.uid);
+    EXPECT_EQ(SyntaxOf(table, 1), c.flags);
+    EXPECT_THROW(table.AddPresentationContext(1, c.uid),
+                 DoublePresentationContextId);
+  }
+}
+
+TEST(PresentationContextTableTest, EntersAcceptedContextsAmongOtherItems) {
+  const PresentationContextTable table = TableOf(AssociateAccept(
+      Item(0x10, Text("1.2")) + AnsweredContext(1, 0, "1.2.840.10008.1.2") +
+      Item(0x50, Repeat(0x21, 9)) + AnsweredContext(3, 3, "1.2.840.10008.1.2") +
+      AnsweredContext(5, 0, "1.2.840.10008.1.2.2")));
+  EXPECT_EQ(SyntaxOf(table, 1), "0/0");
+  EXPECT_EQ(SyntaxOf(table, 3), kNoContext);
+  EXPECT_EQ(SyntaxOf(table, 5), "1/1");
+}
+
+TEST(PresentationContextTableTest, WhatIsWrongEndsTheReadingQuietly) {
+  const Bytes context = AnsweredContext(1, 0, "1.2.840.10008.1.2");
+  const Bytes good = AssociateAccept(context);
+  EXPECT_EQ(SyntaxOf(TableOf(good), 1), "0/0");
+  EXPECT_EQ(SyntaxOf(TableOf(good + Bytes{0}), 1), kNoContext);  // length
+  EXPECT_EQ(SyntaxOf(TableOf(good.Patched(6, {0, 3})), 1), kNoContext);
+  for (std::size_t cut = 0; cut < good.size(); ++cut) {
+    EXPECT_EQ(SyntaxOf(TableOf(good.First(cut)), 1), kNoContext);
+  }
+  // A second entry for an ID ends it, what was entered stays.
+  const PresentationContextTable table = TableOf(
+      AssociateAccept(context + AnsweredContext(1, 0, "1.2.840.10008.1.2.2") +
+                      AnsweredContext(7, 0, "1.2.840.10008.1.2")));
+  EXPECT_EQ(SyntaxOf(table, 1), "0/0");
+  EXPECT_EQ(SyntaxOf(table, 7), kNoContext);
+}
+
+TEST(PresentationContextTableTest, OffsetsWrapAndTheWalkStillEnds) {
+  const Bytes context = AnsweredContext(1, 0, "1.2.840.10008.1.2");
+  // An item or sub-item of length FFFCh steps by 65,536, that is, not at all.
+  const Bytes standing = Item(0x21, {1, 0, 0, 0, 0x30, 0, 0xFF, 0xFC});
+  EXPECT_EQ(
+      SyntaxOf(TableOf(AssociateAccept(Bytes{0x10, 0, 0xFF, 0xFC} + context)),
+               1),
+      kNoContext);
+  EXPECT_EQ(SyntaxOf(TableOf(AssociateAccept(context + standing)), 1), "0/0");
+  // Behind 64 KB the walk comes back to the beginning and reads on there.
+  const Bytes large = AssociateAccept(Item(0x10, Repeat(0, 65000)) +
+                                      Item(0x10, Repeat(0, 600)) + context);
+  TableOf(large);
+}
+
+}  // namespace
+}  // namespace dicom::testing
