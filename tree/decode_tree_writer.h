@@ -1,8 +1,8 @@
 #ifndef TREE_DECODE_TREE_WRITER_H_
 #define TREE_DECODE_TREE_WRITER_H_
 
-#include <commctrl.h>
 #include <windows.h>
+#include <commctrl.h>
 
 #include <array>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #ifndef TREE_TREE_OUTPUT_H_
 #define TREE_TREE_OUTPUT_H_
 
-#include <commctrl.h>
 #include <windows.h>
+#include <commctrl.h>
 
 #include <cstdint>
 
