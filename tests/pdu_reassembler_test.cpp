@@ -91,8 +91,9 @@ TEST_F(PduReassemblerTest, PduOverThreeSegmentsIsOneRecordWithThreeSpans) {
 
 TEST_F(PduReassemblerTest, EveryTypeHasItsNameAndIsCutByItsLength) {
   Bytes stream;
-  for (std::uint8_t type : {0, 1, 2, 3, 5, 6, 7, 8, 255}) {
-    stream += Pdu(type, Repeat(0, type));
+  for (int type : {0, 1, 2, 3, 5, 6, 7, 8, 255}) {
+    stream += Pdu(static_cast<std::uint8_t>(type),
+                  Repeat(0, static_cast<std::size_t>(type)));
   }
   EXPECT_TRUE(Send(stream));
   EXPECT_EQ(Pdus(),
