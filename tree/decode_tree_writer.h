@@ -42,6 +42,11 @@ class DecodeTreeWriter {
   const std::uint32_t* ImageTable() const { return image_table_; }
 
  private:
+  void AddTopLine(const char* text, std::uint32_t offset, std::uint32_t length);
+  HTREEITEM Insert(const char* text, HTREEITEM parent, HTREEITEM insert_after,
+                   std::int32_t image_entry, std::uint32_t offset,
+                   std::uint32_t length);
+
   // The depth checks are the limit, not this storage: they admit up to seven
   // open levels.
   static constexpr std::size_t kOpenItems = 8;
@@ -49,8 +54,8 @@ class DecodeTreeWriter {
   HWND host_window_;
   HWND tree_window_;
   std::uint32_t expand_mask_;
-  std::array<HTREEITEM, kOpenItems>
-      open_items_{};  // entry k is level k's; entry 0 is never used
+  // Entry k is the item under which level k's lines go; entry 0 is never used.
+  std::array<HTREEITEM, kOpenItems> open_items_{};
   std::int32_t depth_ = 0;
   std::int32_t section_ = 0;
   const std::uint32_t* image_table_;

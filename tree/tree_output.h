@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include "tree/global_block.h"
+
 namespace dicom {
 
 // The item data of every tree item: which bytes of the hex window's buffer its
@@ -18,25 +20,24 @@ struct ByteRangeRecord {
 };
 static_assert(sizeof(ByteRangeRecord) == 12);
 
-// Frees a locked global block through its handle. For blocks that tree items
-// take over by release().
-struct GlobalBlockFree {
-  void operator()(void* block) const noexcept;
-};
+// Every record ends at this many bytes of the hex window's buffer: the host
+// highlights no more.
+constexpr std::uint32_t kHighlightLimit = 13808;
 
-// A new record, clamped to the first 13808 bytes (the host's highlight limit);
-// null when there is no memory, and the line is then shown without a range. The
-// caller owns it until a tree item does.
-ByteRangeRecord* MakeByteRange(std::uint32_t section, std::uint32_t offset,
-                               std::uint32_t length);
+// A new record, clamped to kHighlightLimit; null when there is no memory, and
+// the line is then shown without a range.
+GlobalBlock<ByteRangeRecord> MakeByteRange(std::uint32_t section,
+                                           std::uint32_t offset,
+                                           std::uint32_t length);
 
-// Inserts a line and answers its item, which then owns `record`; or, while the
-// host prints or saves, sends the line there and answers the marker 1000. An
-// `image_index` is an image, not an entry of a TreeImageTable.
+// Inserts a line and answers its item, which then owns `record` (null, and the
+// record freed, when the tree view refuses); or, while the host prints or
+// saves, sends the line there and answers the marker 1000. An `image_index` is
+// an image, not an entry of a TreeImageTable.
 HTREEITEM InsertTreeLine(HWND host_window, HTREEITEM parent_item,
                          const char* text, HTREEITEM insert_after,
                          std::uint32_t image_index, HWND tree_window,
-                         ByteRangeRecord* record);
+                         GlobalBlock<ByteRangeRecord> record);
 
 // `code` is TVE_EXPAND or TVE_COLLAPSE. Answers 1, sending nothing, while the
 // host prints or saves.
