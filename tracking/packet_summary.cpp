@@ -49,7 +49,8 @@ void MessageSummary::Build(DimseMessageRecord& message, PacketSource& source) {
   }
   const std::uint32_t done = std::min(position, bytes.Length());
   skip_ = position - done;
-  unread_.erase(unread_.begin(), unread_.begin() + done);
+  unread_.erase(unread_.begin(),
+                unread_.begin() + static_cast<std::int32_t>(done));
 }
 
 // False at the end of the bytes. Throws OutOfRange, `position` unmoved, when
