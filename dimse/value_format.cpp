@@ -1,0 +1,198 @@
+#include "dimse/value_format.h"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <string_view>
+
+#include "dimse/dicom_dictionary.h"
+#include "tracking/number_text.h"
+
+namespace dicom {
+namespace {
+
+// The longest text of LT, ST and UT that is shown.
+constexpr std::uint32_t kMaxLongText = 128;
+
+std::string Hex(std::uint32_t value, int min_digits) {
+  std::string text;
+  AppendHex(text, value, min_digits);
+  text += 'h';
+  return text;
+}
+
+std::string Signed(std::int32_t value) {
+  std::string text;
+  AppendSigned(text, value);
+  return text;
+}
+
+std::string HexAndDecimal(std::uint32_t value, int min_digits) {
+  std::string text = Hex(value, min_digits);
+  text += ", ";
+  AppendSigned(text, static_cast<std::int32_t>(value));
+  return text;
+}
+
+std::string Scientific(double value, int precision) {
+  char digits[96];
+  const auto end = std::to_chars(std::begin(digits), std::end(digits), value,
+                                 std::chars_format::scientific, precision);
+  return {digits, end.ptr};
+}
+
+// Whether `value` lies exactly between two numbers of six decimals: ...5000.
+// Sixty decimals tell it from every double close to such a number.
+bool IsTieAtSixDecimals(double value) {
+  const std::string digits = Scientific(value, 60);
+  const std::string_view rest =
+      std::string_view(digits).substr(digits.find('.') + 7);
+  return rest[0] == '5' && rest.find_first_not_of('0', 1) == rest.find('e');
+}
+
+// "%e" as the Windows runtime prints it: three exponent digits, ties rounded
+// away from zero, infinities and NaNs by its own names.
+std::string Exponential(double value) {
+  const bool negative = std::signbit(value);
+  if (std::isnan(value)) return negative ? "-1.#IND00e+000" : "1.#QNAN0e+000";
+  if (std::isinf(value)) return negative ? "-1.#INF00e+000" : "1.#INF00e+000";
+  if (IsTieAtSixDecimals(value)) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    value = std::nextafter(value, negative ? -kInfinity : kInfinity);
+  }
+  std::string text = Scientific(value, 6);
+  const std::size_t exponent = text.find('e') + 2;
+  text.insert(exponent, 3 - std::min<std::size_t>(3, text.size() - exponent),
+              '0');
+  return text;
+}
+
+float FloatAt(const ByteArrayView& bytes, std::uint32_t position,
+              std::uint32_t order) {
+  return std::bit_cast<float>(bytes.LongAt(position, order));
+}
+
+double DoubleAt(const ByteArrayView& bytes, std::uint32_t position,
+                std::uint32_t order) {
+  bytes.RequireBytes(position, 8);
+  const std::uint64_t first = bytes.LongAt(position, order);
+  const std::uint64_t second = bytes.LongAt(position + 4, order);
+  return std::bit_cast<double>(order == kBigEndian ? first << 32 | second
+                                                   : second << 32 | first);
+}
+
+std::string Characters(const ByteArrayView& bytes, std::uint32_t position,
+                       std::uint32_t length) {
+  return std::string(bytes.CharactersAt(position, length));
+}
+
+}  // namespace
+
+std::string HexAndDecimal(std::uint32_t value) {
+  return HexAndDecimal(value, 1);
+}
+
+std::string ByteDecimal(const ByteArrayView& bytes, std::uint32_t position) {
+  return Signed(bytes.ByteAt(position));
+}
+
+std::string ByteHex(const ByteArrayView& bytes, std::uint32_t position) {
+  return Hex(bytes.ByteAt(position), 2);
+}
+
+std::string WordHex(const ByteArrayView& bytes, std::uint32_t position,
+                    std::uint32_t order) {
+  return Hex(bytes.WordAt(position, order), 4);
+}
+
+std::string WordHexAndDecimal(const ByteArrayView& bytes,
+                              std::uint32_t position, std::uint32_t order) {
+  return HexAndDecimal(bytes.WordAt(position, order), 4);
+}
+
+std::string LongHex(const ByteArrayView& bytes, std::uint32_t position,
+                    std::uint32_t order) {
+  return Hex(bytes.LongAt(position, order), 8);
+}
+
+std::string LongHexAndDecimal(const ByteArrayView& bytes,
+                              std::uint32_t position, std::uint32_t order) {
+  return HexAndDecimal(bytes.LongAt(position, order), 8);
+}
+
+std::string Unsigned(std::uint32_t value) {
+  std::string text;
+  AppendUnsigned(text, value);
+  return text;
+}
+
+std::string TagText(const ByteArrayView& bytes, std::uint32_t position,
+                    std::uint32_t order) {
+  bytes.RequireBytes(position, 4);
+  return TagTextOf(bytes.WordAt(position, order),
+                   bytes.WordAt(position + 2, order));
+}
+
+// Deliberate: one zero byte at most, and no blank, is removed.
+std::string UidText(const ByteArrayView& bytes, std::uint32_t position,
+                    std::uint32_t length) {
+  std::string text = Characters(bytes, position, length);
+  if (text.ends_with('\0')) text.pop_back();
+  return text;
+}
+
+std::string ValueText(const ByteArrayView& bytes, std::uint32_t position,
+                      std::uint32_t length, std::uint32_t order,
+                      std::int32_t vrCode) {
+  switch (vrCode) {
+    case kVrUnknown:
+      return " Unknown Type";
+    case 1:  // AS. Deliberate: always four bytes
+      return Characters(bytes, position, 4);
+    case 2:  // AT
+      return TagText(bytes, position, order);
+    case 0:   // AE
+    case 3:   // CS
+    case 4:   // DA
+    case 5:   // DS
+    case 6:   // DT
+    case 9:   // IS
+    case 10:  // LO
+    case 14:  // PN
+    case 15:  // SH
+    case 20:  // TM
+      return Characters(bytes, position, length);
+    case 7:  // FL
+      return Exponential(FloatAt(bytes, position, order));
+    case 8:  // FD
+      return Exponential(DoubleAt(bytes, position, order));
+    case 11:  // LT
+    case 19:  // ST
+    case 24:  // UT
+      bytes.RequireBytes(position, length);
+      return Characters(bytes, position, std::min(length, kMaxLongText));
+    case kVrOb:
+      return "OB";
+    case kVrOw:
+      return "OW";
+    case 16:  // SL. Deliberate: shows nothing, but has to lie in the buffer
+      bytes.RequireBytes(position, 4);
+      return "";
+    case kVrSq:
+      return "SQ";
+    case 18:  // SS
+      return Signed(static_cast<std::int16_t>(bytes.WordAt(position, order)));
+    case kVrUi:
+      return UidText(bytes, position, length);
+    case 22:  // UL
+      return Unsigned(bytes.LongAt(position, order));
+    case 23:  // US
+      return Unsigned(bytes.WordAt(position, order));
+    default:  // Deliberate: VS (25) too
+      return "default";
+  }
+}
+
+}  // namespace dicom
