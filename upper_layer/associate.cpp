@@ -1,0 +1,105 @@
+#include "upper_layer/associate_form.h"
+
+namespace dicom {
+
+using enum LevelStep;
+
+namespace {
+
+constexpr CodeRow kProposedScuRoles[] = {
+    {0, 0, " - non support of the SCU role"},
+    {1, 1, " - support of SCU role"},
+};
+constexpr CodeRow kProposedScpRoles[] = {
+    {0, 0, " - non support of the SCP role"},
+    {1, 1, " - support of SCP role"},
+};
+constexpr CodeRow kAcceptedScuRoles[] = {
+    {0, 0, " - rejected SCU role"},
+    {1, 1, " - accepted SCU role"},
+};
+constexpr CodeRow kAcceptedScpRoles[] = {
+    {0, 0, " - rejected SCP role"},
+    {1, 1, " - accepted SCP role"},
+};
+static_assert(RowsAscend(kProposedScuRoles) && RowsAscend(kProposedScpRoles) &&
+              RowsAscend(kAcceptedScuRoles) && RowsAscend(kAcceptedScpRoles));
+
+}  // namespace
+
+constinit const UpperLayerDecoder::AssociateForm
+    UpperLayerDecoder::kRequestForm = {
+        .title = "DICOM - Upper Layer Protokoll: A-ASSOCIATE-RQ PDU (01h)",
+        .caption = "PDU-Type: A-ASSOCIATE-RQ (01h)",
+        .first_title = "Called AE title: ",
+        .second_title = "Calling AE title: ",
+        .context_item = 0x20,
+        .decode_context_item = &UpperLayerDecoder::DecodeProposedContext,
+        .unknown_item = kOpenAtLevel1,
+        .scu_roles = kProposedScuRoles,
+        .scp_roles = kProposedScpRoles,
+};
+
+constinit const UpperLayerDecoder::AssociateForm
+    UpperLayerDecoder::kAcceptForm = {
+        .title = "DICOM - Upper Layer Protokoll: A-ASSOCIATE-AC PDU (02h)",
+        .caption = "PDU-Type: A-ASSOCIATE-AC (02h)",
+        .first_title = "Reserved: ",
+        .second_title = "Reserved: ",
+        .context_item = 0x21,
+        .decode_context_item = &UpperLayerDecoder::DecodeAcceptedContext,
+        // Deliberate: only the request returns to level 1; in an accept an
+        // unknown item opens under whatever is open.
+        .unknown_item = kOpen,
+        .scu_roles = kAcceptedScuRoles,
+        .scp_roles = kAcceptedScpRoles,
+};
+
+void UpperLayerDecoder::DecodeAssociate(const AssociateForm& form) {
+  ShowCommonHeader(form.title, form.caption, PduSize::kAny);
+  if (!ShowProtocolVersion()) return;
+  Show("Reserved: " + WordHex(), kLine, 2);
+  Show(form.first_title + Characters(16), kLine, 16);
+  Show(form.second_title + Characters(16), kLine, 16);
+  // Deliberate: the 32 bytes are not read, so a PDU that is cut inside them
+  // ends without an error line.
+  Show("Reserved : (32 Bytes)", kLine, 32);
+  // The PDU length is not looked at: the items reach to the buffer's end.
+  while (position_ < Length()) DecodeItem(form);
+}
+
+// False when the rest of the PDU cannot be read by this version's rules.
+bool UpperLayerDecoder::ShowProtocolVersion() {
+  // Each bit stands for a version that the peer supports.
+  if (WordAt(position_, kBigEndian) & 1) {
+    Show("Protokoll Version: Version 1", kLine, 2);
+    return true;
+  }
+  Show("Protokoll Version: Version 1 not supported!", kLine, 2);
+  ShowHere("ERROR - UL Protokoll Version not supported!", kSection, 0);
+  return false;
+}
+
+void UpperLayerDecoder::DecodeItem(const AssociateForm& form) {
+  const std::uint8_t type = ByteAt(position_);
+  if (type == form.context_item) return (this->*form.decode_context_item)();
+  switch (type) {
+    case 0x10:
+      return DecodeApplicationContext();
+    case 0x50:
+      return DecodeUserInformation(form);
+    default:
+      return DecodeUnknownItem(form);
+  }
+}
+
+void UpperLayerDecoder::DecodeUnknownItem(const AssociateForm& form) {
+  const std::uint32_t length = ItemLength();
+  ShowHere("Unknown Item Type: " + ByteHex(), form.unknown_item, length + 4);
+  Advance(1);
+  Show("Reserved: " + ByteHex(), kLine, 1);
+  ShowHere("Item size: " + WordHexAndDecimal(), kLastLine, 2);
+  Advance(length + 2);
+}
+
+}  // namespace dicom

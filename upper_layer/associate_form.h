@@ -1,0 +1,24 @@
+#ifndef UPPER_LAYER_ASSOCIATE_FORM_H_
+#define UPPER_LAYER_ASSOCIATE_FORM_H_
+
+#include <cstdint>
+
+#include "upper_layer/upper_layer_decoder.h"
+
+namespace dicom {
+
+struct UpperLayerDecoder::AssociateForm {
+  const char* title;
+  const char* caption;
+  const char* first_title;    // caption of the 16 bytes at 10
+  const char* second_title;   // caption of the 16 bytes at 26
+  std::uint8_t context_item;  // the other form's context item is unknown here
+  void (UpperLayerDecoder::*decode_context_item)();
+  LevelStep unknown_item;
+  CodeRows scu_roles;
+  CodeRows scp_roles;
+};
+
+}  // namespace dicom
+
+#endif  // UPPER_LAYER_ASSOCIATE_FORM_H_

@@ -1,0 +1,110 @@
+#include "upper_layer/upper_layer_decoder.h"
+
+// The four PDUs of 10 bytes: A-ASSOCIATE-RJ, A-RELEASE-RQ and -RP, A-ABORT.
+
+namespace dicom {
+
+using enum LevelStep;
+
+namespace {
+
+constexpr CodeRow kRejectResults[] = {
+    {1, 1, "-rejected permanent"},
+    {2, 2, "-rejected transient"},
+};
+constexpr CodeRow kRejectSources[] = {
+    {1, 1, "-DICOM UL service user"},
+    {2, 2, "-DICOM UL service provider (ACSE related function)"},
+    {3, 3, "-DICOM UL service provider (Presentation related function)"},
+};
+
+// A-ASSOCIATE-RJ reason/diagnostic, one table for each source.
+constexpr CodeRow kUserReasons[] = {
+    {1, 1, "-no reason given"},
+    {2, 2, "-application context name not supported"},
+    {3, 3, "-calling AE title not recognized"},
+    {4, 6, "-reserved"},
+    {7, 7, "-called AE title not recognized"},
+    {8, 10, "-reserved"},
+};
+constexpr CodeRow kAcseReasons[] = {
+    {1, 1, "-no reason given"},
+    {2, 2, "-protocol version not supported"},
+};
+// Deliberate: both spellings.
+constexpr CodeRow kPresentationReasons[] = {
+    {0, 0, "-reserved"},
+    {1, 1, "-temporary congrestion"},
+    {2, 2, "-local-limit exeeded"},
+    {3, 7, "-reserved"},
+};
+constexpr CodeRows kReasonsBySource[] = {kUserReasons, kAcseReasons,
+                                         kPresentationReasons};
+
+constexpr CodeRow kAbortSources[] = {
+    {0, 0, "-DICOM UL service user (initiated abort)"},
+    {1, 1, "-reserved"},
+    {2, 2, "-DICOM UL service provider (initiated abort)"},
+};
+constexpr CodeRow kAbortReasons[] = {
+    {0, 0, "-reason not specified"},
+    {1, 1, "-unrecognized PDU"},
+    {2, 2, "-unexpected PDU"},
+    {3, 3, "-reserved"},
+    {4, 4, "-unrecognized PDU parameter"},
+    {5, 5, "-unexpected PDU parameter"},
+    {6, 6, "-invalid PDU parameter value"},
+};
+
+static_assert(RowsAscend(kRejectResults) && RowsAscend(kRejectSources) &&
+              RowsAscend(kUserReasons) && RowsAscend(kAcseReasons) &&
+              RowsAscend(kPresentationReasons) && RowsAscend(kAbortSources) &&
+              RowsAscend(kAbortReasons));
+
+}  // namespace
+
+void UpperLayerDecoder::DecodeReject() {
+  ShowCommonHeader("DICOM - Upper Layer Protokoll: A-ASSOCIATE-RJ PDU (03h)",
+                   "PDU-Type: A-ASSOCIATE-RJ (03h)", PduSize::kTenBytes);
+  Show("Reserved: " + ByteHex(), kLine, 1);
+  Show(CodeText("Result: ", kRejectResults, ByteHex() + kWrongValue), kLine, 1);
+  const std::uint8_t source = ByteAt(position_);
+  // Deliberate: the only "wrong value" without a blank before it.
+  Show(CodeText("Source: ", kRejectSources, ByteHex() + "ERROR - wrong value!"),
+       kLine, 1);
+  Show(RejectReasonText(source), kLine, 1);
+}
+
+// Without a known source the reason has no meaning and is not even read.
+std::string UpperLayerDecoder::RejectReasonText(std::uint8_t source) const {
+  if (source < 1 || source > 3)
+    return "Reason/Diag.: ERROR - because of Source!";
+  return CodeText("Reason/Diag.: ", kReasonsBySource[source - 1],
+                  ByteDecimal() + kWrongValue);
+}
+
+void UpperLayerDecoder::DecodeRelease(const char* title, const char* caption) {
+  ShowCommonHeader(title, caption, PduSize::kTenBytes);
+  Show("Reserved: " + LongHex(), kLine, 4);
+}
+
+void UpperLayerDecoder::DecodeAbort() {
+  // Deliberate: an abort carries the release request's title and type.
+  ShowCommonHeader("DICOM - Upper Layer Protokoll: A-RELEASE-RQ PDU (05h)",
+                   "PDU-Type: A-RELEASE-RQ (05h)", PduSize::kTenBytes);
+  Show("Reserved: " + ByteHex(), kLine, 1);
+  Show("Reserved: " + ByteHex(), kLine, 1);
+  const std::uint8_t source = ByteAt(position_);
+  if (source > 2) {
+    // Deliberate: "Result: ", and the reason byte stays without a line.
+    Show("Result: " + ByteHex() + kWrongValue, kLine, 1);
+    return;
+  }
+  Show(CodeText("Source: ", kAbortSources, ""), kLine, 1);
+  Show(source == 2 ? CodeText("Reason/Diag.: ", kAbortReasons,
+                              ByteDecimal() + kWrongValue)
+                   : "Reserved: " + ByteHex(),
+       kLine, 1);
+}
+
+}  // namespace dicom

@@ -1,0 +1,41 @@
+#include "tree/tree_output.h"
+#include "upper_layer/upper_layer_decoder.h"
+
+namespace dicom {
+
+using enum LevelStep;
+
+// Shows the header of the PDV at byte 6, as if it filled the PDU; a second PDV
+// makes its length differ and lies in the dump.
+void UpperLayerDecoder::DecodeData() {
+  ShowCommonHeader("DICOM - Upper Layer Protokoll: P-DATA-TF PDU (04h)",
+                   "PDU-Type: P-DATA-TF (04h)", PduSize::kAny);
+  // Deliberate: marks 5 bytes of a header of 6; the control byte has a section
+  // of its own.
+  ShowHere("PDV Header", kSection, 5);
+  // The sum wraps in 32 bits, like that of the PDU length.
+  const bool differs = LongAt(position_, kBigEndian) + 10 != Length();
+  Show("PDV Length: " + LongHexAndDecimal() +
+           (differs ? " ERROR - Pdv length differs from Packet Length!" : ""),
+       kLine, 4);
+  Show("Presentation Context ID: " + ByteHex(), kLine, 1);
+  ShowHere("Message Control Header: " + ByteHex(), kSection, 1);
+  const std::uint8_t control = ByteAt(position_);
+  ShowHere(control & 2 ? ".... ..1. = last fragment"
+                       : ".... ..0. = not the last fragment",
+           kLine, 1);
+  Show(control & 1 ? ".... ...1 = Message Command information"
+                   : ".... ...0 = Message Data Set information",
+       kLine, 1);
+  ShowMessageData();
+}
+
+void UpperLayerDecoder::ShowMessageData() {
+  const ByteArrayView rest = Part(position_, Length());
+  AddHexDumpSection(tree_writer_.HostWindow(), tree_writer_.TreeWindow(),
+                    rest.Bytes(), position_,
+                    static_cast<std::int32_t>(rest.Length()),
+                    "DICOM Message Data", 1, tree_writer_.ImageTable());
+}
+
+}  // namespace dicom
