@@ -21,7 +21,7 @@ display_file=$WINEPREFIX/display  # "<process> <number>" of our Xvfb
 display_runs() {
   local process
   [[ -r $display_file ]] && read -r process number <"$display_file" &&
-    [[ $(cat "/proc/$process/comm" 2>/dev/null) == Xvfb ]]
+    [[ $(tr '\0' ' ' 2>/dev/null <"/proc/$process/cmdline") == Xvfb\ * ]]
 }
 
 start_display() {
@@ -55,6 +55,7 @@ make_prefix() {
 if [[ ${1-} == --stop ]]; then
   wineserver -k 2>/dev/null || true
   if display_runs; then kill "$(cut -d' ' -f1 "$display_file")"; fi
+  rm -f "$display_file"
   exit 0
 fi
 if (($# == 0)); then
