@@ -62,6 +62,10 @@ std::size_t GlobalBlocks();
 // 0: none does.
 void FailGlobalAlloc(unsigned count);
 
+// The text of the Win32 exception by which a failure leaves the display while `action` runs; empty
+// when none does.
+std::string RaisedText(const std::function<void()>& action);
+
 }  // namespace dicom::testing
 
 #endif  // TESTS_RECORDERS_H_

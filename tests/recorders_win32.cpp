@@ -1,6 +1,7 @@
 #include <cstring>
 #include <utility>
 
+#include "host/guarded_call.h"
 #include "tests/recorders.h"
 
 // Calls of this program go through import pointers. Defining some of them here
@@ -151,5 +152,10 @@ void AdvanceTicks(DWORD milliseconds) { tick_offset += milliseconds; }
 std::size_t GlobalBlocks() { return global_blocks; }
 
 void FailGlobalAlloc(unsigned count) { allocations_to_failure = count; }
+
+std::string RaisedText(const std::function<void()>& action) {
+  const std::optional<host::CallFailure> failure = host::Guarded([&] { action(); });
+  return failure ? failure->text : "";
+}
 
 }  // namespace dicom::testing

@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "plugin/host_interface.h"
 #include "tests/recorders.h"
 #include "tests/win32/stand_in.h"
 
@@ -48,5 +49,15 @@ void AdvanceTicks(DWORD milliseconds) { stand_in::AdvanceTicks(milliseconds); }
 std::size_t GlobalBlocks() { return stand_in::GlobalBlocks(); }
 
 void FailGlobalAlloc(unsigned count) { stand_in::FailGlobalAlloc(count); }
+
+std::string RaisedText(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const stand_in::RaisedException& raised) {
+    if (raised.code != DICOM_DECODE_EXCEPTION) return "another exception";
+    return reinterpret_cast<const char*>(raised.argument);
+  }
+  return "";
+}
 
 }  // namespace dicom::testing
