@@ -1,0 +1,22 @@
+# The target `pcap`: the static libpcap of this world, built from the distribution's source on first
+# use and kept in build/libpcap, which both worlds share.
+set(LIBPCAP_DIR ${PROJECT_SOURCE_DIR}/build/libpcap)
+if(WIN32)
+  set(LIBPCAP_LIBRARY ${LIBPCAP_DIR}/win32/libpcap.a)
+else()
+  set(LIBPCAP_LIBRARY ${LIBPCAP_DIR}/native/libpcap.a)
+endif()
+if(NOT EXISTS ${LIBPCAP_LIBRARY})
+  message(STATUS "Building libpcap")
+  execute_process(COMMAND ${PROJECT_SOURCE_DIR}/tools/build-libpcap.sh RESULT_VARIABLE LIBPCAP_RESULT)
+  if(NOT LIBPCAP_RESULT EQUAL 0)
+    message(FATAL_ERROR "libpcap could not be built: run tools/build-libpcap.sh and see why")
+  endif()
+endif()
+add_library(pcap STATIC IMPORTED)
+set_target_properties(pcap PROPERTIES
+  IMPORTED_LOCATION ${LIBPCAP_LIBRARY}
+  INTERFACE_INCLUDE_DIRECTORIES ${LIBPCAP_DIR}/include)
+if(WIN32)
+  target_link_libraries(pcap INTERFACE ws2_32)
+endif()

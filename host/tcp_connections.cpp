@@ -1,0 +1,49 @@
+#include "host/tcp_connections.h"
+
+#include <algorithm>
+
+#include "host/captured_connection.h"
+
+namespace host {
+
+TcpConnections::TcpConnections(HandOver hand_over) : hand_over_(hand_over) {}
+
+void TcpConnections::Add(const TcpFrame& frame) {
+  const Key key = std::minmax(frame.source, frame.destination);
+  Current& current = current_[key];
+  if (current.builder == nullptr) Begin(frame, &current);
+  std::uint32_t direction = frame.source == current.first ? 0 : 1;
+  if (current.builder->BeginsAnother(frame, direction)) {
+    current.builder->Finish();
+    Begin(frame, &current);
+    direction = 0;
+  }
+  current.builder->Add(frame, direction);
+}
+
+void TcpConnections::Begin(const TcpFrame& frame, Current* current) {
+  builders_.push_back(std::make_unique<CapturedConnection>(store_));
+  current->builder = builders_.back().get();
+  current->first = frame.source;
+}
+
+void TcpConnections::Update() {
+  for (const auto& builder : builders_) builder->Update();
+}
+
+void TcpConnections::Finish() {
+  for (const auto& builder : builders_) builder->Finish();
+}
+
+std::vector<Connection> TcpConnections::Take() {
+  std::vector<Connection> connections;
+  connections.reserve(builders_.size());
+  for (const auto& builder : builders_) {
+    connections.push_back(std::move(builder->connection()));
+  }
+  current_.clear();
+  builders_.clear();
+  return connections;
+}
+
+}  // namespace host
