@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/captured_connection.h"
+#include "host/clean_connection.h"
 
 namespace host {
 
@@ -22,7 +23,11 @@ void TcpConnections::Add(const TcpFrame& frame) {
 }
 
 void TcpConnections::Begin(const TcpFrame& frame, Current* current) {
-  builders_.push_back(std::make_unique<CapturedConnection>(store_));
+  if (hand_over_ == HandOver::kCleanStreams) {
+    builders_.push_back(std::make_unique<CleanConnection>(store_));
+  } else {
+    builders_.push_back(std::make_unique<CapturedConnection>(store_));
+  }
   current->builder = builders_.back().get();
   current->first = frame.source;
 }
