@@ -87,21 +87,21 @@ void CleanFeed::AddItems(std::uint32_t direction, const CutPdu& pdu,
 }
 
 // An item header that was lost would read as length 0, after which the module
-// finds no message any more. Its lost bytes are given values with which the
-// item, without a last fragment, reaches to the end of the PDU.
+// finds no message any more. Its lost bytes are given the values of a last data
+// PDV that reaches to the end of the PDU: then the next message begins where it
+// should, and data that goes on after all still counts.
 void CleanFeed::RepairItemHeader(std::uint32_t direction, Position at,
                                  Position pdu_end) {
   StreamAssembler& bytes = stream(direction);
-  if (bytes.PresentUntil(at) >= at + 4) return;
-  std::array<std::uint8_t, 5> lost{};
-  Put32(static_cast<std::uint32_t>(pdu_end - at - 4), lost.data());
-  lost[4] = 1;
+  if (bytes.PresentUntil(at) >= at + kItemHeaderBytes) return;
+  const Position rest = pdu_end - at - 4;
+  std::array<std::uint8_t, kItemHeaderBytes> lost{0, 0, 0, 0, 1, 2};
   // What is left of the length may say that the item is shorter than that.
   std::array<std::uint8_t, 4> left;
   bytes.Copy(at, left.size(), left.data());
   const Position shorter = Position{Word32At(left, 0)};
-  if (shorter >= 2 && shorter + 4 <= pdu_end - at) {
-    std::fill_n(lost.begin(), 4, std::uint8_t{0});
+  if (shorter < 2 || shorter > rest) {
+    Put32(static_cast<std::uint32_t>(rest), lost.data());
   }
   bytes.Substitute(at, lost);
 }

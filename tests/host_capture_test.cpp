@@ -1,0 +1,276 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include "host/capture_reader.h"
+#include "host/stream_assembler.h"
+#include "tests/wire_builder.h"
+
+namespace host {
+namespace {
+
+Bytes Little32(std::uint32_t v) {
+  Bytes b = Big32(v);
+  std::reverse(b.begin(), b.end());
+  return b;
+}
+
+Bytes RawIpFrame(const Segment& s) {
+  const Bytes tcp = s.Tcp();
+  const auto d = static_cast<std::uint8_t>(s.direction);
+  const auto source = static_cast<std::uint8_t>(1 + d);
+  const auto destination = static_cast<std::uint8_t>(2 - d);
+  return Bytes{0x45, 0} + Big16(static_cast<std::uint32_t>(20 + tcp.size())) +
+         Bytes{0,   0, 0, 0,      64,  6, 0, 0,
+               192, 0, 2, source, 192, 0, 2, destination} +
+         tcp;
+}
+
+// A capture file of raw IP frames, one second apart from 1,700,000,000 on.
+class CaptureFile {
+ public:
+  static constexpr std::uint32_t kFirstSecond = 1'700'000'000;
+
+  explicit CaptureFile(const std::u8string& name = u8"host test.pcap")
+      : path_(std::filesystem::temp_directory_path() / name) {}
+  ~CaptureFile() { std::filesystem::remove(path_); }
+
+  static Bytes Pcap(const std::vector<Segment>& segments) {
+    Bytes file = Little32(0xA1B2C3D4) + Bytes{2, 0, 4, 0} + Bytes(8, 0) +
+                 Little32(262144) + Little32(101);
+    std::uint32_t second = kFirstSecond;
+    for (const Segment& s : segments) {
+      const Bytes frame = RawIpFrame(s);
+      const auto size = Little32(static_cast<std::uint32_t>(frame.size()));
+      file = file + Little32(second++) + Little32(5) + size + size + frame;
+    }
+    return file;
+  }
+
+  static Bytes Pcapng(const std::vector<Segment>& segments) {
+    Bytes file = Block(0x0A0D0D0A, Little32(0x1A2B3C4D) + Bytes{1, 0, 0, 0} +
+                                       Bytes(8, 0xFF)) +
+                 Block(1, Bytes{101, 0, 0, 0} + Little32(262144));
+    std::uint64_t time = std::uint64_t{kFirstSecond} * 1'000'000 + 5;
+    for (const Segment& s : segments) {
+      Bytes frame = RawIpFrame(s);
+      const auto size = Little32(static_cast<std::uint32_t>(frame.size()));
+      frame.resize((frame.size() + 3) / 4 * 4);
+      file =
+          file + Block(6, Little32(0) +
+                              Little32(static_cast<std::uint32_t>(time >> 32)) +
+                              Little32(static_cast<std::uint32_t>(time)) +
+                              size + size + frame);
+      time += 1'000'000;
+    }
+    return file;
+  }
+
+  void Write(const Bytes& bytes) const {
+    std::ofstream(path_, std::ios::binary | std::ios::trunc)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+  }
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  static Bytes Block(std::uint32_t type, const Bytes& body) {
+    const Bytes size = Little32(static_cast<std::uint32_t>(12 + body.size()));
+    return Little32(type) + size + body + size;
+  }
+
+  std::filesystem::path path_;
+};
+
+Wire ShortWire() {
+  Wire wire;
+  wire.Handshake();
+  wire.Send(0, Associate(1));
+  wire.Send(1, Associate(2));
+  return wire;
+}
+
+TEST(CaptureReaderTest, ReadsBothFormatsWithNumbersAndTimes) {
+  const Wire wire = ShortWire();
+  CaptureFile file;
+  for (const Bytes& bytes :
+       {CaptureFile::Pcap(wire.segments), CaptureFile::Pcapng(wire.segments)}) {
+    file.Write(bytes);
+    CaptureReader reader(file.path(), "");
+    TcpFrame frame;
+    for (std::uint32_t i = 0; i < wire.segments.size(); ++i) {
+      ASSERT_TRUE(reader.Next(&frame));
+      EXPECT_EQ(frame.number, i + 1);
+      EXPECT_EQ(
+          frame.time,
+          (Nanoseconds{CaptureFile::kFirstSecond} + i) * 1'000'000'000 + 5000);
+      EXPECT_EQ(Bytes(frame.tcp.begin(), frame.tcp.end()),
+                wire.segments[i].Tcp());
+      EXPECT_EQ(frame.source, PeerOf(wire.segments[i].direction));
+    }
+    EXPECT_FALSE(reader.Next(&frame));
+    EXPECT_EQ(reader.damage(), "");
+  }
+}
+
+TEST(CaptureReaderTest, ReadsAFileOfAnyName) {
+  CaptureFile file(u8"host test \u00E9\u4E2D.pcap");
+  file.Write(CaptureFile::Pcap(ShortWire().segments));
+  if (!std::filesystem::exists(file.path())) {
+    GTEST_SKIP() << "this file system cannot write the name";
+  }
+  TcpFrame frame;
+  EXPECT_TRUE(CaptureReader(file.path(), "").Next(&frame));
+}
+
+TEST(CaptureReaderTest, FilteredFramesKeepTheirNumbers) {
+  CaptureFile file;
+  file.Write(CaptureFile::Pcap(ShortWire().segments));
+  CaptureReader reader(file.path(), "src host 192.0.2.2");
+  TcpFrame frame;
+  ASSERT_TRUE(reader.Next(&frame));
+  EXPECT_EQ(frame.number, 2u);
+  ASSERT_TRUE(reader.Next(&frame));
+  EXPECT_EQ(frame.number, 5u);
+}
+
+// A file that is still being written is the same as one that breaks off.
+TEST(CaptureReaderTest, EveryPrefixGivesTheWholeFramesAndOneSentence) {
+  const Wire wire = ShortWire();
+  CaptureFile file;
+  for (const Bytes& bytes :
+       {CaptureFile::Pcap(wire.segments), CaptureFile::Pcapng(wire.segments)}) {
+    for (std::size_t n = 48; n < bytes.size(); n += 3) {
+      SCOPED_TRACE(n);
+      file.Write(Bytes(bytes.begin(), bytes.begin() + static_cast<int>(n)));
+      CaptureReader reader(file.path(), "", CaptureReader::Mode::kFollow);
+      TcpFrame frame;
+      while (reader.Next(&frame)) {
+      }
+      const std::uint32_t before = reader.frames();
+      EXPECT_LT(before, wire.segments.size());
+      if (!reader.damage().empty()) {
+        EXPECT_TRUE(reader.damage().ends_with("what comes before is shown."));
+      }
+      file.Write(bytes);
+      while (reader.Next(&frame)) {
+      }
+      EXPECT_EQ(reader.frames(), wire.segments.size());
+      EXPECT_EQ(reader.damage(), "");
+    }
+  }
+}
+
+TEST(CaptureReaderTest, SaysWhyACaptureCannotBeRead) {
+  CaptureFile file;
+  EXPECT_THROW(CaptureReader(file.path(), ""), CaptureError);  // no file
+  file.Write({'n', 'o', ' ', 'c', 'a', 'p', 't', 'u', 'r', 'e', '.', '.'});
+  EXPECT_THROW(CaptureReader(file.path(), ""), CaptureError);
+  Bytes wireless = CaptureFile::Pcap({});
+  wireless[20] = 105;
+  file.Write(wireless);
+  EXPECT_THROW(CaptureReader(file.path(), ""), CaptureError);
+  file.Write(CaptureFile::Pcap({}));
+  EXPECT_THROW(CaptureReader(file.path(), "port port"), FilterError);
+}
+
+TEST(CapturedConnectionTest, PacketsStayAsTheyAreUnlessTooLong) {
+  Wire wire;
+  wire.segment_bytes = 40000;
+  wire.first_sequence = 0xFFFFFFF0;
+  wire.Handshake();
+  wire.SendRaw(0, Bytes(40000, 0x41));
+  wire.segments[3].flags |= kFin | kPush;
+  const auto connections = Connect(wire.segments, HandOver::kAsCaptured);
+  const PacketFeed& feed = *connections[0].feed;
+  ASSERT_EQ(feed.PacketCount(), 3u + 3 + 1);
+  EXPECT_FALSE(connections[0].live);
+  Bytes packet(kMaxPacketBytes), joined;
+  std::uint32_t direction;
+  std::uint32_t sequence = wire.segments[3].sequence;
+  for (std::uint32_t i = 3; i < 6; ++i) {
+    packet.resize(kMaxPacketBytes);
+    packet.resize(feed.CopyPacket(i, packet.data(), &direction));
+    const TcpHeader header = TcpHeader::Parse(packet);
+    EXPECT_EQ(header.sequence, sequence);
+    EXPECT_EQ(header.flags, i == 5 ? kAck | kFin | kPush : +kAck);
+    joined.insert(joined.end(), packet.begin() + 20, packet.end());
+    sequence += static_cast<std::uint32_t>(packet.size() - 20);
+  }
+  EXPECT_EQ(joined, wire.streams[0]);
+  packet.resize(kMaxPacketBytes);
+  packet.resize(feed.CopyPacket(6, packet.data(), &direction));
+  EXPECT_EQ(packet, wire.segments[4].Tcp());
+  EXPECT_EQ(direction, 1u);
+}
+
+TEST(CapturedConnectionTest, ASynOnAClosedPairBeginsAnotherConnection) {
+  Wire first, second;
+  first.Association();
+  second.first_sequence = 77;
+  second.Association();
+  auto both = [&](std::vector<Segment> segments) {
+    segments.insert(segments.end(), second.segments.begin(),
+                    second.segments.end());
+    return Connect(segments, HandOver::kAsCaptured).size();
+  };
+  EXPECT_EQ(both(first.segments), 2u);
+  std::vector<Segment> open = first.segments;
+  open.resize(open.size() - 2);
+  EXPECT_EQ(both(open), 1u);
+  open.push_back(open.back());
+  open.back().flags |= kRst;
+  EXPECT_EQ(both(open), 2u);
+}
+
+// Random segments against a plain array of bytes.
+TEST(StreamAssemblerTest, AgreesWithAPlainArray) {
+  std::mt19937 random(3);
+  for (int round = 0; round < 40; ++round) {
+    SCOPED_TRACE(round);
+    StreamAssembler stream(std::make_shared<ByteStore>());
+    const std::uint32_t base = 0xFFFFFF00u + static_cast<std::uint32_t>(round);
+    stream.Begin(base);
+    Bytes bytes(600, 0);
+    std::vector<std::uint32_t> frames(600, 0);
+    std::size_t end = 0;
+    for (std::uint32_t i = 1; i < 30; ++i) {
+      const std::size_t at = random() % 550, count = 1 + random() % 50;
+      Bytes payload(count);
+      for (auto& b : payload) b = static_cast<std::uint8_t>(random());
+      stream.Add(base + static_cast<std::uint32_t>(at), payload,
+                 static_cast<std::uint32_t>(count), i, i);
+      for (std::size_t k = 0; k < count; ++k) {
+        if (frames[at + k] != 0) continue;
+        frames[at + k] = i;
+        bytes[at + k] = payload[k];
+      }
+      end = std::max(end, at + count);
+    }
+    ASSERT_EQ(stream.end(), static_cast<Position>(end));
+    Bytes copy(end);
+    stream.Copy(0, end, copy.data());
+    EXPECT_TRUE(std::equal(copy.begin(), copy.end(), bytes.begin()));
+    for (std::size_t at = 0; at < end; ++at) {
+      std::size_t missing = at, present = at;
+      while (missing < end && frames[missing] != 0) ++missing;
+      while (present < end && frames[present] == 0) ++present;
+      const auto position = static_cast<Position>(at);
+      ASSERT_EQ(stream.PresentUntil(position), static_cast<Position>(missing));
+      ASSERT_EQ(stream.NextPresent(position), static_cast<Position>(present));
+      const auto to = std::min(end, at + 40);
+      const auto first = frames.begin() + static_cast<int>(at);
+      const auto last = frames.begin() + static_cast<int>(to);
+      ASSERT_EQ(stream.Frames(position, static_cast<Position>(to)).last,
+                *std::max_element(first, last));
+      ASSERT_EQ(stream.PresentBytes(position, static_cast<Position>(to)),
+                static_cast<std::uint64_t>(
+                    std::count_if(first, last, [](auto f) { return f != 0; })));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace host

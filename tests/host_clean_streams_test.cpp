@@ -1,0 +1,549 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <set>
+
+#include "tests/wire_builder.h"
+
+namespace host {
+namespace {
+
+std::string Listed(const std::vector<WireRecord>& records) {
+  std::string text;
+  for (const WireRecord& r : records) {
+    if (!r.listed) continue;
+    text += std::to_string(r.direction) + " " + std::to_string(r.length) + "\n";
+  }
+  return text;
+}
+
+std::string AllNotes(const Connection& connection) {
+  std::string text;
+  for (const std::string& note : connection.notes) text += note + "\n";
+  return text;
+}
+
+// The packets of a feed, read as the module reads them.
+class FeedReader {
+ public:
+  explicit FeedReader(const PacketFeed& feed) : feed_(feed) {}
+
+  void Check(const std::array<Bytes, 2>& streams) {
+    ASSERT_GE(feed_.PacketCount(), 5u);
+    const Packet syn = Read(0), answer = Read(1), last = Read(2);
+    EXPECT_EQ(syn.header.flags, kSyn);
+    EXPECT_EQ(answer.header.flags, kSyn | kAck);
+    EXPECT_EQ(last.header.flags, kAck);
+    EXPECT_NE(syn.direction, answer.direction);
+    EXPECT_EQ(syn.direction, last.direction);
+    next_[syn.direction] = syn.header.sequence + 1;
+    next_[answer.direction] = answer.header.sequence + 1;
+    EXPECT_EQ(answer.header.acknowledgement, next_[syn.direction]);
+    CheckInStep(last);
+    const std::uint32_t closing = feed_.PacketCount() - 2;
+    for (std::uint32_t i = 3; i < closing; i += 2) {
+      SCOPED_TRACE(i);
+      const Packet data = Read(i), ack = Read(i + 1);
+      ASSERT_FALSE(data.payload.empty());
+      CheckInStep(data);
+      CheckOneItemOnly(data, streams);
+      Bytes& stream = streams_[data.direction];
+      stream = stream + data.payload;
+      next_[data.direction] += static_cast<std::uint32_t>(data.payload.size());
+      EXPECT_TRUE(ack.payload.empty());
+      EXPECT_NE(ack.direction, data.direction);
+      CheckInStep(ack);
+    }
+    EXPECT_EQ(streams_, streams);
+    EXPECT_EQ(Read(closing).direction, syn.direction);
+    EXPECT_EQ(Read(closing + 1).direction, answer.direction);
+    for (const std::uint32_t i : {closing, closing + 1}) {
+      EXPECT_EQ(Read(i).header.flags, kFin | kAck);
+      CheckInStep(Read(i));
+    }
+  }
+
+ private:
+  struct Packet {
+    TcpHeader header;
+    std::uint32_t direction = 0;
+    Bytes payload;
+  };
+
+  Packet Read(std::uint32_t number) const {
+    Bytes bytes(kMaxPacketBytes);
+    Packet packet;
+    bytes.resize(feed_.CopyPacket(number, bytes.data(), &packet.direction));
+    packet.header = TcpHeader::Parse(bytes);
+    EXPECT_EQ(packet.header.length, 20u);
+    packet.payload.assign(bytes.begin() + 20, bytes.end());
+    return packet;
+  }
+
+  void CheckInStep(const Packet& packet) const {
+    EXPECT_EQ(packet.header.sequence, next_[packet.direction]);
+    EXPECT_EQ(packet.header.acknowledgement, next_[1 - packet.direction]);
+  }
+
+  // No PDU and no further PDV item begins inside a packet.
+  void CheckOneItemOnly(const Packet& packet,
+                        const std::array<Bytes, 2>& streams) const {
+    const std::set<std::size_t> starts = Starts(streams[packet.direction]);
+    const std::size_t at = streams_[packet.direction].size();
+    const auto inside = starts.upper_bound(at);
+    if (inside != starts.end()) {
+      EXPECT_GE(*inside, at + packet.payload.size());
+    }
+  }
+
+  static std::set<std::size_t> Starts(const Bytes& stream) {
+    std::set<std::size_t> starts;
+    for (std::size_t at = 0; at + 6 <= stream.size();) {
+      const std::size_t end = at + 6 + Word32At(stream, at + 2);
+      starts.insert(at);
+      if (stream[at] == 4) {
+        std::size_t item = at + 6;
+        while ((item += 4 + Word32At(stream, item)) + 6 <= end) {
+          starts.insert(item);
+        }
+      }
+      at = end;
+    }
+    return starts;
+  }
+
+  const PacketFeed& feed_;
+  std::array<std::uint32_t, 2> next_{};
+  std::array<Bytes, 2> streams_;
+};
+
+void ExpectWhole(const Wire& wire, const std::vector<Segment>& segments) {
+  const auto connections = Connect(segments);
+  ASSERT_EQ(connections.size(), 1u);
+  const Connection& c = connections[0];
+  EXPECT_EQ(Listed(c.pdus), wire.pdus);
+  EXPECT_EQ(Listed(c.messages), wire.messages);
+  EXPECT_EQ(AllNotes(c), "");
+  EXPECT_TRUE(c.carries_dicom);
+  EXPECT_TRUE(c.live);
+  EXPECT_EQ(c.payload_bytes, wire.streams[0].size() + wire.streams[1].size());
+}
+
+TEST(CleanStreamsTest, AnySegmentSizeGivesTheSameListsAndCleanPackets) {
+  for (const std::size_t bytes :
+       {1, 2, 5, 6, 7, 11, 13, 100, 511, 1448, 9000, 15956, 65000}) {
+    SCOPED_TRACE(bytes);
+    Wire wire;
+    wire.segment_bytes = bytes;
+    wire.Association();
+    ExpectWhole(wire, wire.segments);
+    const auto connections = Connect(wire.segments);
+    FeedReader(*connections[0].feed).Check(wire.streams);
+  }
+}
+
+TEST(CleanStreamsTest, EveryCutPositionGivesTheSameLists) {
+  Wire whole;
+  whole.segment_bytes = 1 << 20;
+  whole.Handshake();
+  whole.Send(0, Associate(1));
+  whole.Send(1, Associate(2));
+  whole.SendAll(0, {PData(Pdv(kLastCommand, 20)),
+                    PData(Pdv(kData, 9) + Pdv(kLastData, 11)), Release(5)});
+  whole.Message(0, 40);
+  const Segment joined = whole.segments[whole.segments.size() - 2];
+  for (std::size_t cut = 1; cut < joined.payload.size(); ++cut) {
+    SCOPED_TRACE(cut);
+    Segment head = joined, tail = joined;
+    const auto middle = joined.payload.begin() + static_cast<int>(cut);
+    head.payload.assign(joined.payload.begin(), middle);
+    tail.payload.assign(middle, joined.payload.end());
+    head.wire_payload = static_cast<std::uint32_t>(head.payload.size());
+    tail.wire_payload = static_cast<std::uint32_t>(tail.payload.size());
+    tail.sequence += head.wire_payload;
+    std::vector<Segment> segments(whole.segments.begin(),
+                                  whole.segments.end() - 2);
+    segments.push_back(tail);
+    segments.push_back(head);  // and in the wrong order
+    ExpectWhole(whole, segments);
+  }
+}
+
+TEST(CleanStreamsTest, WrapsReorderingAndRepeatsChangeNothing) {
+  std::mt19937 random(7);
+  for (const std::uint32_t first :
+       {0u, 0x7FFFFF00u, 0xFFFFFFFEu, 0xFFFFF000u}) {
+    SCOPED_TRACE(first);
+    Wire wire;
+    wire.first_sequence = first;
+    wire.second_sequence = first - 30;
+    wire.segment_bytes = 300;
+    wire.Association();
+    std::vector<Segment> mixed;
+    for (std::size_t i = 0; i < wire.segments.size();) {
+      std::size_t end = i + 1;  // a stretch from one side is mixed
+      while (end < wire.segments.size() &&
+             !wire.segments[end].payload.empty() &&
+             wire.segments[end].direction == wire.segments[i].direction) {
+        ++end;
+      }
+      std::vector<Segment> stretch(
+          wire.segments.begin() + static_cast<int>(i),
+          wire.segments.begin() + static_cast<int>(end));
+      if (!stretch[0].payload.empty()) {
+        stretch.push_back(stretch[random() % stretch.size()]);  // once more
+        std::shuffle(stretch.begin(), stretch.end(), random);
+      }
+      mixed.insert(mixed.end(), stretch.begin(), stretch.end());
+      i = end;
+    }
+    ExpectWhole(wire, mixed);
+  }
+}
+
+TEST(CleanStreamsTest, FollowingAGrowingCaptureGivesTheSameInTheEnd) {
+  Wire wire;
+  wire.segment_bytes = 700;
+  wire.Association();
+  TcpConnections connections(HandOver::kCleanStreams);
+  std::uint32_t number = 0, packets = 0;
+  for (const Segment& s : wire.segments) {
+    AddSegment(s, ++number, &connections);
+    connections.Update();
+    const PacketFeed& feed = *connections.at(0).feed;
+    ASSERT_GE(feed.PacketCount(), packets);
+    packets = feed.PacketCount();
+  }
+  EXPECT_EQ(Listed(connections.at(0).pdus), wire.pdus);
+  connections.Finish();
+  const auto all = connections.Take();
+  FeedReader(*all[0].feed).Check(wire.streams);
+  EXPECT_EQ(Listed(all[0].messages), wire.messages);
+}
+
+TEST(CleanStreamsTest, RowsNameTheirFrames) {
+  Wire wire;
+  wire.segment_bytes = 50;
+  wire.Handshake();                               // frames 1 to 3
+  wire.Send(0, Associate(1));                     // 4, 5; acknowledged 6
+  wire.Send(0, PData(Pdv(kLastCommand, 100)));    // 7 to 9; 10
+  wire.Send(0, PData(Pdv(kLastData, 10)));        // 11; 12
+  std::swap(wire.segments[6], wire.segments[8]);  // 7 came last
+  const auto connections = Connect(wire.segments);
+  const auto& c = connections.at(0);
+  ASSERT_EQ(c.pdus.size(), 3u);
+  EXPECT_EQ(c.pdus[0].first_frame, 4u);
+  EXPECT_EQ(c.pdus[0].last_frame, 5u);
+  EXPECT_EQ(c.pdus[0].time, 5'000'000);
+  EXPECT_EQ(c.pdus[1].first_frame, 7u);
+  EXPECT_EQ(c.pdus[1].last_frame, 9u);
+  ASSERT_EQ(c.messages.size(), 1u);
+  EXPECT_EQ(c.messages[0].first_frame, 7u);
+  EXPECT_EQ(c.messages[0].last_frame, 11u);
+  EXPECT_EQ(c.messages[0].length, 110u);
+}
+
+// Both directions send at once: the PDU that is complete first comes first.
+TEST(CleanStreamsTest, PdusAreOrderedByTheFrameThatCompletesThem) {
+  Wire wire;
+  wire.segment_bytes = 40;
+  wire.Handshake();
+  wire.SendRaw(0, Associate(1));  // frames 4, 5
+  wire.SendRaw(1, Associate(2));  // frames 7, 8
+  std::swap(wire.segments[4], wire.segments[7]);
+  const auto connections = Connect(wire.segments);
+  EXPECT_EQ(Listed(connections[0].pdus), "1 74\n0 74\n");
+}
+
+// --- Losses ---
+
+// For each data segment in turn: all PDUs whose header is left are listed.
+TEST(CleanStreamsTest, AnyLostSegmentCostsOnlyThePdusWhoseHeaderItHeld) {
+  for (const std::size_t bytes : {150, 1448}) {
+    Wire wire;
+    wire.segment_bytes = bytes;
+    wire.Association();
+    for (std::size_t lost = 3; lost < wire.segments.size(); ++lost) {
+      SCOPED_TRACE(lost);
+      const Segment gone = wire.segments[lost];
+      if (gone.payload.empty()) continue;
+      std::vector<Segment> rest = wire.segments;
+      rest.erase(rest.begin() + static_cast<int>(lost));
+      const auto connections = Connect(rest);
+      ASSERT_EQ(connections.size(), 1u);
+
+      const std::uint32_t base =
+          1 +
+          (gone.direction == 0 ? wire.first_sequence : wire.second_sequence);
+      const std::size_t from = gone.sequence - base;
+      const std::size_t to = from + gone.payload.size();
+      std::string expected[2], found[2];
+      for (const std::uint32_t d : {0u, 1u}) {
+        for (std::size_t at = 0; at < wire.streams[d].size();) {
+          const std::size_t length = 6 + Word32At(wire.streams[d], at + 2);
+          const bool header_lost =
+              d == gone.direction && at < to && at + 6 > from;
+          if (!header_lost) expected[d] += std::to_string(length) + "\n";
+          at += length;
+        }
+      }
+      for (const WireRecord& r : connections[0].pdus) {
+        found[r.direction] += std::to_string(r.length) + "\n";
+      }
+      EXPECT_EQ(found[0], expected[0]);
+      EXPECT_EQ(found[1], expected[1]);
+      EXPECT_NE(AllNotes(connections[0]), "");
+    }
+  }
+}
+
+TEST(CleanStreamsTest, LostItemHeaderCostsNoOtherMessage) {
+  Wire wire;
+  wire.segment_bytes = 1 << 20;
+  wire.Handshake();
+  wire.Send(0, Associate(1));
+  wire.segment_bytes = 60;
+  // The second item's header is at 6 + 6 + 100 = 112, in the second segment.
+  wire.Send(0, PData(Pdv(kLastCommand, 100) + Pdv(kLastData, 200)));
+  wire.Send(0, PData(Pdv(kLastCommand, 44)));
+  wire.Message(0, 300);
+  wire.Message(0, 44);
+  wire.segments.erase(wire.segments.begin() + 6);
+  const auto connections = Connect(wire.segments);
+  EXPECT_EQ(Listed(connections[0].pdus), wire.pdus);
+  EXPECT_EQ(Listed(connections[0].messages), wire.messages);
+  EXPECT_EQ(AllNotes(connections[0]),
+            "60 lost bytes were filled with zero in 1 PDU from "
+            "192.0.2.1:41000.\n");
+  Bytes packet(kMaxPacketBytes);
+  std::uint32_t direction;
+  connections[0].feed->CopyPacket(7, packet.data(), &direction);
+  EXPECT_EQ(Bytes(packet.begin() + 20, packet.begin() + 26),
+            Big32(202) + Bytes({1, kLastData}));  // up to the PDU's end
+}
+
+TEST(CleanStreamsTest, SnapLengthCutsAreHoles) {
+  Wire wire;
+  wire.segment_bytes = 1000;
+  wire.Handshake();
+  wire.Send(0, Associate(1));
+  wire.Send(0, PData(Pdv(kLastCommand, 500)));
+  wire.Send(0, PData(Pdv(kLastData, 5000)));
+  wire.Message(0, 5500);
+  wire.Send(0, Release(5));
+  for (Segment& s : wire.segments) {
+    if (s.payload.size() > 100) s.payload.resize(100);
+  }
+  const auto connections = Connect(wire.segments);
+  EXPECT_EQ(Listed(connections[0].pdus), wire.pdus);
+  EXPECT_EQ(Listed(connections[0].messages), wire.messages);
+  EXPECT_EQ(connections[0].pdus[1].note,
+            "412 lost bytes were filled with zero");
+}
+
+TEST(CleanStreamsTest, ACaptureFromTheMiddleBeginsWithTheFirstWholePdu) {
+  Wire wire;
+  wire.segment_bytes = 100;
+  wire.Association();
+  // Without handshake, request and the first 300 bytes of the first message's
+  // data set; the data PDVs belong to a message that was not seen to begin.
+  std::vector<Segment> rest(wire.segments.begin() + 12, wire.segments.end());
+  const auto connections = Connect(rest);
+  const auto& c = connections.at(0);
+  EXPECT_EQ(Listed(c.pdus), wire.pdus.substr(wire.pdus.find("0 2012")));
+  EXPECT_EQ(Listed(c.messages),
+            wire.messages.substr(wire.messages.find("1 70")));
+  EXPECT_TRUE(c.carries_dicom);
+  EXPECT_NE(c.pdus[0].note.find("before it in no whole PDU"),
+            std::string::npos);
+}
+
+TEST(CleanStreamsTest, BrokenOffPduIsToldWithItsSize) {
+  Wire wire;
+  wire.Handshake();
+  wire.Send(0, Associate(1));
+  const Bytes pdu = PData(Pdv(kLastData, 16378));
+  ASSERT_EQ(pdu.size(), 16390u);
+  wire.SendRaw(0, Bytes(pdu.begin(), pdu.begin() + 812));
+  const auto connections = Connect(wire.segments);
+  EXPECT_EQ(Listed(connections[0].pdus), "0 74\n");
+  EXPECT_EQ(AllNotes(connections[0]),
+            "The capture ends inside a P-DATA-TF PDU from 192.0.2.1:41000: 812 "
+            "of 16,390 bytes.\n");
+}
+
+// Three segments of one byte, almost 64 MiB apart, are no reason to make
+// gigabytes of zeros.
+TEST(CleanStreamsTest, AFewBytesFarApartAreNotFilled) {
+  Wire wire;
+  wire.Handshake();
+  wire.Send(0, Associate(1));
+  wire.SendRaw(0, Bytes{4, 0, 0x0F, 0, 0, 0});  // 240 MiB
+  for (std::uint32_t i = 1; i < 6; ++i) {
+    Segment s = wire.segments[5];
+    s.payload = {1};
+    s.wire_payload = 1;
+    s.sequence += i * ((60u << 20) + 1);
+    wire.segments.push_back(s);
+  }
+  const auto connections = Connect(wire.segments);
+  EXPECT_EQ(Listed(connections[0].pdus), "0 74\n");
+  EXPECT_LT(connections[0].feed->PacketCount(), 20u);
+}
+
+// --- What the wire may hold ---
+
+TEST(CleanStreamsTest, PdusOfOddShapeKeepTheModuleInStep) {
+  struct Case {
+    const char* what;
+    Bytes pdu;
+    bool listed;
+    std::string messages;  // of the command before and the one after it
+  };
+  const std::string both = "0 10\n0 12\n";
+  const Case cases[] = {
+      {"no item", PData({}), true, both},
+      {"too short for an item", PData({1, 2, 3}), false, both},
+      {"item without value", PData(Pdv(kLastData, 0)), true, both},
+      {"data goes on into the next command", PData(Pdv(kData, 9)), true,
+       "0 10\n0 31\n"},
+      {"command without value", PData(Pdv(kLastCommand, 0)), true, both},
+      {"five bytes left over", PData(Pdv(kLastCommand, 8) + Bytes(5, 0)), true,
+       "0 10\n0 8\n0 12\n"},
+      {"the same, alone in a packet",
+       PData(Pdv(kLastCommand, 15944) + Bytes(3, 0)), true,
+       "0 10\n0 15944\n0 12\n"},
+      {"unknown type", Pdu(9, Bytes(30, 4)), true, both},
+      {"unknown type, long", Pdu(0x80, Bytes(40000, 4)), true, both},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    Wire wire;
+    wire.Handshake();
+    wire.Send(0, Associate(1));
+    wire.Send(0, PData(Pdv(kLastCommand, 10)));
+    if (c.listed) {
+      wire.Send(0, c.pdu);
+    } else {
+      wire.SendRaw(0, c.pdu);
+      wire.streams[0].resize(wire.streams[0].size() - c.pdu.size());
+    }
+    const Bytes last = PData(Pdv(kLastCommand, 12));
+    wire.segment_bytes = c.listed ? 1448 : 0;
+    if (c.listed) {
+      wire.Send(0, last);
+    } else {  // its numbers count the PDU that is left out
+      wire.segment_bytes = 1448;
+      wire.Send(0, last);
+      wire.segments[wire.segments.size() - 2].sequence +=
+          static_cast<std::uint32_t>(c.pdu.size());
+    }
+    const auto connections = Connect(wire.segments);
+    EXPECT_EQ(Listed(connections[0].pdus), wire.pdus);
+    EXPECT_EQ(Listed(connections[0].messages), c.messages);
+    EXPECT_EQ(connections[0].notes.empty(), c.listed);
+    FeedReader(*connections[0].feed).Check(wire.streams);
+  }
+}
+
+TEST(CleanStreamsTest, AMessageWithoutItsEndKeepsTheCommandLength) {
+  Wire wire;
+  wire.Handshake();
+  wire.Send(0, Associate(1));
+  wire.Send(0, PData(Pdv(kLastCommand, 10)));
+  wire.Send(0, PData(Pdv(kData, 500)));
+  wire.Send(0, PData(Pdv(kLastData, 0)));
+  const auto connections = Connect(wire.segments);
+  EXPECT_EQ(Listed(connections[0].messages), "0 10\n");
+  EXPECT_EQ(connections[0].messages[0].note,
+            "the last data PDV is empty or missing: 500 bytes of the data set "
+            "are not counted");
+}
+
+TEST(CleanStreamsTest, StreamsThatAreNoDicomAreNamed) {
+  for (const auto& [bytes, note] : std::vector<std::pair<Bytes, std::string>>{
+           {{0x16, 3, 1, 2, 0, 1, 0, 1},
+            "The stream from 192.0.2.1:41000 is no DICOM (it looks like "
+            "TLS).\n"},
+           {{'G', 'E', 'T', ' ', '/', ' ', 'H', 'T'},
+            "The stream from 192.0.2.1:41000 is no DICOM (it looks like "
+            "HTTP).\n"}}) {
+    Wire wire;
+    wire.Handshake();
+    wire.SendRaw(0, bytes);
+    const auto connections = Connect(wire.segments);
+    EXPECT_FALSE(connections[0].carries_dicom);
+    EXPECT_EQ(Listed(connections[0].pdus), "");
+    EXPECT_EQ(AllNotes(connections[0]), note);
+  }
+}
+
+// --- Connections ---
+
+TEST(CleanStreamsTest, ASynWithANewNumberBeginsAnotherConnection) {
+  Wire first, second;
+  first.Association();
+  second.first_sequence = 90000;
+  second.second_sequence = 70;
+  second.segment_bytes = 11;
+  second.Association();
+  std::vector<Segment> all = first.segments;
+  all.insert(all.begin() + 1, first.segments[0]);  // SYN again: the same one
+  all.insert(all.end(), second.segments.begin(), second.segments.end());
+  auto connections = Connect(all);
+  ASSERT_EQ(connections.size(), 2u);
+  for (std::size_t i = 0; i < 2; ++i) {
+    const Wire& wire = i == 0 ? first : second;
+    EXPECT_EQ(Listed(connections[i].pdus), wire.pdus);
+    EXPECT_EQ(Listed(connections[i].messages), wire.messages);
+    FeedReader(*connections[i].feed).Check(wire.streams);
+  }
+  // The second one's SYN not captured: its answer's number tells.
+  all.erase(all.begin() + static_cast<int>(first.segments.size()) + 1);
+  connections = Connect(all);
+  ASSERT_EQ(connections.size(), 2u);
+  EXPECT_EQ(connections[1].pdus.size(), 13u);
+  EXPECT_EQ(connections[1].first_endpoint, "192.0.2.2:104");
+  FeedReader(*connections[1].feed)
+      .Check({second.streams[1], second.streams[0]});
+}
+
+TEST(CleanStreamsTest, BytesThatCannotBelongAreIgnored) {
+  Wire wire;
+  wire.Association();
+  const Segment data = wire.segments[5];
+  ASSERT_FALSE(data.payload.empty());
+  auto with = [&](auto change, std::size_t at) {
+    Segment s = data;
+    change(&s);
+    s.wire_payload = static_cast<std::uint32_t>(s.payload.size());
+    std::vector<Segment> all = wire.segments;
+    all.insert(all.begin() + static_cast<int>(at), s);
+    return Connect(all);
+  };
+  const std::size_t end = wire.segments.size();
+  const auto check = [&](const std::vector<Connection>& connections,
+                         std::size_t notes) {
+    ASSERT_EQ(connections.size(), 1u);
+    EXPECT_EQ(Listed(connections[0].pdus), wire.pdus);
+    EXPECT_EQ(connections[0].notes.size(), notes);
+  };
+  // A reset's payload, bytes before the first, far ahead, behind the FIN.
+  check(with([](Segment* s) { s->flags |= kRst, s->payload.assign(9, 0); }, 5),
+        0);
+  check(with([](Segment* s) { s->sequence -= 50, s->payload.resize(50); }, 5),
+        0);
+  check(with([](Segment* s) { s->sequence += (65u << 20); }, 5), 0);
+  check(with(
+            [&](Segment* s) {
+              s->sequence = wire.segments.back().sequence;
+              s->direction = 1;
+            },
+            end),
+        0);
+  // Another content under the same numbers: the first copy is kept.
+  check(with([](Segment* s) { s->payload.assign(20, 0xEE); }, 6), 1);
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+
+#include "tests/wire_builder.h"
+
+namespace host {
+namespace {
+
+const Bytes kTcp = Segment{0, 1, 2, kAck, {'p', 'a', 'y'}, 3}.Tcp();
+
+Bytes Ipv4(const Bytes& payload, int total = -1, std::uint16_t fragment = 0,
+           const Bytes& options = {}) {
+  const auto header = static_cast<std::uint8_t>(20 + options.size());
+  if (total < 0) total = static_cast<int>(header + payload.size());
+  return Bytes{static_cast<std::uint8_t>(0x40 | header / 4), 0} +
+         Big16(static_cast<std::uint32_t>(total)) + Big16(7) + Big16(fragment) +
+         Bytes{64, 6, 0, 0, 192, 0, 2, 1, 192, 0, 2, 2} + options + payload;
+}
+
+Bytes Ipv6(std::uint8_t next, const Bytes& payload, int length = -1) {
+  if (length < 0) length = static_cast<int>(payload.size());
+  Bytes source(16, 0), destination(16, 0);
+  source[0] = destination[0] = 0x20;
+  source[1] = destination[1] = 0x01;
+  source[15] = 1;
+  destination[15] = 2;
+  return Bytes{0x60, 0, 0, 0} + Big16(static_cast<std::uint32_t>(length)) +
+         Bytes{next, 64} + source + destination + payload;
+}
+
+Bytes Ethernet(const Bytes& types, const Bytes& payload) {
+  return Bytes(12, 0xEE) + types + payload;
+}
+
+struct Case {
+  const char* what;
+  int link_type;
+  Bytes frame;
+  FrameKind kind;
+  std::size_t tcp_bytes;
+  std::uint32_t wire_length;
+};
+
+TEST(FrameParserTest, FindsTheSegmentBehindEveryHeader) {
+  const Bytes ip = Ipv4(kTcp), v4 = Big16(0x0800), v6 = Big16(0x86DD);
+  const Bytes hop{60, 0, 1, 4, 0, 0, 0, 0}, options{6, 1, 1, 12},
+      dest = options + Bytes(12, 0), auth{6, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
+      whole{6, 0, 0, 0, 0, 0, 0, 9}, part{6, 0, 0, 1, 0, 0, 0, 9};
+  const auto k = FrameKind::kTcp;
+  const Case cases[] = {
+      {"ethernet", 1, Ethernet(v4, ip), k, 23, 23},
+      {"vlan", 1, Ethernet(Big16(0x8100) + Big16(5) + v4, ip), k, 23, 23},
+      {"vlan in vlan", 1,
+       Ethernet(Big16(0x88A8) + Big16(5) + Big16(0x8100) + Big16(6) + v6,
+                Ipv6(6, kTcp)),
+       k, 23, 23},
+      {"cooked", 113, Bytes(14, 0) + v4 + ip, k, 23, 23},
+      {"cooked 2", 276, v4 + Bytes(18, 0) + ip, k, 23, 23},
+      {"raw", 12, ip, k, 23, 23},
+      {"raw, as files number it", 101, Ipv6(6, kTcp), k, 23, 23},
+      {"null, little-endian", 0, Bytes{2, 0, 0, 0} + ip, k, 23, 23},
+      {"null, big-endian", 0, Bytes{0, 0, 0, 30} + Ipv6(6, kTcp), k, 23, 23},
+      {"loopback", 108, Bytes{0, 0, 0, 2} + ip, k, 23, 23},
+      {"options", 12, Ipv4(kTcp, -1, 0, Bytes(40, 1)), k, 23, 23},
+      {"padding", 12, ip + Bytes(6, 0), k, 23, 23},
+      {"total length 0", 12, Ipv4(kTcp, 0), k, 23, 23},
+      {"payload length 0", 12, Ipv6(6, kTcp, 0), k, 23, 23},
+      {"do not fragment", 12, Ipv4(kTcp, -1, 0x4000), k, 23, 23},
+      {"cut by the snap length", 12, Ipv4(kTcp, 1500), k, 23, 1480},
+      {"extension headers", 12, Ipv6(0, hop + dest + kTcp), k, 23, 23},
+      {"authentication", 12, Ipv6(51, auth + kTcp), k, 23, 23},
+      {"fragment that is all", 12, Ipv6(44, whole + kTcp), k, 23, 23},
+      {"fragment 4", 12, Ipv4(kTcp, -1, 0x2000), FrameKind::kIpFragment, 0, 0},
+      {"later fragment", 12, Ipv4(kTcp, -1, 3), FrameKind::kIpFragment, 0, 0},
+      {"fragment 6", 12, Ipv6(44, part + kTcp), FrameKind::kIpFragment, 0, 0},
+      {"arp", 1, Ethernet(Big16(0x0806), ip), FrameKind::kOther, 0, 0},
+      {"udp", 12, Ipv6(17, kTcp), FrameKind::kOther, 0, 0},
+      {"short header", 12, Bytes{0x44} + Bytes(40, 0), FrameKind::kOther, 0, 0},
+      {"total below header", 12, Ipv4(kTcp, 19), FrameKind::kOther, 0, 0},
+      {"no ports", 12, Ipv4({1, 2, 3}), FrameKind::kOther, 0, 0},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    TcpFrame frame;
+    EXPECT_EQ(ParseFrame(c.link_type, c.frame,
+                         static_cast<std::uint32_t>(c.frame.size()), &frame),
+              c.kind);
+    EXPECT_EQ(frame.tcp.size(), c.tcp_bytes);
+    EXPECT_EQ(frame.wire_length, c.wire_length);
+    if (c.kind == k) {
+      EXPECT_EQ(Bytes(frame.tcp.begin(), frame.tcp.end()), kTcp);
+      EXPECT_EQ(frame.source.port, 41000);
+    }
+    // Cut anywhere nothing is read behind the end (the sanitizer watches).
+    for (std::size_t n = 0; n < c.frame.size(); ++n) {
+      const Bytes prefix(c.frame.begin(),
+                         c.frame.begin() + static_cast<int>(n));
+      ParseFrame(c.link_type, prefix, 1500, &frame);
+    }
+  }
+}
+
+TEST(FrameParserTest, EndpointsAreWrittenAsUsual) {
+  Endpoint end;
+  end.address = {192, 0, 2, 10};
+  end.port = 41522;
+  EXPECT_EQ(EndpointText(end), "192.0.2.10:41522");
+  const std::pair<Bytes, const char*> cases[] = {
+      {{0x20, 1, 0xD, 0xB8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1},
+       "[2001:db8::1]:41522"},
+      {Bytes(16, 0), "[::]:41522"},
+      {{0, 0, 0, 1, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0}, "[0:1:0:0:2::]:41522"},
+      {{0, 1, 0, 0, 0, 2, 0, 3, 0, 4, 0, 5, 0, 6, 0, 7},
+       "[1:0:2:3:4:5:6:7]:41522"},
+  };
+  end.is_ipv6 = true;
+  for (const auto& [bytes, text] : cases) {
+    std::copy(bytes.begin(), bytes.end(), end.address.begin());
+    EXPECT_EQ(EndpointText(end), text);
+  }
+}
+
+}  // namespace
+}  // namespace host
