@@ -23,6 +23,7 @@ imports=$(sed -n 's/.*DLL Name: //p' <<<"$headers" | tr 'A-Z' 'a-z' | sort | tr 
 
 grep -qi 'DllCharacteristics[[:space:]]*00000140' <<<"$headers" ||
   fail "dynamic base and NX are not both set"
+grep -q '^Time/Date[[:space:]].*1970$' <<<"$headers" || fail "the image has a timestamp"
 grep -q 'Time/Date stamp[[:space:]]*0$' <<<"$headers" || fail "the export table has a timestamp"
 i686-w64-mingw32-objdump -h "$dll" | grep -q '\.rsrc' || fail "no version resource"
 echo "the DLL is as hosts expect it"
