@@ -1,0 +1,288 @@
+#include "dimse/data_set_decoder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+#include "tests/decode_test.h"
+
+namespace dicom::testing {
+namespace {
+
+constexpr std::uint32_t kUndefined = 0xFFFFFFFF;
+
+// An explicit element of undefined length, up to where its items begin.
+Bytes Undefined(std::uint16_t group, std::uint16_t element,
+                std::string_view vr) {
+  return ExplicitElement(group, element, vr, {})
+      .Patched(8, Little32(kUndefined));
+}
+
+Bytes DataItem(const Bytes& value) {
+  return ImplicitElement(0xFFFE, 0xE000, value);
+}
+Bytes Delimiter() { return ImplicitElement(0xFFFE, 0xE0DD, {}); }
+
+class DataSetDecoderTest : public DecodeTest {
+ protected:
+  static constexpr std::uint32_t kBase = 100;  // offset in the hex window
+
+  std::string DecodeWhole(std::uint8_t context_id, const Bytes& data_set) {
+    return TreeOf([&](DecodeTreeWriter& writer) {
+      DataSetDecoder(ViewOf(data_set), dictionary_.Get(), writer, contexts_,
+                     context_id, kBase, position_);
+    });
+  }
+
+  // Without the section line.
+  std::string Decode(std::uint8_t context_id, const Bytes& data_set) {
+    const std::string text = DecodeWhole(context_id, data_set);
+    return text.substr(text.find('\n') + 1);
+  }
+
+  std::uint32_t position_ = 99;
+};
+
+TEST_F(DataSetDecoderTest, EmptyDataSetIsTheSectionLine) {
+  for (std::uint8_t id : {kImplicit, kExplicit, kExplicitBig}) {
+    EXPECT_EQ(DecodeWhole(id, {}), "0 [100+0] DICOM - Data Set\n");
+  }
+}
+
+TEST_F(DataSetDecoderTest, UnknownContextThrowsBeforeAnyLine) {
+  EXPECT_EQ(DecodeWhole(kNotAccepted, Repeat(0, 8)),
+            "threw The Presentation context does not exist.");
+  EXPECT_EQ(position_, 0u);
+}
+
+TEST_F(DataSetDecoderTest, ImplicitElementsTakeTheirVrFromTheDictionary) {
+  EXPECT_EQ(
+      DecodeWhole(kImplicit,
+                  ImplicitElement(0x0008, 0x0016, Uid("1.2.840.10008.1.1")) +
+                      ImplicitElement(0x0008, 0x1140, DataItem(Text("ab"))) +
+                      ImplicitElement(0x0009, 0x0001, Text("?")) +
+                      ImplicitElement(0x0010, 0x0010, Text("A^B ")) +
+                      ImplicitElement(0x6002, 0x3000, {1, 2})),
+      "0 [100+75] DICOM - Data Set\n"
+      "1 [100+26] (0008,0016) - SOP Class UID\n"
+      "2 [100+4] Value Type: SOP Class UID\n"
+      "2 [104+4] Value Length: 00000012h, 18\n"
+      "2 [108+18] Value Field: 1.2.840.10008.1.1\n"
+      "3 [108+18] UID description: Verification SOP Class\n"
+      "1 [126+18] (0008,1140) - Referenced Image Sequence\n"
+      "2 [126+4] Value Type: Referenced Image Sequence\n"
+      "2 [130+4] Value Length: 0000000Ah, 10\n"
+      "2 [134+10] Value Field\n"
+      "1 [144+9] (0009,0001) - Unknown Tag\n"
+      "2 [144+4] Value Type: Unknown Tag\n"
+      "2 [148+4] Value Length: 00000001h, 1\n"
+      "2 [152+1] Value Field:  Unknown Type\n"
+      "1 [153+12] (0010,0010) - Patient's Name\n"
+      "2 [153+4] Value Type: Patient's Name\n"
+      "2 [157+4] Value Length: 00000004h, 4\n"
+      "2 [161+4] Value Field: A^B \n"
+      "1 [165+10] (6002,3000) - Overlay Data\n"
+      "2 [165+4] Value Type: Overlay Data\n"
+      "2 [169+4] Value Length: 00000002h, 2\n"
+      "2 [173+2] Value Field\n");
+}
+
+// An undefined length is a length: it passes the end.
+TEST_F(DataSetDecoderTest, ImplicitUndefinedLengthEndsTheDataSet) {
+  const Bytes sequence =
+      ImplicitElement(0x0008, 0x1140, {}).Patched(4, Little32(kUndefined));
+  EXPECT_EQ(Decode(kImplicit, sequence + Delimiter()),
+            "1 [100+13708] (0008,1140) - Referenced Image Sequence\n"
+            "2 [100+4] Value Type: Referenced Image Sequence\n"
+            "2 [104+4] Value Length: FFFFFFFFh, -1\n"
+            "2 [108+13700] Value Field\n");
+}
+
+TEST_F(DataSetDecoderTest, ExplicitShortFormLineCoversTwoBytesTooMany) {
+  const std::string lines =
+      "1 [100+12] (0028,0010) - Rows\n"
+      "2 [100+4] Value Type: Rows\n"
+      "2 [104+2] Value Representation: US\n"
+      "2 [106+2] Value Length: 0002h, 2\n"
+      "2 [108+2] Value Field: 512\n";
+  EXPECT_EQ(
+      Decode(kExplicit, ExplicitElement(0x0028, 0x0010, "US", Little16(512))),
+      lines);
+  EXPECT_EQ(Decode(kExplicitBig,
+                   ExplicitElement(0x0028, 0x0010, "US", Big16(512), true)),
+            lines);
+}
+
+TEST_F(DataSetDecoderTest, VrOfTheStreamDecidesFormAndText) {
+  EXPECT_EQ(
+      Decode(kExplicit,
+             ExplicitElement(0x0028, 0x0010, "UI", Uid("1.2.840.10008.1.1")) +
+                 ExplicitElement(0x0008, 0x1140, "UT", Text("text")) +
+                 ExplicitElement(0x0010, 0x0010, "UN", Text("ab")) +
+                 ExplicitElement(0x0010, 0x0010, "OB", Text("abcd"))),
+      "1 [100+28] (0028,0010) - Rows\n"
+      "2 [100+4] Value Type: Rows\n"
+      "2 [104+2] Value Representation: UI\n"
+      "2 [106+2] Value Length: 0012h, 18\n"
+      "2 [108+18] Value Field: 1.2.840.10008.1.1\n"
+      "3 [108+18] UID description: Verification SOP Class\n"
+      "1 [126+14] (0008,1140) - Referenced Image Sequence\n"
+      "2 [126+4] Value Type: Referenced Image Sequence\n"
+      "2 [130+2] Value Representation: UT\n"
+      "2 [132+2] Value Length: 0004h, 4\n"
+      "2 [134+4] Value Field: text\n"
+      "1 [138+12] (0010,0010) - Patient's Name\n"
+      "2 [138+4] Value Type: Patient's Name\n"
+      "2 [142+2] Value Representation: UN\n"
+      "2 [144+2] Value Length: 0002h, 2\n"
+      "2 [146+2] Value Field:  Unknown Type\n"
+      "1 [148+16] (0010,0010) - Patient's Name\n"
+      "2 [148+4] Value Type: Patient's Name\n"
+      "2 [152+2] Value Representation: OB\n"
+      "2 [154+2] Reserved: 0000h\n"
+      "2 [156+4] Value Length: 00000004h, 4\n"
+      "2 [160+4] Value Field\n");
+}
+
+TEST_F(DataSetDecoderTest, BigEndianLongFormReadsItsNumbersBigEndian) {
+  const Bytes pixels =
+      ExplicitElement(0x7FE0, 0x0010, "OW", Repeat(0, 4), true);
+  EXPECT_EQ(Decode(kExplicitBig, pixels.Patched(6, {0x12, 0x34})),
+            "1 [100+16] (7FE0,0010) - Pixel Data\n"
+            "2 [100+4] Value Type: Pixel Data\n"
+            "2 [104+2] Value Representation: OW\n"
+            "2 [106+2] Reserved: 1234h\n"
+            "2 [108+4] Value Length: 00000004h, 4\n"
+            "2 [112+4] Value Field\n");
+}
+
+TEST_F(DataSetDecoderTest, FragmentsEndAtTheDelimiterAndTheNextElementFollows) {
+  EXPECT_EQ(
+      Decode(kExplicit, Undefined(0x7FE0, 0x0010, "OB") + DataItem({}) +
+                            DataItem({1, 2, 3, 4}) + Delimiter() +
+                            ExplicitElement(0x0028, 0x0010, "US", Little16(1)) +
+                            ExplicitElement(0x0028, 0x0010, "US", Little16(2))),
+      "1 [100+13708] (7FE0,0010) - Pixel Data\n"
+      "2 [100+4] Value Type: Pixel Data\n"
+      "2 [104+2] Value Representation: OB\n"
+      "2 [106+2] Reserved: 0000h\n"
+      "2 [108+4] Value Length: FFFFFFFFh, -1\n"
+      "2 [112+8] (FFFE,E000) - Item\n"
+      "3 [112+4] Value Type: Item\n"
+      "3 [116+4] Value Length: 00000000h, 0\n"
+      "3 [120+0] Value Field: \n"
+      "2 [120+12] (FFFE,E000) - Item\n"
+      "3 [120+4] Value Type: Item\n"
+      "3 [124+4] Value Length: 00000004h, 4\n"
+      "3 [128+4] Value Field\n"
+      "2 [132+8] (FFFE,E0DD) - Sequence Delimitation Item\n"
+      "3 [132+4] Value Type: Sequence Delimitation Item\n"
+      "3 [136+4] Value Length: 00000000h, 0\n"
+      "3 [140+0] Value Field: \n"
+      "1 [140+12] (0028,0010) - Rows\n"
+      "2 [140+4] Value Type: Rows\n"
+      "2 [144+2] Value Representation: US\n"
+      "2 [146+2] Value Length: 0002h, 2\n"
+      "2 [148+2] Value Field: 1\n"
+      "1 [150+12] (0028,0010) - Rows\n"
+      "2 [150+4] Value Type: Rows\n"
+      "2 [154+2] Value Representation: US\n"
+      "2 [156+2] Value Length: 0002h, 2\n"
+      "2 [158+2] Value Field: 2\n");
+}
+
+TEST_F(DataSetDecoderTest, SequenceItemsAreSkippedWithoutAValueLine) {
+  EXPECT_EQ(
+      Decode(kExplicit,
+             Undefined(0x0008, 0x1140, "SQ") +
+                 DataItem(ExplicitElement(0x0028, 0x0010, "US", Little16(1))) +
+                 DataItem({}) + Delimiter() + Undefined(0x0008, 0x1140, "SQ") +
+                 Delimiter()),
+      "1 [100+13708] (0008,1140) - Referenced Image Sequence\n"
+      "2 [100+4] Value Type: Referenced Image Sequence\n"
+      "2 [104+2] Value Representation: SQ\n"
+      "2 [106+2] Reserved: 0000h\n"
+      "2 [108+4] Value Length: FFFFFFFFh, -1\n"
+      "2 [112+18] (FFFE,E000) - Item\n"
+      "3 [112+4] Value Type: Item\n"
+      "3 [116+4] Value Length: 0000000Ah, 10\n"
+      "2 [130+8] (FFFE,E000) - Item\n"
+      "3 [130+4] Value Type: Item\n"
+      "3 [134+4] Value Length: 00000000h, 0\n"
+      "3 [138+0] Value Field: \n"
+      "2 [138+8] (FFFE,E0DD) - Sequence Delimitation Item\n"
+      "3 [138+4] Value Type: Sequence Delimitation Item\n"
+      "3 [142+4] Value Length: 00000000h, 0\n"
+      "3 [146+0] Value Field: \n"
+      "1 [146+13662] (0008,1140) - Referenced Image Sequence\n"
+      "2 [146+4] Value Type: Referenced Image Sequence\n"
+      "2 [150+2] Value Representation: SQ\n"
+      "2 [152+2] Reserved: 0000h\n"
+      "2 [154+4] Value Length: FFFFFFFFh, -1\n"
+      "2 [158+8] (FFFE,E0DD) - Sequence Delimitation Item\n"
+      "3 [158+4] Value Type: Sequence Delimitation Item\n"
+      "3 [162+4] Value Length: 00000000h, 0\n"
+      "3 [166+0] Value Field: \n");
+}
+
+TEST_F(DataSetDecoderTest, ItemOfUndefinedLengthEndsTheDataSet) {
+  const Bytes item = DataItem({}).Patched(4, Little32(kUndefined));
+  EXPECT_EQ(Decode(kExplicit, Undefined(0x0008, 0x1140, "SQ") + item +
+                                  Delimiter() + Delimiter()),
+            "1 [100+13708] (0008,1140) - Referenced Image Sequence\n"
+            "2 [100+4] Value Type: Referenced Image Sequence\n"
+            "2 [104+2] Value Representation: SQ\n"
+            "2 [106+2] Reserved: 0000h\n"
+            "2 [108+4] Value Length: FFFFFFFFh, -1\n"
+            "2 [112+13696] (FFFE,E000) - Item\n"
+            "3 [112+4] Value Type: Item\n"
+            "3 [116+4] Value Length: FFFFFFFFh, -1\n");
+}
+
+// Any tag but the item's ends the value behind its own item, whatever its
+// length; a delimiter of an item too.
+TEST_F(DataSetDecoderTest, OtherTagAmongItemsEndsTheValue) {
+  const Bytes next = ExplicitElement(0x0028, 0x0010, "US", Little16(1));
+  for (const Bytes& last : {ImplicitElement(0xFFFE, 0xE00D, {1, 2}),
+                            ImplicitElement(0x0028, 0x0010, {1, 2}),
+                            ImplicitElement(0xFFFE, 0xE0DD, {1, 2})}) {
+    const std::string text = Decode(
+        kExplicit, Undefined(0x7FE0, 0x0010, "OB") + last + next + Delimiter());
+    EXPECT_NE(text.find("\n3 [120+2] Value Field\n"
+                        "1 [122+12] (0028,0010) - Rows\n"),
+              std::string::npos)
+        << text;
+  }
+  const std::string text =
+      Decode(kExplicit, Undefined(0x0008, 0x1140, "SQ") +
+                            ImplicitElement(0xFFFE, 0xE00D, {}) + next);
+  EXPECT_NE(text.find("\n3 [120+0] Value Field: \n"
+                      "1 [120+12] (0028,0010) - Rows\n"),
+            std::string::npos)
+      << text;
+}
+
+// Every prefix ends in an exception at the element or item, or at the value,
+// that the end cuts; a prefix of whole elements and items in none.
+TEST_F(DataSetDecoderTest, CutAnywhereThrowsAtWhatIsCut) {
+  const Bytes data_set = ExplicitElement(0x0010, 0x0010, "PN", Text("A^BC")) +
+                         Undefined(0x7FE0, 0x0010, "OB") + DataItem({1, 2}) +
+                         Delimiter();
+  for (std::uint32_t cut = 1; cut < data_set.Length(); ++cut) {
+    SCOPED_TRACE(cut);
+    const std::string text = Decode(kExplicit, data_set.First(cut));
+    const std::uint32_t at = cut < 8    ? 0    // the first element's header
+                             : cut < 12 ? 8    // its value
+                             : cut < 24 ? 12   // the second's
+                             : cut < 32 ? 24   // the item's
+                                        : 34;  // the delimiter's
+    // A fragment is not read: it may be cut.
+    const bool whole = cut == 12 || cut == 24 || (cut >= 32 && cut <= 34);
+    EXPECT_EQ(text.ends_with("threw Out of Range"), !whole) << text;
+    EXPECT_TRUE(whole || position_ == at) << position_;
+  }
+}
+
+}  // namespace
+}  // namespace dicom::testing

@@ -1,0 +1,73 @@
+#ifndef TESTS_DECODE_TEST_H_
+#define TESTS_DECODE_TEST_H_
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+#include "tests/bytes.h"
+#include "tests/test_dictionary.h"
+#include "tests/test_host.h"
+#include "tracking/presentation_context_table.h"
+#include "tree/decode_tree_writer.h"
+#include "tree/tree_output.h"
+
+namespace dicom::testing {
+
+inline ByteArrayView ViewOf(const Bytes& bytes) {
+  return {bytes.data(), bytes.Length()};
+}
+
+// A host, a small dictionary and three accepted contexts: what a DIMSE decoder
+// works with.
+class DecodeTest : public ::testing::Test {
+ protected:
+  static constexpr std::uint8_t kImplicit = 1;
+  static constexpr std::uint8_t kExplicit = 3;
+  static constexpr std::uint8_t kExplicitBig = 5;
+  static constexpr std::uint8_t kNotAccepted = 7;
+
+  DecodeTest() {
+    contexts_.AddPresentationContext(kImplicit, "1.2.840.10008.1.2");
+    contexts_.AddPresentationContext(kExplicit, "1.2.840.10008.1.2.1");
+    contexts_.AddPresentationContext(kExplicitBig, "1.2.840.10008.1.2.2");
+  }
+  ~DecodeTest() override { ClearTree(host_.Tree()); }
+
+  // What `decode` writes with the writer that it is given, as lines
+  // "depth [offset+length] text"; behind them "threw TEXT" if it threw.
+  template <typename Decode>
+  std::string TreeOf(Decode decode) {
+    ClearTree(host_.Tree());
+    std::string outcome;
+    try {
+      DecodeTreeWriter writer(host_.Window(), host_.Tree(), 0, host_.Images());
+      decode(writer);
+    } catch (const std::exception& failure) {
+      outcome = std::string("threw ") + failure.what();
+    }
+    return host_.TreeText() + outcome;
+  }
+
+  TestHost host_;
+  PresentationContextTable contexts_;
+  TestDictionary dictionary_{"1.2.840.10008.1.1;Verification SOP Class\n",
+                             "0000,0000;Command Group Length;UL\n"
+                             "0000,0002;Affected SOP Class UID;UI\n"
+                             "0000,0100;Command Field;US\n"
+                             "0000,0110;Message ID;US\n"
+                             "0000,0800;Command Data Set Type;US\n"
+                             "0008,0016;SOP Class UID;UI\n"
+                             "0008,1140;Referenced Image Sequence;SQ\n"
+                             "0010,0010;Patient's Name;PN\n"
+                             "0028,0010;Rows;US\n"
+                             "60xx,3000;Overlay Data;OW;retired\n"
+                             "7FE0,0010;Pixel Data;OB\n"
+                             "FFFE,E000;Item;XX\n"
+                             "FFFE,E0DD;Sequence Delimitation Item;XX\n"};
+};
+
+}  // namespace dicom::testing
+
+#endif  // TESTS_DECODE_TEST_H_

@@ -1,0 +1,248 @@
+#include "dimse/dicom_dictionary.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <sstream>
+#include <string>
+
+#include "errors/errors.h"
+#include "tests/test_dictionary.h"
+
+namespace dicom::testing {
+namespace {
+
+// "CODE NAME" or "CODE NAME; EXTRA TEXT", "-" when there is no such tag.
+std::string Element(const DicomDictionary& dictionary, const std::string& tag) {
+  DataElementEntry entry;
+  if (!dictionary.LookupDataElement(tag, entry)) return "-";
+  const std::string extra =
+      entry.extraText.empty() ? "" : "; " + entry.extraText;
+  return std::to_string(entry.vrCode) + " " + entry.name + extra;
+}
+
+// What a Data.dic of this one line holds under `tag`.
+std::string ElementOf(const std::string& line, const std::string& tag) {
+  return Element(TestDictionary("", line + "\n").Get(), tag);
+}
+
+std::string DescriptionOf(const std::string& line, const std::string& uid) {
+  return TestDictionary(line + "\n").Get().LookupUidDescription(uid);
+}
+
+std::string ShippedFile(const std::string& name) {
+  return FileBytes(SHIPPED_DATA_DIR "/" + name);
+}
+
+TEST(DataDicTest, LinesWithThreeOrFourColumnsAreKept) {
+  EXPECT_EQ(ElementOf("0008,0016;SOP Class UID;UI", "(0008,0016)"),
+            "21 SOP Class UID");
+  EXPECT_EQ(ElementOf("50xx,3000;Curve Data;OB;retired", "(50xx,3000)"),
+            "12 Curve Data; retired");
+  EXPECT_EQ(ElementOf("0008,0016;Name;US;a;b#; c", "(0008,0016)"),
+            "23 Name; a;b#; c");
+  EXPECT_EQ(ElementOf("0008,0016; a # b ;UN", "(0008,0016)"), "-1  a # b ");
+  EXPECT_EQ(ElementOf("0008,0016;Name;us", "(0008,0016)"), "-1 Name");
+  EXPECT_EQ(ElementOf("00080,016;Comma anywhere;US", "(00080,016)"),
+            "23 Comma anywhere");
+}
+
+TEST(DataDicTest, MalformedLinesAreDroppedAndReadingGoesOn) {
+  const std::string lines[] = {
+      "",
+      "0008,0016",
+      "0008,0016;Name",
+      "0008,0016;;UI",
+      "0008,0016;Name;",
+      "0008,0016;Name;U",
+      "0008,0016;Name;UID",
+      "0008,0016;Name;UI;",
+      "0008,0016;Name;U;I",
+      "0008,0016;Name;;UI",
+      "(0008,0016);Name;UI",
+      "0008,00a0;Name;UI",
+      "0008,016;Name;UI",
+      "0008 0016;Name;UI",
+      "#0008,0016;Name;UI",
+      "# 0008,0016;Name;UI",
+      " #0008,0016;Name;UI",
+  };
+  for (const std::string& line : lines) {
+    SCOPED_TRACE(line);
+    const TestDictionary dictionary("", line + "\n0010,0010;Next;PN\n");
+    EXPECT_EQ(Element(dictionary.Get(), "(0008,0016)"), "-");
+    EXPECT_EQ(Element(dictionary.Get(), "(0008,00a0)"), "-");
+    EXPECT_EQ(Element(dictionary.Get(), "((0008,0016))"), "-");
+    EXPECT_EQ(Element(dictionary.Get(), "(0010,0010)"), "14 Next");
+  }
+}
+
+TEST(DataDicTest, FirstLineOfATagWins) {
+  EXPECT_EQ(ElementOf("0008,0016;One;UI;x\n0008,0016;Two;US", "(0008,0016)"),
+            "21 One; x");
+}
+
+TEST(DataDicTest, CrLfIsALineFeedAndTheLastLineNeedsNone) {
+  const TestDictionary dictionary("1.2;UID\r\n1.3;Last",
+                                  "0008,0016;One;UI\r\n\r\n0008,0018;Two;UI");
+  EXPECT_EQ(Element(dictionary.Get(), "(0008,0016)"), "21 One");
+  EXPECT_EQ(Element(dictionary.Get(), "(0008,0018)"), "21 Two");
+  EXPECT_EQ(dictionary.Get().LookupUidDescription("1.2"), "UID");
+  EXPECT_EQ(dictionary.Get().LookupUidDescription("1.3"), "Last");
+}
+
+TEST(DataDicTest, LineOf120CharactersEndsTheFile) {
+  const std::string start = "0008,0001;";  // and ";US" at the end
+  const std::string longest = start + std::string(119 - 13, 'n') + ";US";
+  const std::string data_dic = "\n0008,0002;Behind;US\n";
+  for (const std::string line_end : {"", "\r"}) {
+    const TestDictionary kept("", longest + line_end + data_dic);
+    EXPECT_NE(Element(kept.Get(), "(0008,0001)"), "-");
+    EXPECT_EQ(Element(kept.Get(), "(0008,0002)"), "23 Behind");
+  }
+  const TestDictionary cut(
+      "1.2;UID\n1.3;" + std::string(116, 'd') + "\n1.4;Behind",
+      "0008,0000;Before;US\n#" + longest + data_dic);
+  EXPECT_EQ(Element(cut.Get(), "(0008,0000)"), "23 Before");
+  EXPECT_EQ(Element(cut.Get(), "(0008,0002)"), "-");
+  EXPECT_EQ(cut.Get().LookupUidDescription("1.2"), "UID");
+  EXPECT_EQ(cut.Get().LookupUidDescription("1.4"), "- Undefined UID");
+}
+
+TEST(DataDicTest, FileThatCannotBeOpenedIsAnError) {
+  for (const char* missing : {kDataDicPath, kUidDicPath}) {
+    SCOPED_TRACE(missing);
+    TestDictionary("", "");
+    std::remove(missing);
+    EXPECT_THROW(DicomDictionary(), ErrorWhileOpenFile);
+  }
+}
+
+TEST(LookupDataElementTest, OnlyGroups50And60Fold) {
+  const TestDictionary dictionary("",
+                                  "50xx,0005;Curve;US\n60xx,0010;Overlay;US\n"
+                                  "5000,0005;Unreachable;UL\n51xx,0005;x;US\n"
+                                  "5100,0005;Own;US\n7Fxx,0010;x;OW\n");
+  for (const char* tag : {"(5000,0005)", "(5012,0005)", "(50FF,0005)"}) {
+    EXPECT_EQ(Element(dictionary.Get(), tag), "23 Curve");
+  }
+  EXPECT_EQ(Element(dictionary.Get(), "(6001,0010)"), "23 Overlay");
+  EXPECT_EQ(Element(dictionary.Get(), "(5100,0005)"), "23 Own");
+  EXPECT_EQ(Element(dictionary.Get(), "(5102,0005)"), "-");
+  EXPECT_EQ(Element(dictionary.Get(), "(7F02,0010)"), "-");
+}
+
+TEST(LookupDataElementTest, UnknownTagOverwritesTheWholeEntry) {
+  const TestDictionary dictionary("", "0008,0016;Name;UI;retired\n");
+  DataElementEntry entry;
+  ASSERT_TRUE(dictionary.Get().LookupDataElement("(0008,0016)", entry));
+  EXPECT_FALSE(dictionary.Get().LookupDataElement("(0008,0017)", entry));
+  EXPECT_EQ(entry.vrCode, -1);
+  EXPECT_EQ(entry.name, "Unknown Tag");
+  EXPECT_EQ(entry.extraText, "");
+}
+
+TEST(VrCodeTest, CodesFollowTheModulesOrder) {
+  const char* const kVrs[] = {"AE", "AS", "AT", "CS", "DA", "DS", "DT",
+                              "FL", "FD", "IS", "LO", "LT", "OB", "OW",
+                              "PN", "SH", "SL", "SQ", "SS", "ST", "TM",
+                              "UI", "UL", "US", "UT", "VS"};
+  int code = 0;
+  for (const char* vr : kVrs) EXPECT_EQ(VrCodeOf(vr), code++) << vr;
+  for (const char* vr : {"XX", "UN", "OF", "UC", "UR", "OD", "ob", "O", ""}) {
+    EXPECT_EQ(VrCodeOf(vr), kVrUnknown) << vr;
+  }
+}
+
+TEST(UidDicTest, DescriptionIsAllBehindTheFirstSemicolon) {
+  EXPECT_EQ(DescriptionOf("1.2;Verification SOP Class", "1.2"),
+            "Verification SOP Class");
+  EXPECT_EQ(DescriptionOf("1.2; a;b; ", "1.2"), " a;b; ");
+  EXPECT_EQ(DescriptionOf("1.2;", "1.2"), "");
+  EXPECT_EQ(DescriptionOf(";No UID", ""), "No UID");
+  EXPECT_EQ(DescriptionOf("1.2;One\n1.2;Two", "1.2"), "One");
+}
+
+TEST(UidDicTest, UidIsAtMost64DigitsAndDots) {
+  const std::string uid(64, '1');
+  EXPECT_EQ(DescriptionOf(uid + ";Longest", uid), "Longest");
+  for (const std::string& bad : {uid + "1", std::string("1.2 "),
+                                 std::string("1.2a"), std::string("#1.2")}) {
+    EXPECT_EQ(DescriptionOf(bad + ";Bad", bad), "- Undefined UID") << bad;
+  }
+  EXPECT_EQ(DescriptionOf("1.2", "1.2"), "- Undefined UID");
+  EXPECT_EQ(DescriptionOf("1.2;Exact", "1.2 "), "- Undefined UID");
+  EXPECT_EQ(DescriptionOf("1.2;Exact", std::string("1.2\0", 4)),
+            "- Undefined UID");
+}
+
+// The shipped files, through the reader that they are for.
+class ShippedDictionaryTest : public ::testing::Test {
+ protected:
+  // Calls `check` with the columns before and behind the first ";" of every
+  // line and answers how many there are.
+  template <typename Check>
+  int ForEachLine(const std::string& text, Check check) {
+    std::istringstream lines(text);
+    int count = 0;
+    for (std::string line; std::getline(lines, line);) {
+      if (line.starts_with("#")) continue;
+      ++count;
+      const std::size_t end = line.find(';');
+      check(line.substr(0, end), line.substr(end + 1));
+    }
+    return count;
+  }
+
+  const std::string data_dic_ = ShippedFile("Data.dic");
+  const std::string uid_dic_ = ShippedFile("Uid.dic");
+  const TestDictionary dictionary_{uid_dic_, data_dic_};
+};
+
+TEST_F(ShippedDictionaryTest, EveryLineIsKept) {
+  const int elements = ForEachLine(
+      data_dic_, [&](const std::string& tag, const std::string& rest) {
+        DataElementEntry entry;
+        dictionary_.Get().LookupDataElement("(" + tag + ")", entry);
+        EXPECT_TRUE(rest.starts_with(entry.name + ";")) << tag << rest;
+      });
+  EXPECT_GE(elements, 4900);
+  const int uids = ForEachLine(
+      uid_dic_, [&](const std::string& uid, const std::string& description) {
+        EXPECT_EQ(dictionary_.Get().LookupUidDescription(uid), description);
+      });
+  EXPECT_GE(uids, 400);
+}
+
+TEST_F(ShippedDictionaryTest, HoldsWellKnownEntriesOfEveryKind) {
+  const struct {
+    const char* tag;
+    const char* entry;
+  } kCases[] = {
+      {"(0000,0001)", "22 Command Length to End; retired"},
+      {"(0000,0100)", "23 Command Field"},
+      {"(0008,0016)", "21 SOP Class UID"},
+      {"(0010,0010)", "14 Patient's Name"},
+      {"(0020,3104)", "3 Source Image IDs; retired"},
+      {"(0028,0106)", "23 Smallest Image Pixel Value"},  // US or SS
+      {"(0028,3006)", "13 LUT Data"},                    // US or OW
+      {"(5012,3000)", "13 Curve Data; retired"},         // OB or OW
+      {"(6002,0010)", "23 Overlay Rows"},
+      {"(7F04,0020)", "13 Variable Coefficients SDVN; retired"},
+      {"(7FE0,0010)", "13 Pixel Data"},
+      {"(7FE0,0020)", "13 Coefficients SDVN; retired"},
+      {"(FFFA,FFFA)", "17 Digital Signatures Sequence"},
+      {"(FFFC,FFFC)", "12 Data Set Trailing Padding"},
+      {"(FFFE,E000)", "-1 Item"},
+  };
+  for (const auto& c : kCases) {
+    EXPECT_EQ(Element(dictionary_.Get(), c.tag), c.entry) << c.tag;
+  }
+  EXPECT_EQ(dictionary_.Get().LookupUidDescription("1.2.840.10008.1.1"),
+            "Verification SOP Class");
+  EXPECT_EQ(dictionary_.Get().LookupUidDescription("1.2.840.10008.1.2.2"),
+            "Explicit VR Big Endian (Retired)");
+}
+
+}  // namespace
+}  // namespace dicom::testing
