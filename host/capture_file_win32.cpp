@@ -1,5 +1,4 @@
-#include <pcap/pcap.h>
-#include <windows.h>
+#include <pcap/pcap.h>  // and <winsock2.h> before <windows.h>, as it has to be
 
 #include "host/capture_file.h"
 

@@ -124,17 +124,18 @@ void CleanConnection::NoteAcknowledgement(std::uint32_t direction,
 
 // A connection that was closed or reset is over when nothing has come since the
 // last look.
-void CleanConnection::Update() {
-  if (finished_) return;
+bool CleanConnection::Update() {
+  if (finished_) return false;
   const bool closed = reset_ || (sides_[0].fin_seen && sides_[1].fin_seen);
   const bool quiet = packets_at_update_ == connection_.captured_packets;
   packets_at_update_ = connection_.captured_packets;
   if (closed && quiet) {
     Finish();
-    return;
+    return false;
   }
   Cut(false);
   Describe();
+  return closed;
 }
 
 void CleanConnection::Finish() {
@@ -153,14 +154,15 @@ void CleanConnection::Cut(bool over) {
   }
   if (sides_[0].pdus.empty() && sides_[1].pdus.empty()) return;
   if (!feed_->opened()) Open();
-  while (!sides_[0].pdus.empty() && !sides_[1].pdus.empty()) {
-    const bool zero_first = sides_[0].pdus.front().complete_frame <
-                            sides_[1].pdus.front().complete_frame;
-    Report(zero_first ? 0 : 1);
+  auto zero = sides_[0].pdus.begin();
+  auto one = sides_[1].pdus.begin();
+  while (zero != sides_[0].pdus.end() || one != sides_[1].pdus.end()) {
+    const bool zero_first = one == sides_[1].pdus.end() ||
+                            (zero != sides_[0].pdus.end() &&
+                             zero->complete_frame < one->complete_frame);
+    ReportPdu(zero_first ? 0 : 1, zero_first ? *zero++ : *one++);
   }
-  for (const std::uint32_t direction : {0u, 1u}) {
-    while (!sides_[direction].pdus.empty()) Report(direction);
-  }
+  for (Side& side : sides_) side.pdus.clear();
 }
 
 void CleanConnection::Open() { feed_->Open(ports_, SynDirection()); }
@@ -177,12 +179,6 @@ std::uint32_t CleanConnection::SynDirection() const {
     }
   }
   return 0;
-}
-
-void CleanConnection::Report(std::uint32_t direction) {
-  Side& side = sides_[direction];
-  ReportPdu(direction, side.pdus.front());
-  side.pdus.pop_front();
 }
 
 void CleanConnection::ReportPdu(std::uint32_t direction, const CutPdu& pdu) {

@@ -3,9 +3,9 @@
 
 #include <array>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "host/clean_feed.h"
 #include "host/connection_builder.h"
@@ -25,7 +25,7 @@ class CleanConnection final : public ConnectionBuilder {
   // SYN of a direction that has sent nothing while the other has.
   bool BeginsAnother(const TcpFrame& frame,
                      std::uint32_t direction) const override;
-  void Update() override;
+  bool Update() override;
   void Finish() override;
 
  protected:
@@ -38,7 +38,7 @@ class CleanConnection final : public ConnectionBuilder {
 
     StreamAssembler& stream;
     PduCutter cutter;
-    std::deque<CutPdu> pdus;  // cut, not yet reported
+    std::vector<CutPdu> pdus;  // cut, not yet reported; empty between calls
     bool fin_seen = false;
     // Bytes before this position that are missing are lost: the other side has
     // acknowledged later ones and enough packets have passed since.
@@ -57,7 +57,6 @@ class CleanConnection final : public ConnectionBuilder {
                   std::uint32_t direction);
   void NoteAcknowledgement(std::uint32_t direction, std::uint32_t number);
   void Cut(bool over);
-  void Report(std::uint32_t direction);
   void ReportPdu(std::uint32_t direction, const CutPdu& pdu);
   void Open();
   std::uint32_t SynDirection() const;

@@ -11,8 +11,6 @@
 
 namespace host {
 
-inline constexpr std::uint32_t kItemHeaderBytes = 6;  // of a PDV item
-
 // Bytes of one PDU that are sent in packets of one size.
 struct PacketRun {
   Position position = 0;

@@ -17,8 +17,9 @@ class ConnectionBuilder {
   virtual bool BeginsAnother(const TcpFrame& frame,
                              std::uint32_t direction) const = 0;
   void Add(const TcpFrame& frame, std::uint32_t direction);
-  // Lets the connection show all that is settled by now.
-  virtual void Update() {}
+  // Lets the connection show all that is settled by now. True when it should be
+  // asked once more even if nothing is added.
+  virtual bool Update() { return false; }
   // The connection is over: no segment will follow.
   virtual void Finish() {}
 

@@ -80,6 +80,7 @@ void MessageFollower::TakeHeader(std::uint32_t direction, Position item,
     d.message = Message();
     d.message.begun = true;
   }
+  d.message.has_strays |= !d.is_command && d.message.complete;
   std::array<std::uint8_t, 4> length;
   stream.Copy(d.is_command ? command_length_at : item, 4, length.data());
   d.missing = Word32At(length, 0) - 2;  // below 2 it wraps, as in the module
@@ -110,6 +111,10 @@ WireRecord MessageFollower::RecordOf(std::uint32_t direction) const {
   record.last_frame = message.frames.last;
   record.time = message.frames.time;
   if (message.lost != 0) record.note = FilledText(message.lost);
+  if (message.has_strays) {
+    AppendNote("counts data PDVs that follow without a command set",
+               &record.note);
+  }
   return record;
 }
 

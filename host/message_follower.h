@@ -29,6 +29,7 @@ class MessageFollower {
   struct Message {
     bool begun = false;
     bool complete = false;
+    bool has_strays = false;  // data PDVs came after it was complete
     std::uint64_t command_length = 0;
     std::uint64_t data_length = 0;
     std::uint64_t lost = 0;

@@ -11,13 +11,12 @@ namespace host {
 namespace {
 
 constexpr std::uint32_t kMaxOtherPdu = 1u << 20;
-constexpr std::uint32_t kItemHeaderBytes = 6;
 
 // How many PDUs in a row have to look right before a start is believed.
 constexpr int kChainLength = 4;
 // PDV items that are looked at in one PDU: more say nothing new, and a stream
 // made to look right everywhere must not cost more than a few steps a byte.
-constexpr int kItemsLookedAt = 64;
+constexpr int kItemsLookedAt = 16;
 // Lost bytes are filled up to this much more than was captured, so that a few
 // segments far apart do not become gigabytes of zeros.
 constexpr std::uint64_t kFillAtLeast = 1u << 20;
@@ -40,7 +39,7 @@ Header HeaderAt(const StreamAssembler& stream, Position at) {
 }  // namespace
 
 void PduCutter::Advance(Position final_until, bool over,
-                        std::deque<CutPdu>* pdus) {
+                        std::vector<CutPdu>* pdus) {
   final_until_ = over ? std::numeric_limits<Position>::max() : final_until;
   end_is_final_ = over || stream_.closed();
   pdus_ = pdus;
@@ -178,6 +177,7 @@ void PduCutter::Deliver(Position pdu_end, std::uint64_t lost) {
   filled_ += lost;
   ++pdus_delivered_;
   cursor_ = delivered_until_ = pdu_end;
+  stream_.Seal(pdu_end);
 }
 
 std::optional<Position> PduCutter::searching_from() const {
@@ -273,9 +273,10 @@ bool PduCutter::IsPlausible(Position at) const {
 // Whether the PDV items from `at` on, as far as they are there, are well formed
 // and end where the PDU ends.
 bool PduCutter::HasPlausibleItems(Position at, Position pdu_end) const {
+  const Position present = stream_.PresentUntil(at);
   for (int i = 0; i < kItemsLookedAt && at < pdu_end; ++i) {
     if (pdu_end - at < kItemHeaderBytes) return false;
-    if (stream_.PresentUntil(at) - at < kItemHeaderBytes) return true;
+    if (present - at < kItemHeaderBytes) return true;
     std::array<std::uint8_t, kItemHeaderBytes> item;
     stream_.Copy(at, item.size(), item.data());
     const std::uint32_t length = Word32At(item, 0);

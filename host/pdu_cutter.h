@@ -2,15 +2,16 @@
 #define HOST_PDU_CUTTER_H_
 
 #include <cstdint>
-#include <deque>
 #include <optional>
+#include <vector>
 
 #include "host/stream_assembler.h"
 
 namespace host {
 
 inline constexpr std::uint32_t kPduHeaderBytes = 6;
-inline constexpr std::uint8_t kAssociateRq = 1;  // PDU types
+inline constexpr std::uint32_t kItemHeaderBytes = 6;  // of a PDV item
+inline constexpr std::uint8_t kAssociateRq = 1;       // PDU types
 inline constexpr std::uint8_t kAssociateAc = 2;
 inline constexpr std::uint8_t kPDataTf = 4;
 
@@ -37,7 +38,7 @@ class PduCutter {
 
   // Appends all PDUs that can be cut now. Bytes before `final_until` that are
   // missing will never come; `over`: neither will anything behind the end.
-  void Advance(Position final_until, bool over, std::deque<CutPdu>* pdus);
+  void Advance(Position final_until, bool over, std::vector<CutPdu>* pdus);
 
   // Behind the last PDU; begin() of the stream before the first.
   Position delivered_until() const { return delivered_until_; }
@@ -87,7 +88,7 @@ class PduCutter {
   // What the Advance() that is running knows.
   Position final_until_ = 0;
   bool end_is_final_ = false;
-  std::deque<CutPdu>* pdus_ = nullptr;
+  std::vector<CutPdu>* pdus_ = nullptr;
 };
 
 }  // namespace host

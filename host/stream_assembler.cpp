@@ -102,19 +102,26 @@ bool StreamAssembler::Insert(Position at, std::span<const std::uint8_t> bytes,
       same = store_->Equal(known.stored + skip, bytes.first(count)) && same;
       ++next;
     } else {
-      const Position gap_end =
+      Position gap_end =
           next == extents_.end() ? end : std::min(end, next->first);
+      const bool sealed = source.frame != 0 && at < sealed_until_;
+      if (sealed) gap_end = std::min(gap_end, sealed_until_);
       count = static_cast<std::size_t>(gap_end - at);
-      source.stored = store_->Append(bytes.first(count));
-      source.length = static_cast<std::uint32_t>(count);
-      extents_.emplace_hint(next, at, source);
-      Join(at, gap_end);
-      if (source.frame != 0) payload_bytes_ += count;
+      if (!sealed) Keep(at, bytes.first(count), source, next);
     }
     at += static_cast<Position>(count);
     bytes = bytes.subspan(count);
   }
   return same;
+}
+
+void StreamAssembler::Keep(Position at, std::span<const std::uint8_t> bytes,
+                           Extent source, Extents::const_iterator next) {
+  source.stored = store_->Append(bytes);
+  source.length = static_cast<std::uint32_t>(bytes.size());
+  extents_.emplace_hint(next, at, source);
+  Join(at, at + static_cast<Position>(bytes.size()));
+  if (source.frame != 0) payload_bytes_ += bytes.size();
 }
 
 void StreamAssembler::Join(Position from, Position to) {

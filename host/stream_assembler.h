@@ -2,6 +2,7 @@
 #define HOST_STREAM_ASSEMBLER_H_
 
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -68,6 +69,9 @@ class StreamAssembler {
   // The frames that the bytes in [from, to) came from.
   FrameRange Frames(Position from, Position to) const;
 
+  // What is missing before `position` stays missing, even if it comes late: it
+  // was shown as lost.
+  void Seal(Position position) { sealed_until_ = position; }
   // Gives lost bytes a value; bytes that are there stay as they are.
   void Substitute(Position at, std::span<const std::uint8_t> bytes);
 
@@ -88,6 +92,8 @@ class StreamAssembler {
   bool Accepts(Position position) const;
   // Adds what is not there yet; true when what is there already is the same.
   bool Insert(Position at, std::span<const std::uint8_t> bytes, Extent source);
+  void Keep(Position at, std::span<const std::uint8_t> bytes, Extent source,
+            Extents::const_iterator next);
   void Join(Position from, Position to);
   // The extent that holds `from`, or else the first behind it.
   Extents::const_iterator ExtentAt(Position from) const;
@@ -99,6 +105,7 @@ class StreamAssembler {
   bool base_known_ = false;
   bool syn_seen_ = false;
   Position lowest_ = 0;
+  Position sealed_until_ = std::numeric_limits<Position>::min();
   Position highest_ = 0;  // behind the last byte on the wire
   std::optional<Position> fin_;
   std::uint64_t payload_bytes_ = 0;

@@ -20,6 +20,13 @@ void TcpConnections::Add(const TcpFrame& frame) {
     direction = 0;
   }
   current.builder->Add(frame, direction);
+  Touch(&current);
+}
+
+void TcpConnections::Touch(Current* current) {
+  if (current->touched) return;
+  current->touched = true;
+  touched_.push_back(current);
 }
 
 void TcpConnections::Begin(const TcpFrame& frame, Current* current) {
@@ -33,7 +40,10 @@ void TcpConnections::Begin(const TcpFrame& frame, Current* current) {
 }
 
 void TcpConnections::Update() {
-  for (const auto& builder : builders_) builder->Update();
+  for (Current* current : std::exchange(touched_, {})) {
+    current->touched = false;
+    if (current->builder->Update()) Touch(current);
+  }
 }
 
 void TcpConnections::Finish() {
@@ -46,6 +56,7 @@ std::vector<Connection> TcpConnections::Take() {
   for (const auto& builder : builders_) {
     connections.push_back(std::move(builder->connection()));
   }
+  touched_.clear();
   current_.clear();
   builders_.clear();
   return connections;

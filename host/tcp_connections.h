@@ -43,15 +43,18 @@ class TcpConnections {
 
   // The newest connection of a pair of ends.
   struct Current {
+    bool touched = false;  // waits for the next Update()
     ConnectionBuilder* builder = nullptr;
     Endpoint first;  // the end that is direction 0
   };
 
+  void Touch(Current* current);
   void Begin(const TcpFrame& frame, Current* current);
 
   HandOver hand_over_;
   std::shared_ptr<ByteStore> store_ = std::make_shared<ByteStore>();
   std::map<Key, Current> current_;
+  std::vector<Current*> touched_;
   std::vector<std::unique_ptr<ConnectionBuilder>> builders_;
 };
 
