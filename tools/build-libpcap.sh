@@ -47,9 +47,10 @@ fetch_source() {
 }
 
 # build NAME [cmake option...]
-build() {
+build() (
   local name=$1
   shift
+  cd "$work"  # its configuration leaves a file named NUL: where it runs
   cmake -S "$work/source" -B "$work/$name" -G Ninja -DCMAKE_BUILD_TYPE=Release \
     -DCMAKE_C_FLAGS_RELEASE="-O2 -g0" -DPCAP_TYPE=null -DENABLE_REMOTE=OFF -DDISABLE_DBUS=ON \
     -DDISABLE_RDMA=ON "$@" >"$work/$name.log" 2>&1 &&
@@ -61,7 +62,7 @@ build() {
   mkdir -p "$out/$name"
   cp "$(find "$work/$name" -name 'libpcap*.a' | head -n 1)" "$out/$name/libpcap.a.new"
   mv "$out/$name/libpcap.a.new" "$out/$name/libpcap.a"
-}
+)
 
 if [ -f "${libraries[0]}" ] && [ -f "${libraries[1]}" ]; then exit 0; fi
 
