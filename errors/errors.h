@@ -68,7 +68,8 @@ class HandleNotSet final : public std::exception {
   }
 };
 
-// Reserved for a transfer syntax that cannot be classified. Deliberate: an
+// Reserved for a transfer syntax that cannot be classified.
+// Deliberate: an
 // unknown one counts as explicit VR little endian, so this is never raised.
 class TransferSyntaxNotExist final : public std::exception {
  public:

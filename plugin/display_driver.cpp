@@ -13,6 +13,7 @@ namespace dicom {
 namespace {
 
 constexpr std::uint32_t kMaxMessageDump = 64000;  // bytes
+// Deliberate: the host's own mask is for hex dump sections only.
 constexpr std::uint32_t kExpandNoSection = 0;
 
 // A copy of the record to show: fetching its packets runs the host's code,
@@ -39,6 +40,7 @@ void DisplayDriver::Display(const DisplayRequest& request) {
   if (busy_ != 0) return;
   busy_ = 1;
   ClearTree(request.tree_window);
+  // Deliberate: made for an unknown window too, but without an accessor.
   const std::shared_ptr<HostContext> context =
       contexts_.ContextOf(request.host_window);
   const PduReassembler& reassembler = context->Reassembler();

@@ -30,6 +30,7 @@ std::unique_ptr<ModuleState> module_state;
 // at it: the failure itself is gone by then.
 char failure_text[256];
 
+// Deliberate: the caption is one blank.
 BOOL RefuseInThisVersion(HWND owner) {
   ::MessageBoxA(owner, "Not supported in this Version!", " ", MB_OK);
   return ::MessageBeep(0);

@@ -23,14 +23,15 @@ class HostContext {
   // processed.
   void SetHostWindow(HWND host_window) { source_.SetHostWindow(host_window); }
 
+  // PduReassembler's, with what it throws.
   bool ProcessSegment(const TcpSegment& segment) {
     return reassembler_.ProcessSegment(segment, source_);
   }
   void Flush() { reassembler_.Flush(); }
 
-  // Reads the accepts among the PDUs, once: after a walk that met at least one
-  // of them it does nothing more, so an association that is accepted later is
-  // not read. Throws UnableToGetPacketFromTapvane.
+  // Reads the accepts among the PDUs. Throws UnableToGetPacketFromTapvane.
+  // Deliberate: once only. After a walk that met at least one accept it does
+  // nothing more, so an association that is accepted later is not read.
   void BuildPresentationContexts();
 
   const PduReassembler& Reassembler() const { return reassembler_; }

@@ -31,7 +31,7 @@ class HostPacketRecord {
   // What the last fetch delivered. The bytes stay until the next one.
   std::int32_t Index() const { return record_.index; }
   const std::uint8_t* Bytes() const { return record_.bytes; }
-  std::uint32_t Length() const;  // bytes, never more than were claimed
+  std::uint32_t Length() const;  // bytes, at most what a record holds
   std::uint8_t Direction() const { return record_.direction != 0 ? 1 : 0; }
 
  private:

@@ -138,7 +138,8 @@ std::uint32_t ListDriver::List(const ListRequest& request) {
 std::uint32_t ListDriver::ListGuarded(const ListRequest& request) {
   const std::optional<std::int32_t> packet_count =
       HostPacketRecord::AskPacketCount(request.host_window);
-  if (!packet_count) return DICOM_LIST_FAILED;  // not counted as a failure
+  // Deliberate: a refused count is no failure that is counted.
+  if (!packet_count) return DICOM_LIST_FAILED;
   if (*packet_count == 0) {
     Write(request.first_index, kNoRow);
     Write(request.row_count, 0);
@@ -154,6 +155,7 @@ std::uint32_t ListDriver::ListGuarded(const ListRequest& request) {
     context->SetHostWindow(request.host_window);
     const bool more = ReadSegments(*accessor, *context, request.live);
     progress_word = ProgressWord(accessor->CurrentPacketIndex(), *packet_count);
+    // Deliberate: tried on every call, until it has met an accept.
     context->BuildPresentationContexts();
     if (request.message_view) {
       FillRows(context->Reassembler().Messages(), request);
@@ -180,6 +182,7 @@ bool ListDriver::ReadSegments(PacketAccessor& accessor, HostContext& context,
     if (!more) break;
     context.ProcessSegment(segment);
   }
+  // Deliberate: what was held back has no limit of segments.
   if (!more && !live) {
     while (accessor.ReadLeftoverSegment(segment)) {
       context.ProcessSegment(segment);

@@ -39,6 +39,8 @@ class ListDriver {
                               std::uint32_t progress_word);
 
   HostContexts& contexts_;
+  // Deliberate: for all host windows together, and no success resets the
+  // failures.
   std::uint32_t busy_ = 0;
   std::uint32_t failure_counter_ = 0;
 };

@@ -32,7 +32,8 @@ bool PacketAccessor::ReadNextSegment(TcpSegment& segment) {
       throw Unexpected();
     }
   }
-  // Fetched anew: the packet in the record is a later one.
+  // Deliberate: every delivered segment is fetched a second time, since the
+  // packet in the record is a later one.
   RequirePacket(static_cast<std::int32_t>(*ready));
   segment_ready_ = true;
   segment = segment_;
@@ -52,7 +53,8 @@ bool PacketAccessor::FetchNextPacket() {
   if (!packet_.FetchNext(asked)) return false;
   // A host that answers with an old packet would keep us reading for ever.
   if (packet_.Index() <= asked) return false;
-  // Before the parse, so that a packet too short for a TCP header is behind us.
+  // Deliberate: before the parse, so that a packet too short for a TCP header
+  // is behind us.
   current_index_ = packet_.Index();
   Refill();
   return true;
@@ -74,8 +76,8 @@ void PacketAccessor::Refill() {
                  packet_.Direction());
 }
 
-// No direction is looked at until the closing ACK: the numbers alone tell what
-// belongs together.
+// Deliberate: no direction is looked at until the closing ACK; the numbers
+// alone tell what belongs together.
 bool PacketAccessor::FindHandshake() {
   const std::int32_t start = current_index_;
   while (FindSyn()) {
@@ -109,6 +111,7 @@ bool PacketAccessor::FindSyn() {
 // Deliberate: the answer need not have SYN nor come from the other side.
 PacketAccessor::HandshakeStep PacketAccessor::FindAnswer() {
   while (FetchNextPacket()) {
+    // Deliberate: any reset, of this handshake or not, here and below.
     if (segment_.HasRst()) return HandshakeStep::kReset;
     if (!segment_.HasSyn() && !segment_.HasAck()) continue;
     if (segment_.AcknowledgementNumber() != expected_[kZeroSide]) continue;
@@ -157,18 +160,21 @@ bool PacketAccessor::AdvanceStream() {
 bool PacketAccessor::FetchForStream() {
   const std::uint32_t other = expected_[kOtherSide];
   const std::uint32_t zero = expected_[kZeroSide];
-  const std::uint32_t other_fin = AcceptedNumber(kOtherSide);
-  const std::uint32_t zero_fin = AcceptedNumber(kZeroSide);
+  const std::uint32_t other_fin = NumberBehindFin(kOtherSide);
+  const std::uint32_t zero_fin = NumberBehindFin(kZeroSide);
   const std::optional<std::int32_t> early =
       early_segments_.TakeOldest({{other, zero},
                                   {other_fin, zero},
                                   {other, zero_fin},
                                   {other_fin, zero_fin}});
   if (!early) return FetchNextPacket();
+  // Deliberate: an early segment that cannot be read again is a failure, not a
+  // gap.
   RequirePacket(*early);
   return true;
 }
 
+// Deliberate: both numbers must be the expected ones.
 bool PacketAccessor::IsInOrder() const {
   const std::size_t side = segment_.Direction();
   return Matches(side, segment_.SequenceNumber()) &&
@@ -176,12 +182,12 @@ bool PacketAccessor::IsInOrder() const {
 }
 
 bool PacketAccessor::Matches(std::size_t side, std::uint32_t number) const {
-  return number == expected_[side] || number == AcceptedNumber(side);
+  return number == expected_[side] || number == NumberBehindFin(side);
 }
 
 // The expected numbers count payload alone, but what follows a FIN is numbered
 // one higher. Accepting both lets an ordinary close end the connection.
-std::uint32_t PacketAccessor::AcceptedNumber(std::size_t side) const {
+std::uint32_t PacketAccessor::NumberBehindFin(std::size_t side) const {
   return expected_[side] + (fin_seen_[side] ? 1 : 0);
 }
 
@@ -190,15 +196,18 @@ void PacketAccessor::TakeInOrder() {
     history_->Append(segment_);
     // Data is ready once the other side was heard of behind it: the segment
     // just entered never is, but it may have settled those before it.
+    // Deliberate: when it has not, the flag stays as it was.
     if (history_->FrontIsSettled()) segment_ready_ = true;
     CountInOrder();
   } else {
     CountInOrder();
+    // Deliberate: set or cleared, unlike in every other branch.
     segment_ready_ = history_->SettleOnDirection(segment_.Direction());
   }
 }
 
-// Deliberate: SYN and FIN add nothing to the expected numbers.
+// Deliberate: SYN and FIN add nothing to the expected numbers, and the end of a
+// connection clears nothing but the synchronised flag.
 void PacketAccessor::CountInOrder() {
   const std::size_t side = segment_.Direction();
   expected_[side] += segment_.PayloadLength();
@@ -225,7 +234,11 @@ void PacketAccessor::TakeOutOfOrder() {
   }
   const bool sequence_behind =
       IsAfter(expected_[side], segment_.SequenceNumber());
-  if (sequence_behind && acknowledgement_ahead) return;  // Deliberate: dropped
+  // Deliberate: dropped. An old segment whose acknowledgement is newer than
+  // what was seen of the other side settles nothing.
+  if (sequence_behind && acknowledgement_ahead) return;
+  // Deliberate: all the rest counts as early, bare acknowledgements and SYNs
+  // included.
   early_segments_.Add(segment_);
 }
 

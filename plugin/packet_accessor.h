@@ -38,8 +38,8 @@ class PacketAccessor {
   bool ReadNextSegment(TcpSegment& segment);
 
   // At the end of a capture: delivers a segment that the history still holds,
-  // settled or not; false when there is none. Throws
-  // UnableToGetPacketFromTapvane.
+  // settled or not; false when there is none. Throws HandleNotSet,
+  // ArrayTooShort, UnableToGetPacketFromTapvane.
   bool ReadLeftoverSegment(TcpSegment& segment);
 
   // The last packet delivered as the next one; -1 before the first.
@@ -63,7 +63,7 @@ class PacketAccessor {
   bool FetchForStream();
   bool IsInOrder() const;
   bool Matches(std::size_t side, std::uint32_t number) const;
-  std::uint32_t AcceptedNumber(std::size_t side) const;
+  std::uint32_t NumberBehindFin(std::size_t side) const;
   void TakeInOrder();
   void CountInOrder();
   void TakeOutOfOrder();

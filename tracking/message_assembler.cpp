@@ -9,7 +9,7 @@ constexpr std::uint32_t kControl = 5;
 constexpr std::uint8_t kCommandBit = 0x01;
 constexpr std::uint8_t kLastFragmentBit = 0x02;
 
-// The PDV length counts the context ID and the control byte. Deliberate: below
+// Deliberate: the PDV length counts the context ID and the control byte; below
 // 2 it wraps, and the message swallows all that follows in its direction.
 std::uint32_t ValueLength(std::uint32_t item_length) { return item_length - 2; }
 
@@ -49,6 +49,9 @@ void MessageAssembler::Feed(const TcpSegment& segment, std::uint32_t offset,
 void MessageAssembler::ReadFirstHeader(Stream& stream, Chunk& chunk) {
   const std::uint8_t control = chunk.bytes.ByteAt(kControl);
   stream.is_command = (control & kCommandBit) != 0;
+  // Deliberate: only a command behind a last fragment starts a message. Another
+  // command goes on with the current one, and data before any command belongs
+  // to message 0, which has no entry.
   if (stream.is_command && stream.last_fragment) {
     StartMessage(stream, chunk.direction, chunk.bytes.ByteAt(kContextId));
   }
@@ -77,8 +80,8 @@ void MessageAssembler::ReadNextHeader(Stream& stream, Chunk& chunk) {
 }
 
 // Lists a message for each PDV value that ends before the chunk does. False
-// when the chunk is used up, or ends in fewer bytes than a header has: those
-// are lost, and the next chunk is taken to begin with a header.
+// when the chunk is used up, or ends in fewer bytes than a header has.
+// Deliberate: those are lost, and the next chunk is taken to begin with one.
 bool MessageAssembler::ListValuesThatEndInside(Stream& stream, Chunk& chunk,
                                                PacketSource& source) {
   while (stream.missing < chunk.Left()) {
@@ -99,10 +102,10 @@ void MessageAssembler::StartMessage(Stream& stream, std::uint8_t direction,
                                     std::uint8_t context_id) {
   stream.message = DimseMessageRecord();
   stream.summary = MessageSummary();
+  newest_entry_.push_back(0);
   stream.message.message_number = ++message_counter_;
   stream.message.direction = direction;
   stream.message.presentation_context_id = context_id;
-  newest_entry_.push_back(0);
 }
 
 void MessageAssembler::TakeValue(Stream& stream, const Chunk& chunk,
@@ -125,6 +128,7 @@ void MessageAssembler::ReplaceNewestEntry(const DimseMessageRecord& message) {
   if (entry != 0) messages_[entry - 1] = message;
 }
 
+// Deliberate: the other side's message comes first.
 void MessageAssembler::Flush() {
   FlushStream(streams_[1].message);
   FlushStream(streams_[0].message);
@@ -132,7 +136,8 @@ void MessageAssembler::Flush() {
 
 // Deliberate: positions count from 0 and numbers from 1, so the entry compared
 // is the one behind the message's own, and a message that was listed when its
-// command set ended is listed a second time.
+// command set ended is listed a second time. The number 0 of a direction that
+// never carried a message counts too: it overwrites the first entry.
 void MessageAssembler::FlushStream(const DimseMessageRecord& message) {
   if (message.message_number < messages_.size()) {
     DimseMessageRecord& entry = messages_[message.message_number];

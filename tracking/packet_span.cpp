@@ -41,7 +41,8 @@ void SpanGatherer::GatherUpTo(std::uint32_t limit, const SpanList& spans,
   bool fetched = false;
   std::uint32_t fetched_number = 0;
   for (; next_span_ < spans.size() && gathered_ < limit; ++next_span_) {
-    const PacketSpan& span = spans[next_span_];
+    // A copy: the fetch runs the host's code, which may make the list grow.
+    const PacketSpan span = spans[next_span_];
     if (!fetched || span.packet_number != fetched_number) {
       packet = source.PacketBytes(span.packet_number);
       fetched = true;

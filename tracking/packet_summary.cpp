@@ -14,7 +14,8 @@ const char kAssociateAcceptName[] = "A-ASSOCIATE-AC PDU";
 
 namespace {
 
-constexpr char kUnknownPduName[] = "unkown PDU";  // spelling is the users'
+// Deliberate: the spelling is the users'.
+constexpr char kUnknownPduName[] = "unkown PDU";
 constexpr std::array<const char*, 8> kPduNames = {
     kUnknownPduName,      "A-ASSOCIATE-RQ PDU", kAssociateAcceptName,
     "A-ASSOCIATE-RJ PDU", "P-DATA-TF PDU",      "A-RELEASE-RQ PDU",
@@ -30,8 +31,9 @@ const char* PduName(std::uint8_t pdu_type) {
 std::string SecondText(const DimseMessageRecord& message) {
   std::string text;
   if (message.message_id) {
+    // Deliberate: a lower-case d, and 65535 where others show -1.
     text = "Message Id: ";
-    AppendUnsigned(text, *message.message_id);  // 65535, never -1
+    AppendUnsigned(text, *message.message_id);
   }
   return text;
 }

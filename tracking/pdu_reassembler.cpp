@@ -10,8 +10,9 @@ constexpr std::uint32_t kPduHeader = 6;  // type, reserved, length (4)
 constexpr std::uint8_t kPDataTf = 0x04;
 
 // By direction: whether the bytes of the PDU in progress go to the message
-// assembly. Deliberate: module-wide, shared by all host contexts, and reset by
-// nothing but the PDUs themselves.
+// assembly.
+// Deliberate: module-wide, shared by all host contexts, and reset by nothing
+// but the PDUs themselves.
 std::array<std::uint8_t, 2> p_data_flags{};
 
 void AppendSpan(PduRecord& record, const TcpSegment& segment,
@@ -35,7 +36,7 @@ bool PduReassembler::ProcessSegment(const TcpSegment& segment,
 
 bool PduReassembler::BeginWithPdu(Cursor& cursor) {
   StreamState& stream = cursor.stream;
-  StartPduAfterWholePdu(cursor);
+  StartPduWithFlag(cursor);
   while (stream.pdu_length < cursor.left) {
     const std::uint32_t pdu_length = stream.pdu_length;
     AppendSpan(stream.record, cursor.segment, cursor.Offset(), pdu_length);
@@ -44,7 +45,7 @@ bool PduReassembler::BeginWithPdu(Cursor& cursor) {
     cursor.Consume(pdu_length);
     stream.record = PduRecord();
     stream.pdu_length = 0;
-    StartPduAfterWholePdu(cursor);
+    StartPduWithFlag(cursor);
   }
   stream.missing = stream.pdu_length - cursor.left;
   AppendSpan(stream.record, cursor.segment, cursor.Offset(), cursor.left);
@@ -65,13 +66,13 @@ bool PduReassembler::ContinuePdu(Cursor& cursor) {
   while (stream.missing < cursor.left) {
     const std::uint32_t missing = stream.missing;
     AppendSpan(stream.record, cursor.segment, cursor.Offset(), missing);
-    // Listed before it is fed, the other way round than when a segment begins
-    // with a PDU; a failing feed shows the difference.
+    // Deliberate: listed before it is fed, the other way round than when a
+    // segment begins with a PDU; a failing feed shows the difference.
     pdus_.push_back(stream.record);
     FeedRest(cursor, missing);
     cursor.Consume(missing);
-    // Until the next header is read, the stream still counts the PDU just
-    // listed as missing.
+    // Deliberate: until the next header is read, the stream still counts the
+    // PDU just listed as missing.
     const std::uint8_t type = StartPdu(cursor);
     stream.missing = stream.pdu_length;
     // Deliberate: unlike a PDU that follows a whole PDU, any type is passed to
@@ -87,8 +88,9 @@ bool PduReassembler::ContinuePdu(Cursor& cursor) {
   return true;
 }
 
-// Reads the PDU header at the cursor and answers the type. The counter counts
-// PDUs begun, so a failure leaves a gap in the numbers.
+// Reads the PDU header at the cursor and answers the type.
+// Deliberate: the counter counts PDUs begun, so a failure leaves a gap in the
+// numbers, and a header that the segment's end cuts is not kept for the next.
 std::uint8_t PduReassembler::StartPdu(Cursor& cursor) {
   StreamState& stream = cursor.stream;
   stream.record = PduRecord();
@@ -97,7 +99,8 @@ std::uint8_t PduReassembler::StartPdu(Cursor& cursor) {
       cursor.segment.Part(cursor.Offset(), cursor.left);
   const std::uint8_t type = reader.ByteAt(0);
   stream.pdu_length = reader.LongAt(2, kBigEndian) + kPduHeader;
-  if (stream.pdu_length < kPduHeader) {  // the sum wrapped
+  // Deliberate: a length whose sum wraps is no PDU at all.
+  if (stream.pdu_length < kPduHeader) {
     stream.pdu_length = 0;
     stream.missing = 0;
     throw Unexpected();
@@ -108,7 +111,7 @@ std::uint8_t PduReassembler::StartPdu(Cursor& cursor) {
   return type;
 }
 
-void PduReassembler::StartPduAfterWholePdu(Cursor& cursor) {
+void PduReassembler::StartPduWithFlag(Cursor& cursor) {
   const bool p_data = StartPdu(cursor) == kPDataTf;
   cursor.p_data = p_data ? 1 : 0;
   // Deliberate: skip is not reset between the PDUs of one segment, so the
@@ -118,6 +121,7 @@ void PduReassembler::StartPduAfterWholePdu(Cursor& cursor) {
 
 // Feeds the next `length` payload bytes, less the skip, to the message
 // assembly.
+// Deliberate: a skip that uses them up feeds nothing.
 void PduReassembler::FeedRest(Cursor& cursor, std::uint32_t length) {
   if (cursor.p_data == 0 || cursor.skip >= length) return;
   assembler_.Feed(cursor.segment, cursor.Offset() + cursor.skip,
@@ -130,6 +134,7 @@ void PduReassembler::FinishPdu(StreamState& stream) {
   stream.pdu_length = 0;
 }
 
+// Deliberate: the other side's PDU comes first, and no input is taken after it.
 void PduReassembler::Flush() {
   if (!enabled_) return;
   for (const std::size_t direction : {1u, 0u}) {

@@ -31,6 +31,7 @@ class PduReassembler {
   // incomplete. Ends the input for good; without effect after the first time.
   void Flush();
 
+  // Both lists grow with the next segment; references into them do not keep.
   const std::deque<PduRecord>& Pdus() const { return pdus_; }
   const std::deque<DimseMessageRecord>& Messages() const {
     return assembler_.Messages();
@@ -64,7 +65,7 @@ class PduReassembler {
   bool BeginWithPdu(Cursor& cursor);  // the payload begins with a PDU header
   bool ContinuePdu(Cursor& cursor);   // it goes on with a PDU
   std::uint8_t StartPdu(Cursor& cursor);
-  void StartPduAfterWholePdu(Cursor& cursor);
+  void StartPduWithFlag(Cursor& cursor);
   void FeedRest(Cursor& cursor, std::uint32_t length);
   void FinishPdu(StreamState& stream);
 

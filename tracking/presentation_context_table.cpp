@@ -1,5 +1,6 @@
 #include "tracking/presentation_context_table.h"
 
+#include <bitset>
 #include <exception>
 #include <utility>
 
@@ -17,7 +18,7 @@ constexpr std::uint16_t kItemHeader = 4;  // type, reserved, length (2)
 constexpr std::uint16_t kSubItems = 8;    // behind an item's fixed fields
 
 // There are no more offsets than that, so a longer walk goes in circles.
-constexpr std::uint32_t kMaxSteps = 65536;
+constexpr std::uint32_t kOffsets = 65536;
 
 struct KnownSyntax {
   std::string_view uid;
@@ -30,6 +31,7 @@ constexpr KnownSyntax kKnownSyntaxes[] = {
 };
 
 // Reads the accepted contexts of one A-ASSOCIATE-AC PDU into a table.
+//
 // Deliberate: offsets that are kept from step to step have 16 bits and wrap.
 class AcceptReader {
  public:
@@ -37,11 +39,14 @@ class AcceptReader {
       : pdu_(pdu), table_(table) {}
 
   void Read() {
+    // Deliberate: exactly version 1, although the decoder shows any odd one.
     if (pdu_.LongAt(2, kBigEndian) + kPduHeader != pdu_.Length()) return;
     if (pdu_.WordAt(kProtocolVersion, kBigEndian) != 1) return;
     std::uint16_t offset = kFirstItem;
-    for (std::uint32_t step = 0; step < kMaxSteps; ++step) {
-      if (offset >= pdu_.Length()) return;
+    std::bitset<kOffsets> visited;
+    // An offset that comes again has nothing new: its contexts are entered.
+    while (offset < pdu_.Length() && !visited[offset]) {
+      visited.set(offset);
       const std::uint16_t end = EndOfItem(offset);
       if (pdu_.ByteAt(offset) == kContextItem) ReadContext(offset, end);
       offset = end;
@@ -55,11 +60,13 @@ class AcceptReader {
   }
 
   void ReadContext(std::uint16_t item, std::uint16_t end) {
+    // Deliberate: what was proposed does not matter, and no result but 0
+    // counts.
     const std::uint8_t id = pdu_.ByteAt(item + 4u);
     const bool accepted = pdu_.ByteAt(item + 6u) == 0;
     auto offset = static_cast<std::uint16_t>(item + kSubItems);
     for (std::uint32_t step = 0; offset < end; ++step) {
-      if (step == kMaxSteps) throw OutOfRange();  // ends the whole reading
+      if (step == kOffsets) throw OutOfRange();  // ends the whole reading
       const bool is_syntax = pdu_.ByteAt(offset) == kTransferSyntaxItem;
       const std::uint16_t length = pdu_.WordAt(offset + 2u, kBigEndian);
       if (is_syntax && accepted) {
@@ -107,6 +114,8 @@ void PresentationContextTable::AddAcceptedContexts(const ByteArrayView& pdu) {
 
 void PresentationContextTable::AddPresentationContext(std::uint8_t id,
                                                       std::string uid_text) {
+  // Deliberate: a taken ID ends the reading of the whole PDU, so a second
+  // association that uses the IDs again keeps the first one's syntaxes.
   if (contexts_.contains(id)) throw DoublePresentationContextId();
   contexts_.emplace(id, TransferSyntax(std::move(uid_text)));
 }

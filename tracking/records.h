@@ -8,7 +8,9 @@
 
 namespace dicom {
 
-// One entry of the PDU view. Its second text is always empty and not kept.
+// One entry of the PDU view.
+// Deliberate: its second text is always empty, so it is not kept, and its
+// length is what was recorded, not what its length field says.
 struct PduRecord {
   std::uint32_t pdu_number = 0;    // counted from 1 over both directions
   const char* summary_text = "";   // one of the PDU names

@@ -15,8 +15,8 @@ void SegmentHistory::Append(const TcpSegment& segment) {
   if (segment.Direction() != last_direction_) settled_ = entries_.size();
   last_direction_ = segment.Direction();
   const NumberPair numbers = NumbersOf(segment);
-  newest_[numbers] = taken_ + entries_.size();
   entries_.push_back({segment.PacketNumber(), numbers});
+  newest_[numbers] = taken_ + entries_.size() - 1;
 }
 
 bool SegmentHistory::SettleOnDirection(std::uint8_t direction) {

@@ -23,13 +23,14 @@ NumberPair NumbersOf(const TcpSegment& segment);
 // always settles every older one, so one count says how many are settled.
 class SegmentHistory {
  public:
-  // Enters a segment with payload. Deliberate: a change of direction settles
-  // the entries before it, never the new one.
+  // Deliberate: a change of direction settles the entries before the new one,
+  // never that itself. For a segment with payload.
   void Append(const TcpSegment& segment);
 
   // For an in-order segment without payload: settles everything when it comes
   // from the other direction than the newest entry; false when it does not, or
-  // when nothing is held. The direction last appended stays.
+  // when nothing is held.
+  // Deliberate: the direction last appended stays as it was.
   bool SettleOnDirection(std::uint8_t direction);
 
   // For a segment behind the expected numbers: settles the newest entry with

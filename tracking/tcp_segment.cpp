@@ -12,6 +12,8 @@ void TcpSegment::Parse(const std::uint8_t* bytes, std::uint32_t length,
   try {
     ParseHeader();
   } catch (const std::exception&) {
+    // Deliberate: any failure is a packet too short; fields read before it
+    // stay.
     throw ArrayTooShort();
   }
   packet_number_ = packet_number;
