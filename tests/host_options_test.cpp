@@ -1,0 +1,71 @@
+#include <gtest/gtest.h>
+
+#include "host/options.h"
+
+namespace host {
+namespace {
+
+std::string ErrorOf(const std::vector<std::string>& arguments) {
+  try {
+    ParseOptions(arguments);
+  } catch (const UsageError& error) {
+    return error.what();
+  }
+  return "accepted";
+}
+
+TEST(OptionsTest, EverythingCanBeAskedForAtOnce) {
+  const Options options = ParseOptions(
+      {"--tree", "--filter", "port 104", "a b.pcap", "--row=12", "--save",
+       "out.txt", "--connection", "2", "--as-captured", "--messages"});
+  EXPECT_TRUE(options.tree);
+  EXPECT_FALSE(options.hex);
+  EXPECT_EQ(options.filter, "port 104");
+  EXPECT_EQ(options.capture, "a b.pcap");
+  EXPECT_EQ(options.row, 12U);
+  EXPECT_EQ(options.connection, 2U);
+  EXPECT_EQ(options.save_file, "out.txt");
+  EXPECT_TRUE(options.as_captured);
+  EXPECT_EQ(options.views, std::vector{View::kMessages});
+}
+
+TEST(OptionsTest, BothViewsAreShownUnlessOneIsChosen) {
+  const std::vector both = {View::kPdus, View::kMessages};
+  EXPECT_EQ(ParseOptions({"a"}).views, both);
+  EXPECT_EQ(ParseOptions({"a", "--messages", "--pdus"}).views, both);
+  EXPECT_EQ(ParseOptions({"--pdus", "a"}).views, std::vector{View::kPdus});
+}
+
+TEST(OptionsTest, NamesMayLookLikeOptionsBehindTwoDashes) {
+  EXPECT_EQ(ParseOptions({"--", "--tree"}).capture, "--tree");
+  EXPECT_EQ(ParseOptions({"-"}).capture, "-");
+}
+
+TEST(OptionsTest, MistakesSayWhatToDo) {
+  struct Mistake {
+    std::vector<std::string> arguments;
+    std::string sentence;
+  };
+  const std::string help = "; capdump --help lists the options";
+  for (const Mistake& mistake : {
+           Mistake{{}, "name a capture file to read" + help},
+           {{"--row", "0", "a"}, "--row wants a number from 1 on, not \"0\""},
+           {{"a", "--row", "4x"}, "--row wants a number from 1 on, not \"4x\""},
+           {{"a", "--connection"}, "--connection wants a number behind it"},
+           {{"a", "--save", ""}, "--save wants the file to write behind it"},
+           {{"a", "--trees"}, "there is no option \"--trees\"" + help},
+           {{"a", "--tree=yes"}, "--tree takes no value" + help},
+           {{"a", "b"},
+            "only one capture at a time can be opened, not \"a\" and \"b\""},
+       }) {
+    EXPECT_EQ(ErrorOf(mistake.arguments), mistake.sentence);
+  }
+}
+
+TEST(OptionsTest, HelpAndVersionNeedNoCapture) {
+  EXPECT_TRUE(ParseOptions({"--help"}).help);
+  EXPECT_TRUE(ParseOptions({"--version"}).version);
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,247 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "host/report.h"
+#include "host/row_trace.h"
+#include "host/text_encoding.h"
+
+namespace host {
+namespace {
+
+constexpr Nanoseconds kNoon = 1'714'737'600'000'000'000;  // 2024-05-03 12:00
+
+WireRecord Wire(std::uint32_t direction, std::uint64_t length,
+                std::uint32_t first_frame, std::uint32_t last_frame,
+                Nanoseconds microseconds, bool listed = true,
+                std::string note = "") {
+  return {direction,
+          length,
+          first_frame,
+          last_frame,
+          kNoon + microseconds * 1000,
+          listed,
+          std::move(note)};
+}
+
+class OnePacketFeed final : public PacketFeed {
+ public:
+  explicit OnePacketFeed(std::string packet) : packet_(std::move(packet)) {}
+  std::uint32_t PacketCount() const override { return 2; }
+  std::uint32_t CopyPacket(std::uint32_t number, std::uint8_t* bytes,
+                           std::uint32_t* direction) const override {
+    *direction = number;
+    const std::string packet = number == 1 ? packet_ : packet_.substr(0, 20);
+    std::memcpy(bytes, packet.data(), packet.size());
+    return static_cast<std::uint32_t>(packet.size());
+  }
+
+ private:
+  std::string packet_;
+};
+
+TEST(TextEncodingTest, CodePage1252BecomesUtf8) {
+  EXPECT_EQ(Utf8FromCodePage1252("M\xFCller \x80 \x9F"),
+            "M\u00FCller \u20AC \u0178");
+  EXPECT_EQ(Utf8FromCodePage1252("\x81\x1F"), "\u0081\x1F");
+}
+
+TEST(TextEncodingTest, NothingThatSteersATerminalIsPrinted) {
+  EXPECT_EQ(PrintableFromCodePage1252("a\r\nb\t\x1B[2J\x7F\x90 1\\2"),
+            "a\\r\\nb\\t\\x1B[2J\\x7F\\x90 1\\2");
+  EXPECT_EQ(DumpFromCodePage1252("0000  1B\x90\r\n"), "0000  1B\uFFFD\r\n");
+}
+
+TEST(TextEncodingTest, JsonStringsAreValidWhateverIsPutIn) {
+  EXPECT_EQ(JsonString("a\"b\\c\n\x01"), R"("a\"b\\c\n\u0001")");
+  EXPECT_EQ(JsonString("\u20AC\U0001F600"), "\"\u20AC\U0001F600\"");
+  for (const char* broken : {"\xFF", "\xC0", "\x80", "\xF5"}) {
+    SCOPED_TRACE(broken);
+    EXPECT_EQ(JsonString(broken), "\"\uFFFD\"");
+  }
+  EXPECT_EQ(JsonString("\xE2\x82"), "\"\uFFFD\uFFFD\"");  // cut
+  EXPECT_EQ(JsonString("\xED\xA0\x80"),                   // a surrogate
+            "\"\uFFFD\uFFFD\uFFFD\"");
+}
+
+TEST(ReportTimeTest, TimesAreUtcWithTheAskedDigits) {
+  EXPECT_EQ(UtcTime(kNoon + 123'456'789, 9), "2024-05-03T12:00:00.123456789Z");
+  EXPECT_EQ(UtcTime(-1, 6), "1969-12-31T23:59:59.999999Z");
+  EXPECT_EQ(Seconds(61'000'500'000, 6), "61.000500");
+  EXPECT_EQ(Seconds(-1'500'000, 6), "-0.001500");
+}
+
+// Positions and frames of the traced rows, "-" for a row without a record.
+std::string Traced(const std::vector<ListedRow>& rows,
+                   const std::vector<WireRecord>& wire) {
+  std::string text;
+  for (const ReportedRow& row : TraceRows(rows, wire)) {
+    text += std::to_string(row.position) + ":" +
+            (row.wire ? std::to_string(row.wire->first_frame) : "-") + " ";
+  }
+  return text;
+}
+
+TEST(RowTraceTest, RowsFindTheirRecordsAgain) {
+  const ListedRow a{1, 0, 100, "", ""}, b{2, 1, 50, "", ""},
+      c{3, 0, 70, "", ""};
+  const std::vector<WireRecord> wire = {
+      Wire(0, 100, 4, 4, 0), Wire(1, 50, 5, 5, 0), Wire(0, 70, 6, 6, 0)};
+  EXPECT_EQ(Traced({a, b, c}, wire), "1:4 2:5 3:6 ");
+  EXPECT_EQ(Traced({a, c}, wire), "1:4 2:6 ") << "a record without a row";
+  EXPECT_EQ(Traced({a, a, b, c}, wire), "1:4 2:- 3:5 4:6 ") << "listed twice";
+  const ListedRow shorter{2, 1, 49, "", ""};
+  EXPECT_EQ(Traced({a, shorter, c}, wire), "1:4 2:5 3:6 ") << "other length";
+  EXPECT_EQ(Traced({a, b}, {}), "1:- 2:- ") << "handed over as captured";
+}
+
+TEST(RowTraceTest, RecordsThatAreNotListedKeepTheirPlace) {
+  const std::vector<WireRecord> wire = {Wire(0, 100, 4, 4, 0),
+                                        Wire(0, 8, 5, 5, 10, false, "left out"),
+                                        Wire(0, 100, 6, 6, 30)};
+  const auto rows = TraceRows({{1, 0, 100, "", ""}, {2, 0, 100, "", ""}}, wire);
+  ASSERT_EQ(rows.size(), 3U);
+  EXPECT_EQ(rows[1].position, 0U);
+  EXPECT_EQ(rows[1].listed.length, 8U);
+  EXPECT_EQ(rows[2].position, 2U);
+  EXPECT_FALSE(rows[0].since_previous);
+  EXPECT_EQ(rows[2].since_previous, Nanoseconds{20'000});
+}
+
+TEST(AeTitlesTest, TitlesComeFromTheFirstAssociateRequest) {
+  std::string packet(20, '\0');
+  packet[12] = 0x50;  // data offset 20
+  packet += std::string("\x01\x00\x00\x00\x00\xC8\x00\x01\x00\x00", 10);
+  packet += "ARCHIVE         CT 1            ";
+  const auto titles = FindAeTitles(OnePacketFeed(packet));
+  ASSERT_TRUE(titles);
+  EXPECT_EQ(titles->called, "ARCHIVE");
+  EXPECT_EQ(titles->calling, "CT 1");
+  EXPECT_EQ(titles->caller_direction, 1U);
+  packet[20] = '\x04';
+  EXPECT_FALSE(FindAeTitles(OnePacketFeed(packet)));
+  packet[12] = '\xF0';  // claims more header than there is
+  EXPECT_FALSE(FindAeTitles(OnePacketFeed(packet.substr(0, 20))));
+}
+
+// One connection with two PDUs, the second decoded up to a failure.
+class ReportTest : public testing::Test {
+ protected:
+  ReportTest() {
+    connection_.first_endpoint = "192.0.2.1:40000";
+    connection_.second_endpoint = "192.0.2.2:104";
+    connection_.carries_dicom = true;
+    connection_.captured_packets = 1234;
+    connection_.payload_bytes = 56789;
+    connection_.first_time = kNoon;
+    connection_.last_time = kNoon + 1'500'000'000;
+    connection_.pdus = {Wire(0, 205, 4, 4, 250, true, "7 bytes were lost"),
+                        Wire(1, 16390, 5, 12, 1250)};
+    reported_.number = 3;
+    reported_.connection = &connection_;
+    reported_.ae_titles = AeTitles{0, "CT 1", "ARCHIVE"};
+    reported_.pdus = 2;
+    reported_.notes = {"it breaks off"};
+    rows_ = TraceRows({{1, 0, 205, "A-ASSOCIATE-RQ PDU", ""},
+                       {2, 1, 16390, "P-DATA-TF PDU", ""}},
+                      connection_.pdus);
+  }
+
+  std::string Write(Report& report) {
+    report.BeginCapture("a.pcap", 7, 1);
+    report.BeginConnection(reported_);
+    report.BeginView(View::kPdus, rows_);
+    report.Row(rows_[0], nullptr, nullptr, "");
+    report.Row(rows_[1], &tree_, &hex_, "Out of Range");
+    report.BeginView(View::kMessages, {});
+    return std::move(text_);
+  }
+
+  Sink IntoText() {
+    return [this](std::string_view text) { text_ += text; };
+  }
+
+  Connection connection_;
+  ReportedConnection reported_;
+  std::vector<ReportedRow> rows_;
+  std::vector<TreeLine> tree_ = {{0, "P-DATA-TF", ByteRange{1, 0, 16390}},
+                                 {1, "Item", ByteRange{1, 6, 4}},
+                                 {2, "M\xFCller\n", ByteRange{1, 10, 6}},
+                                 {0, "Message Data", {}}};
+  std::string hex_ = "0000  04 FC  .\xFC\r\n0010  00     .\r\n";
+  std::string text_;
+};
+
+TEST_F(ReportTest, TextIsMadeForReading) {
+  EXPECT_EQ(Write(*MakeTextReport(IntoText())),
+            R"(a.pcap: 7 TCP connections, 1 with DICOM
+
+Connection 3  192.0.2.1:40000 --> 192.0.2.2:104
+  AE titles   CT 1 --> ARCHIVE
+  begins      2024-05-03 12:00:00.000000 UTC
+  lasts       1.500000 s, 1,234 packets, 56,789 bytes
+  holds       2 PDUs, 0 messages
+  note        it breaks off
+
+  PDUs
+  row  time (UTC)       since row  dir  length  summary             frames
+    1  12:00:00.000250             -->     205  A-ASSOCIATE-RQ PDU  4
+      note: 7 bytes were lost
+    2  12:00:00.001250   0.001000  <--  16,390  P-DATA-TF PDU       5-12
+      [0+16390]       P-DATA-TF
+      [6+4]             Item
+      [10+6]              Müller\n
+      [no bytes]      Message Data
+      decoding stopped: Out of Range
+      0000  04 FC  .ü
+      0010  00     .
+
+  Messages: none
+)");
+}
+
+TEST_F(ReportTest, JsonHasOneObjectALineAndNestedTrees) {
+  const std::string json = Write(*MakeJsonReport(IntoText()));
+  EXPECT_EQ(
+      json,
+      R"({"kind":"connection","connection":3,"first":"192.0.2.1:40000",)"
+      R"("second":"192.0.2.2:104","dicom":true,"calling_ae_title":"CT 1",)"
+      R"("called_ae_title":"ARCHIVE","time":"2024-05-03T12:00:00.000000000Z",)"
+      R"("duration":1.500000000,"packets":1234,"bytes":56789,"pdus":2,)"
+      R"("messages":0,"notes":["it breaks off"]})"
+      "\n"
+      R"({"kind":"pdu","connection":3,"row":1,"number":1,"direction":0,)"
+      R"("from":"192.0.2.1:40000","to":"192.0.2.2:104","length":205,)"
+      R"("summary":"A-ASSOCIATE-RQ PDU","detail":"","first_frame":4,)"
+      R"("last_frame":4,"time":"2024-05-03T12:00:00.000250000Z",)"
+      R"("note":"7 bytes were lost"})"
+      "\n"
+      R"({"kind":"pdu","connection":3,"row":2,"number":2,"direction":1,)"
+      R"("from":"192.0.2.2:104","to":"192.0.2.1:40000","length":16390,)"
+      R"("summary":"P-DATA-TF PDU","detail":"","first_frame":5,)"
+      R"("last_frame":12,"time":"2024-05-03T12:00:00.001250000Z",)"
+      R"("since_previous":0.001000000,"tree":[{"text":"P-DATA-TF",)"
+      R"("section":1,"offset":0,"length":16390,"children":[{"text":"Item",)"
+      R"("section":1,"offset":6,"length":4,"children":[{"text":"Müller\n",)"
+      R"("section":1,"offset":10,"length":6}]}]},{"text":"Message Data"}],)"
+      R"("hex":"0000  04 FC  .ü\r\n0010  00     .\r\n",)"
+      R"("stopped":"Out of Range"})"
+      "\n");
+}
+
+TEST_F(ReportTest, ColumnsWithoutContentAreLeftOut) {
+  connection_.pdus.clear();
+  rows_ = TraceRows({{7, 0, 4, "A", "Message Id: 1"}}, {});
+  text_.clear();
+  const auto report = MakeTextReport(IntoText());
+  report->BeginView(View::kMessages, rows_);
+  report->Row(rows_[0], nullptr, nullptr, "");
+  EXPECT_EQ(text_,
+            "\n  Messages\n"
+            "  row  number  dir  length  summary  detail\n"
+            "    1      #7  -->       4  A        Message Id: 1\n");
+}
+
+}  // namespace
+}  // namespace host
