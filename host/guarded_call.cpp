@@ -1,7 +1,7 @@
 #include "host/guarded_call.h"
 
-#include <malloc.h>
 #include <windows.h>
+#include <malloc.h>
 
 #include <array>
 #include <cstdio>

@@ -14,10 +14,11 @@ struct CallFailure {
   std::string text;        // for the user, without a full stop
 };
 
-// Runs `function` under a structured exception frame. Every Win32 exception of error severity that
-// is raised inside and handled by nobody deeper (the module's DICOM_DECODE_EXCEPTION, an access
-// violation, a stack overflow, another compiler's C++ exception, ...) ends the call; the frames
-// below are dropped without running their destructors. Nothing when the call returned.
+// Runs `function` under a structured exception frame. Every Win32 exception of
+// error severity that is raised inside and handled by nobody deeper (the
+// module's DICOM_DECODE_EXCEPTION, an access violation, a stack overflow,
+// another compiler's C++ exception, ...) ends the call; the frames below are
+// dropped without running their destructors. Nothing when the call returned.
 // `function` must not let a C++ exception of this program pass.
 std::optional<CallFailure> RunGuarded(void (*function)(void*), void* argument);
 

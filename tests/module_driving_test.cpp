@@ -1,0 +1,209 @@
+// How the reference host drives a module that fails in every way it can. The
+// module is tests/faulty_module.cpp, beside this program.
+
+#include <windows.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "host/failure.h"
+#include "host/guarded_call.h"
+#include "host/module.h"
+#include "host/module_session.h"
+
+namespace host {
+namespace {
+
+// 30 packets, every second one with payload.
+class NumberedFeed final : public PacketFeed {
+ public:
+  std::uint32_t PacketCount() const override { return 30; }
+  std::uint32_t CopyPacket(std::uint32_t number, std::uint8_t* bytes,
+                           std::uint32_t* direction) const override {
+    *direction = 0;
+    std::fill_n(bytes, 20, std::uint8_t{0x50});
+    bytes[20] = 1;
+    return 20 + number % 2;
+  }
+};
+
+std::wstring ProgramFolder() {
+  std::wstring path(MAX_PATH, L'\0');
+  path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
+  return path.substr(0, path.find_last_of(L'\\'));
+}
+
+std::wstring FaultyModule() {
+  return ProgramFolder() + L"\\faulty\\faulty.dll";
+}
+
+class ModuleDrivingTest : public testing::Test {
+ protected:
+  void Begin(const char* faults, bool live) {
+    SetEnvironmentVariableA("FAULT", faults);
+    module_ = std::make_unique<Module>(FaultyModule());
+    decodes_ = std::make_unique<DecodeView>(DecodeView::HexWindow::kEdit);
+    connection_.feed = std::make_unique<NumberedFeed>();
+    connection_.live = live;
+    session_ =
+        std::make_unique<ModuleSession>(*module_, *decodes_, connection_);
+    session_->List().Read();
+  }
+  ~ModuleDrivingTest() override {
+    session_.reset();  // before what it stands on
+    SetEnvironmentVariableA("FAULT", nullptr);
+  }
+
+  std::size_t Rows() { return session_->List().AllRows(View::kPdus).size(); }
+  std::string Notes() {
+    std::string text;
+    for (const std::string& note : session_->List().Notes())
+      text += note + "\n";
+    return text;
+  }
+
+  Connection connection_;
+  std::unique_ptr<Module> module_;
+  std::unique_ptr<DecodeView> decodes_;
+  std::unique_ptr<ModuleSession> session_;
+};
+
+void* Nowhere() {
+  static volatile std::uintptr_t address = 8;
+  return reinterpret_cast<void*>(address);
+}
+
+TEST(GuardedCallTest, EveryExceptionComesBackAsAText) {
+  const auto text_of = [](void (*function)()) {
+    const auto failure = Guarded(function);
+    return failure ? failure->text.substr(0, 26) : "returned";
+  };
+  for (int round = 0; round < 3; ++round) {  // the frame leaves nothing behind
+    EXPECT_EQ(text_of([] {}), "returned");
+    EXPECT_EQ(text_of([] { OutputDebugStringA("no error"); }), "returned");
+    EXPECT_EQ(text_of([] {
+                *static_cast<volatile int*>(Nowhere()) = 1;
+              }).substr(0, 20),
+              "access violation at ");
+    EXPECT_EQ(text_of([] {
+                const char* text = "Out of Range";
+                const auto argument = reinterpret_cast<ULONG_PTR>(text);
+                RaiseException(DICOM_DECODE_EXCEPTION, 0, 1, &argument);
+              }),
+              "Out of Range");
+    EXPECT_EQ(text_of([] {
+                const ULONG_PTR nowhere = 5;
+                RaiseException(DICOM_DECODE_EXCEPTION, 0, 1, &nowhere);
+              }),
+              "a failure without a text");
+  }
+}
+
+TEST(GuardedCallTest, HandlersInsideTheCallComeFirst) {
+  std::string inner, caught;
+  const auto outer = Guarded([&] {
+    inner = Guarded([] { RaiseException(0xE0000001, 0, 0, nullptr); })->text;
+    try {
+      throw std::runtime_error("ours");
+    } catch (const std::exception& error) {
+      caught = error.what();
+    }
+  });
+  EXPECT_FALSE(outer);
+  EXPECT_EQ(inner.substr(0, 19), "exception E0000001h");
+  EXPECT_EQ(caught, "ours");
+}
+
+TEST(ModuleTest, WhatCannotBeLoadedIsExplained) {
+  const auto failure_of = [](const std::wstring& path) -> std::string {
+    try {
+      Module module(path);
+    } catch (const Failure& failure) {
+      return failure.what();
+    }
+    return "loaded";
+  };
+  EXPECT_NE(failure_of(L"no_such.dll").find("there is no module at"),
+            std::string::npos);
+  const std::wstring text = ProgramFolder() + L"\\CTestTestfile.cmake";
+  EXPECT_NE(failure_of(text).find("is not a 32-bit Windows DLL"),
+            std::string::npos)
+      << failure_of(text);
+  const std::wstring copy = ProgramFolder() + L"\\faulty\\not_ours.dll";
+  ASSERT_TRUE(
+      CopyFileW(L"C:\\windows\\system32\\version.dll", copy.c_str(), 0));
+  EXPECT_NE(failure_of(copy).find("has no function GetDicomDllVersion"),
+            std::string::npos)
+      << failure_of(copy);
+  DeleteFileW(copy.c_str());
+}
+
+TEST_F(ModuleDrivingTest, AListIsReadToItsEndInBothWays) {
+  for (const bool live : {false, true}) {
+    session_.reset();
+    Begin("", live);
+    EXPECT_EQ(Rows(), 15U);
+    EXPECT_EQ(Notes(), "");
+  }
+}
+
+TEST_F(ModuleDrivingTest, OneBadPlaceIsPassedAfterTheMessageBox) {
+  Begin("fail@7", false);
+  EXPECT_EQ(Rows(), 14U);
+  EXPECT_EQ(Notes(), "the module showed a message box: \"Out of Range\"\n");
+}
+
+TEST_F(ModuleDrivingTest, TwoBadPlacesEndTheListBeforeTheFirst) {
+  Begin("fail@7 fail@9", false);
+  EXPECT_EQ(Rows(), 3U);
+  EXPECT_EQ(Notes(),
+            "the module showed a message box: \"Out of Range\"\n"
+            "the module cannot go on at packet 8 of 30 (Out of Range); the "
+            "list ends before it\n");
+}
+
+TEST_F(ModuleDrivingTest, AModuleThatStandsStillEndsTheList) {
+  Begin("stuck@11", true);
+  EXPECT_EQ(Rows(), 5U);
+}
+
+TEST_F(ModuleDrivingTest, ACrashInTheListDriverLeavesTheHostAlive) {
+  Begin("listcrash", true);
+  EXPECT_EQ(Rows(), 0U);
+  EXPECT_NE(Notes().find("access violation"), std::string::npos);
+}
+
+TEST_F(ModuleDrivingTest, TheTreeIsReadBackWhole) {
+  Begin("", false);
+  const DecodedRow row = session_->Display(View::kPdus, 0);
+  ASSERT_EQ(row.tree.size(), 5U);
+  EXPECT_EQ(row.tree[0].text, "Row \xE9\x80");
+  EXPECT_EQ(row.tree[1].text.size(), 200'000U);
+  EXPECT_EQ(row.tree[2].text, "deepest");
+  EXPECT_EQ(row.tree[2].depth, 2U);
+  ASSERT_TRUE(row.tree[2].bytes);
+  EXPECT_EQ(row.tree[2].bytes->offset, 8U);
+  EXPECT_EQ(row.tree[3].depth, 1U);
+  EXPECT_EQ(row.tree[4].depth, 0U);
+  EXPECT_EQ(row.hex, "0000  E9  \xE9\r\n");
+  EXPECT_EQ(row.stopped, "");
+}
+
+TEST_F(ModuleDrivingTest, AFailedDisplayKeepsItsLinesAndTheNextRowWorks) {
+  Begin("raise@1 crash@2", true);
+  const DecodedRow raised = session_->Display(View::kPdus, 1);
+  EXPECT_EQ(raised.tree.size(), 2U);
+  EXPECT_EQ(raised.stopped, "Out of Memory");
+  const DecodedRow crashed = session_->Display(View::kMessages, 2);
+  EXPECT_EQ(crashed.tree.size(), 2U);
+  EXPECT_EQ(crashed.stopped.substr(0, 16), "access violation");
+  EXPECT_EQ(session_->Display(View::kPdus, 3).tree.size(), 5U);
+  EXPECT_EQ(Rows(), 15U);
+}
+
+}  // namespace
+}  // namespace host
