@@ -14,7 +14,8 @@ export WINEPREFIX=${WINEPREFIX:-$root/build/wine-prefix}
 export WINEARCH=win32
 export WINEDEBUG=${WINEDEBUG:--all}
 export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}  # no offers to install them
-export LC_ALL=C  # code page 1252, so that the bytes 80h to FFh survive in window texts
+# Code page 1252, so that the bytes 80h to FFh survive in window texts, and file names in UTF-8.
+export LC_ALL=C.UTF-8
 
 display_file=$WINEPREFIX/display  # "<process> <number>" of our Xvfb
 

@@ -1,0 +1,52 @@
+#!/bin/bash
+# Shows the DICOM traffic of a capture file:
+#
+#   ./run.sh [capdump options] [CAPTURE]
+#
+# Installs what is missing, builds, and runs capdump under Wine; ./run.sh --help lists its options.
+# Without a capture it shows a sample with its decode trees. Names are relative to where you are.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+sample=$root/samples/store_explicit_le.pcap
+
+# Builds quietly: what went wrong is shown, what went well is not.
+build() {
+  local log=$root/build/run.log
+  mkdir -p "$root/build"
+  {
+    [[ -e $root/build/win32/build.ninja ]] || (cd "$root" && cmake --preset win32)
+    cmake --build "$root/build/win32" --target module capdump
+  } >"$log" 2>&1 || {
+    cat "$log" >&2
+    echo "run.sh: the build failed, see above" >&2
+    exit 1
+  }
+}
+
+# Whether the arguments name a capture, or ask for something that needs none.
+is_complete() {
+  while (($#)); do
+    case $1 in
+      --help | -h | --version) return 0 ;;
+      --filter | --module | --save | --row | --connection)
+        (($# > 1)) || return 0  # capdump will complain
+        shift
+        ;;
+      --) return $(($# < 2)) ;;
+      -?*) ;;
+      *) return 0 ;;
+    esac
+    shift
+  done
+  return 1
+}
+
+"$root/tools/install-packages.sh"
+build
+if (($# == 0)); then
+  set -- --tree "$sample"
+elif ! is_complete "$@"; then
+  set -- "$@" "$sample"
+fi
+exec "$root/tools/with-wine.sh" wine "$root/build/win32/bin/capdump.exe" "$@"
