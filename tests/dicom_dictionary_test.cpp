@@ -222,13 +222,17 @@ TEST_F(ShippedDictionaryTest, HoldsWellKnownEntriesOfEveryKind) {
       {"(0000,0001)", "22 Command Length to End; retired"},
       {"(0000,0100)", "23 Command Field"},
       {"(0008,0016)", "21 SOP Class UID"},
+      {"(0008,0202)", "12 Retired Element; retired"},
+      {"(0008,0420)", "17 Inventory Access End Points Sequence"},  // newer
       {"(0010,0010)", "14 Patient's Name"},
       {"(0020,3104)", "3 Source Image IDs; retired"},
-      {"(0028,0106)", "23 Smallest Image Pixel Value"},  // US or SS
-      {"(0028,3006)", "13 LUT Data"},                    // US or OW
-      {"(5012,3000)", "13 Curve Data; retired"},         // OB or OW
+      {"(0028,0106)", "23 Smallest Image Pixel Value"},          // US or SS
+      {"(0028,3006)", "13 LUT Data"},                            // US or OW
+      {"(5012,3000)", "13 Curve Data; retired"},                 // OB or OW
+      {"(300A,067B)", "17 Radiation Generation Mode Sequence"},  // mended
       {"(6002,0010)", "23 Overlay Rows"},
       {"(7F04,0020)", "13 Variable Coefficients SDVN; retired"},
+      {"(7FE0,0003)", "-1 Encapsulated Pixel Data Value Total Length"},
       {"(7FE0,0010)", "13 Pixel Data"},
       {"(7FE0,0020)", "13 Coefficients SDVN; retired"},
       {"(FFFA,FFFA)", "17 Digital Signatures Sequence"},
@@ -238,10 +242,20 @@ TEST_F(ShippedDictionaryTest, HoldsWellKnownEntriesOfEveryKind) {
   for (const auto& c : kCases) {
     EXPECT_EQ(Element(dictionary_.Get(), c.tag), c.entry) << c.tag;
   }
-  EXPECT_EQ(dictionary_.Get().LookupUidDescription("1.2.840.10008.1.1"),
-            "Verification SOP Class");
-  EXPECT_EQ(dictionary_.Get().LookupUidDescription("1.2.840.10008.1.2.2"),
-            "Explicit VR Big Endian (Retired)");
+  const struct {
+    const char* uid;
+    const char* description;
+  } kUids[] = {
+      {"1.2.840.10008.1.1", "Verification SOP Class"},
+      {"1.2.840.10008.1.2.2", "Explicit VR Big Endian (Retired)"},
+      {"1.2.840.10008.1.2.4.203",
+       "High-Throughput JPEG 2000 Image Compression"},
+      {"1.2.840.10008.5.1.4.1.1.201.1", "Inventory Storage"},
+      {"1.2.840.10008.5.1.4.1.1.40", "MR Image Storage Zero Padded (Retired)"},
+  };
+  for (const auto& c : kUids) {
+    EXPECT_EQ(dictionary_.Get().LookupUidDescription(c.uid), c.description);
+  }
 }
 
 }  // namespace
