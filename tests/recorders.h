@@ -58,6 +58,10 @@ void AdvanceTicks(DWORD milliseconds);
 // Blocks of this program that GlobalAlloc gave and GlobalFree has not got back.
 std::size_t GlobalBlocks();
 
+// Forgets those that are left, so that GlobalBlocks() is 0, and frees them where that can be known
+// to be safe. The records of diverted lines are such.
+void ForgetGlobalBlocks();
+
 // The `count`th GlobalAlloc of the module from now (1: the next) fails, once.
 // 0: none does.
 void FailGlobalAlloc(unsigned count);

@@ -151,6 +151,8 @@ void AdvanceTicks(DWORD milliseconds) { tick_offset += milliseconds; }
 
 std::size_t GlobalBlocks() { return global_blocks; }
 
+void ForgetGlobalBlocks() { global_blocks = 0; }
+
 void FailGlobalAlloc(unsigned count) { allocations_to_failure = count; }
 
 std::string RaisedText(const std::function<void()>& action) {

@@ -48,6 +48,8 @@ void AdvanceTicks(DWORD milliseconds) { stand_in::AdvanceTicks(milliseconds); }
 
 std::size_t GlobalBlocks() { return stand_in::GlobalBlocks(); }
 
+void ForgetGlobalBlocks() { stand_in::FreeGlobalBlocks(); }
+
 void FailGlobalAlloc(unsigned count) { stand_in::FailGlobalAlloc(count); }
 
 std::string RaisedText(const std::function<void()>& action) {

@@ -120,6 +120,13 @@ void AdvanceTicks(DWORD milliseconds) { TheWorld().ticks += milliseconds; }
 
 std::size_t GlobalBlocks() { return TheWorld().blocks.size(); }
 
+void FreeGlobalBlocks() {
+  for (const auto& [address, block] : TheWorld().blocks) {
+    std::free(const_cast<void*>(address));
+  }
+  TheWorld().blocks.clear();
+}
+
 void FailGlobalAlloc(unsigned count) {
   TheWorld().allocations_to_failure = count;
 }

@@ -43,6 +43,9 @@ void AdvanceTicks(DWORD milliseconds);
 // anything else than such a block ends the process.
 std::size_t GlobalBlocks();
 
+// Frees them all.
+void FreeGlobalBlocks();
+
 // The `count`th GlobalAlloc from now (1: the next) answers null, once. 0: none
 // does.
 void FailGlobalAlloc(unsigned count);

@@ -1,0 +1,28 @@
+// Any bytes decode as a PDU to the end: nothing is thrown, and the lines are
+// bounded by the input.
+#include "fuzz/fuzz_input.h"
+#include "fuzz/tree_check.h"
+#include "tests/test_dictionary.h"
+#include "tests/test_host.h"
+#include "tree/decode_tree_writer.h"
+#include "upper_layer/upper_layer_decoder.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
+                                      std::size_t size) {
+  static dicom::testing::TestHost host;
+  static const dicom::testing::TestDictionary dictionary(
+      "1.2.840.10008.1.2;Implicit\n");
+  // The first byte is the host's: whether it shows message data.
+  if (size == 0 || size > 1 << 16) return 0;
+  host.SetState(DICOM_STATE_SHOW_MESSAGE_DATA, std::uint32_t{data[0]} & 1);
+  const auto length = static_cast<std::uint32_t>(size - 1);
+  {
+    dicom::DecodeTreeWriter writer(host.Window(), host.Tree(), 0,
+                                   host.Images());
+    dicom::UpperLayerDecoder(data + 1, length, writer, dictionary.Get())
+        .DecodePdu();
+  }
+  dicom::fuzz::CheckTree(host, length);
+  dicom::fuzz::EmptyTree(host);
+  return 0;
+}

@@ -1,0 +1,145 @@
+#!/usr/bin/env python3
+"""Makes the seeds of the fuzz targets from the sample captures.
+
+Writes fuzz/corpus/{module,upper_layer,message,dictionary}/. Seeds are kept small: of a long PDU
+its first bytes do. Reads the captures through tcpdump, which knows both formats.
+
+    tools/make_fuzz_corpus.py
+"""
+import pathlib
+import struct
+import subprocess
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+CORPUS = ROOT / "fuzz" / "corpus"
+MOST_OF_A_PDU = 700
+MOST_OF_A_SEED = 6000
+
+
+def frames(capture):
+    pcap = subprocess.run(["tcpdump", "-r", capture, "-w", "-"], check=True,
+                          capture_output=True).stdout
+    link_type = struct.unpack_from("<I", pcap, 20)[0]
+    offset = 24
+    while offset < len(pcap):
+        size = struct.unpack_from("<I", pcap, offset + 8)[0]
+        yield link_type, pcap[offset + 16:offset + 16 + size]
+        offset += 16 + size
+
+
+def streams(capture):
+    """The payload of each direction of the first connection, in the order in which it was sent."""
+    sent, ports = [], None
+    for link_type, frame in frames(capture):
+        ip = frame[{1: 14, 101: 0, 113: 16, 276: 20}[link_type]:]
+        if ip[0] >> 4 != 4 or ip[9] != 6:  # not TCP over IPv4: ARP, for example
+            continue
+        length = struct.unpack_from(">H", ip, 2)[0]
+        tcp = ip[4 * (ip[0] & 15):length]
+        source, target = struct.unpack_from(">HH", tcp)
+        ports = ports or (source, target)
+        if {source, target} != set(ports):
+            break
+        payload = tcp[4 * (tcp[12] >> 4):]
+        if payload:
+            sent.append((int(source != ports[0]), payload))
+    return sent
+
+
+def pdus(capture):
+    """(direction, PDU) in the order of their ends."""
+    rest = {0: b"", 1: b""}
+    for direction, payload in streams(capture):
+        data = rest[direction] + payload
+        while len(data) >= 6:
+            size = struct.unpack_from(">I", data, 2)[0] + 6
+            if len(data) < size:
+                break
+            yield direction, data[:size]
+            data = data[size:]
+        rest[direction] = data
+
+
+def shorter(pdu):
+    """The PDU cut, with its length fields (and that of its one PDV) made right."""
+    if len(pdu) <= MOST_OF_A_PDU:
+        return pdu
+    cut = bytearray(pdu[:MOST_OF_A_PDU])
+    struct.pack_into(">I", cut, 2, len(cut) - 6)
+    if cut[0] == 4:
+        struct.pack_into(">I", cut, 6, len(cut) - 10)
+    return bytes(cut)
+
+
+OPEN, SEND_BYTES, LIST, ACKNOWLEDGE = 0, 1, 9, 15  # operations of the module's target
+
+
+def module_seed(capture):
+    seed = bytes([OPEN])
+    for direction, pdu in pdus(capture):
+        pdu = shorter(pdu)
+        if len(seed) + len(pdu) > MOST_OF_A_SEED:
+            break
+        # The third flag has the other side acknowledge.
+        seed += bytes([SEND_BYTES | (direction | 4) << 5]) + struct.pack("<H", len(pdu)) + pdu
+    fin = (1 << 1) << 5
+    seed += bytes([ACKNOWLEDGE | fin, ACKNOWLEDGE | fin | 1 << 5, ACKNOWLEDGE])
+    return seed + bytes([LIST, 4, 0])
+
+
+def message_seeds(capture):
+    """Context, command length, command set and data set, each PDV whole."""
+    command, data = {}, {}
+    for direction, pdu in pdus(capture):
+        if pdu[0] != 4:
+            continue
+        offset = 6
+        while offset + 6 <= len(pdu):
+            size, _, control = struct.unpack_from(">IBB", pdu, offset)
+            value = pdu[offset + 6:offset + 4 + size]
+            offset += 4 + size
+            if control & 1:
+                command[direction] = value
+                data[direction] = b""
+                if control & 2:
+                    yield bytes([0]) + struct.pack("<H", len(value)) + value
+            else:
+                data[direction] = (data.get(direction, b"") + value)[:MOST_OF_A_PDU]
+                if control & 2:
+                    head = command.get(direction, b"")
+                    for context in range(4):
+                        yield (bytes([context]) + struct.pack("<H", len(head)) + head +
+                               data[direction])
+
+
+def write(target, name, seed):
+    folder = CORPUS / target
+    folder.mkdir(parents=True, exist_ok=True)
+    (folder / name).write_bytes(seed)
+
+
+def dictionary_seed():
+    def some_lines(name):
+        lines = (ROOT / "data" / name).read_text().splitlines()
+        return "\n".join(lines[:5] + lines[::len(lines) // 20]) + "\n"
+    return some_lines("Data.dic").encode() + b"\xff" + some_lines("Uid.dic").encode()
+
+
+def main():
+    seen = set()
+    for capture in sorted((ROOT / "samples").glob("*.pcap*")):
+        write("module", capture.stem, module_seed(capture))
+        for number, (_, pdu) in enumerate(pdus(capture)):
+            seed = b"\1" + shorter(pdu)
+            if seed[:8] + seed[74:] not in seen:
+                seen.add(seed[:8] + seed[74:])
+                if len([s for s in seen if s[:3] == seed[:3]]) <= 6:
+                    write("upper_layer", f"{capture.stem}-{number}", seed)
+        for number, seed in enumerate(message_seeds(capture)):
+            if number < 8:
+                write("message", f"{capture.stem}-{number}", seed)
+    write("dictionary", "shipped", dictionary_seed())
+
+
+if __name__ == "__main__":
+    main()
