@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <iterator>
 #include <memory>
 
@@ -28,47 +29,69 @@ static_assert(CodeInTable("XX") == kVrUnknown && CodeInTable("AE") == 0 &&
               CodeInTable("SQ") == kVrSq && CodeInTable("UI") == kVrUi &&
               CodeInTable("VS") == 25 && CodeInTable("UN") == kVrUnknown);
 
+constexpr std::size_t kVrWidth = 2;
+
 struct FileClose {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-// The whole file as Windows' text mode reads it, in whichever world this runs:
-// CR LF is a line feed, Ctrl-Z ends the text. Not through iostreams, whose
-// locales would take a thread-local slot that unloading does not give back.
-std::string ReadTextFile(const char* path) {
+// The bytes of the whole file, up to the Ctrl-Z that ends a text in Windows'
+// text mode. Not through iostreams, whose locales would take a thread-local
+// slot that unloading does not give back.
+std::vector<char> ReadTextFile(const char* path) {
   const std::unique_ptr<std::FILE, FileClose> file(std::fopen(path, "rb"));
   if (!file) throw ErrorWhileOpenFile();
-  std::string text;
-  char block[4096];
-  while (const std::size_t count =
-             std::fread(block, 1, sizeof(block), file.get())) {
-    for (const char c : std::string_view(block, count)) {
-      if (c == '\x1A') return text;
-      if (c == '\n' && text.ends_with('\r')) text.pop_back();
-      text += c;
-    }
-  }
+  std::vector<char> text;
+  std::size_t size = 0;
+  do {
+    text.resize(size + (std::size_t{1} << 18));  // more than one round is rare
+    size += std::fread(text.data() + size, 1, text.size() - size, file.get());
+  } while (size == text.size());
+  text.resize(size);
+  text.erase(std::ranges::find(text, '\x1A'), text.end());
   return text;
 }
 
-// Hands every line of the file to `parse`, the last one with or without its
-// line feed. Deliberate: a line of more than 119 characters is a failed read
-// and silently ends the file.
+// Hands every line of the text to `parse`, the last one with or without its
+// line feed; CR LF is a line feed, as in Windows' text mode. Deliberate: a line
+// of more than 119 characters is a failed read and silently ends the file.
 template <typename Parser>
-void ForEachLine(const char* path, Parser parse) {
+void ForEachLine(const std::vector<char>& file_text, Parser parse) {
   constexpr std::size_t kMaxLine = 119;
-  const std::string text = ReadTextFile(path);
+  const std::string_view text(file_text.data(), file_text.size());
   for (std::size_t begin = 0; begin < text.size();) {
-    const std::size_t end = std::min(text.find('\n', begin), text.size());
-    if (end - begin > kMaxLine) return;
-    // A line is handed on as a C text: up to a zero byte.
-    parse(text.substr(begin, end - begin).c_str());
+    const std::size_t end = text.find('\n', begin);
+    std::string_view line = text.substr(begin, end - begin);
+    if (end != text.npos && line.ends_with('\r')) line.remove_suffix(1);
+    if (line.size() > kMaxLine) return;
+    // A line is taken as a C text: up to a zero byte.
+    parse(line.substr(0, line.find('\0')));
+    if (end == text.npos) return;
     begin = end + 1;
   }
 }
 
+// Brings the lines into order; of those with one key the first stays. The
+// shipped files are in order, so a look is mostly enough.
+template <typename Line>
+void SortByKey(std::vector<Line>& lines) {
+  if (std::ranges::is_sorted(lines, std::less_equal(), &Line::key)) return;
+  std::ranges::stable_sort(lines, {}, &Line::key);
+  const auto same_key = [](const Line& line, const Line& next) {
+    return line.key == next.key;
+  };
+  lines.erase(std::unique(lines.begin(), lines.end(), same_key), lines.end());
+}
+
+// Null when there is none.
+template <typename Line>
+const Line* Find(const std::vector<Line>& lines, std::string_view key) {
+  const auto found = std::ranges::lower_bound(lines, key, {}, &Line::key);
+  return found != lines.end() && found->key == key ? &*found : nullptr;
+}
+
 // "#" is a comment only as the very first character.
-bool IsEmptyOrComment(const std::string& line) {
+bool IsEmptyOrComment(std::string_view line) {
   return line.empty() || line.front() == '#';
 }
 
@@ -83,17 +106,10 @@ bool IsTagColumn(std::string_view text) {
 
 // The columns behind the name: the VR, or the VR, ";" and a text. Deliberate: a
 // ";" with nothing behind it drops the line, the lack of one does not.
-bool ParseVrAndExtraText(const std::string& columns, DataElementEntry& entry) {
-  constexpr std::size_t kVrWidth = 2;
+bool IsVrAndExtraText(std::string_view columns) {
   const std::size_t separator = columns.find(';');
-  const bool has_extra_text = separator != columns.npos;
-  if ((has_extra_text ? separator : columns.size()) != kVrWidth) return false;
-  if (has_extra_text) {
-    entry.extraText = columns.substr(separator + 1);
-    if (entry.extraText.empty()) return false;
-  }
-  entry.vrCode = VrCodeOf(columns.substr(0, kVrWidth));
-  return true;
+  return std::min(separator, columns.size()) == kVrWidth &&
+         columns.size() != kVrWidth + 1;
 }
 
 // Elements of groups 50gg and 60gg are listed once for all of them.
@@ -107,59 +123,71 @@ void FoldRepeatingGroup(std::string& tag_text) {
 
 std::int32_t VrCodeOf(std::string_view vr_text) { return CodeInTable(vr_text); }
 
-DicomDictionary::DicomDictionary() {
-  ForEachLine(".\\Data.dic",
-              [this](const char* line) { AddDataElement(line); });
-  ForEachLine(".\\Uid.dic", [this](const char* line) { AddUid(line); });
+DicomDictionary::DicomDictionary()
+    : data_text_(ReadTextFile(".\\Data.dic")),
+      uid_text_(ReadTextFile(".\\Uid.dic")) {
+  ForEachLine(data_text_,
+              [this](std::string_view line) { AddDataElement(line); });
+  ForEachLine(uid_text_, [this](std::string_view line) { AddUid(line); });
+  SortByKey(data_elements_);
+  SortByKey(uids_);
 }
 
 // TAG;NAME;VR or TAG;NAME;VR;EXTRA TEXT. The first line of a tag wins.
-void DicomDictionary::AddDataElement(const std::string& line) {
+void DicomDictionary::AddDataElement(std::string_view line) {
   if (IsEmptyOrComment(line)) return;
   const std::size_t tag_end = line.find(';');
   if (tag_end == line.npos) return;
-  const std::string tag = line.substr(0, tag_end);
+  const std::string_view tag = line.substr(0, tag_end);
   if (!IsTagColumn(tag)) return;
 
   const std::size_t name_end = line.find(';', tag_end + 1);
   if (name_end == line.npos) return;
-  DataElementEntry entry;
-  entry.name = line.substr(tag_end + 1, name_end - tag_end - 1);
-  if (entry.name.empty()) return;
-  if (!ParseVrAndExtraText(line.substr(name_end + 1), entry)) return;
-  data_elements_.try_emplace("(" + tag + ")", entry);
+  const std::string_view name =
+      line.substr(tag_end + 1, name_end - tag_end - 1);
+  const std::string_view columns = line.substr(name_end + 1);
+  if (name.empty() || !IsVrAndExtraText(columns)) return;
+  const std::size_t extra_text = std::min(columns.size(), kVrWidth + 1);
+  data_elements_.push_back({tag, name, columns.substr(extra_text),
+                            VrCodeOf(columns.substr(0, kVrWidth))});
 }
 
 // UID;DESCRIPTION. An empty UID is a UID; the first line of a UID wins.
-void DicomDictionary::AddUid(const std::string& line) {
+void DicomDictionary::AddUid(std::string_view line) {
   constexpr std::size_t kMaxUidLength = 64;
   if (IsEmptyOrComment(line)) return;
   const std::size_t uid_end = line.find(';');
   if (uid_end == line.npos || uid_end > kMaxUidLength) return;
-  const std::string uid = line.substr(0, uid_end);
+  const std::string_view uid = line.substr(0, uid_end);
   if (!ConsistsOf(uid, "0123456789.")) return;
-  uids_.try_emplace(uid, line.substr(uid_end + 1));
+  uids_.push_back({uid, line.substr(uid_end + 1)});
 }
 
 bool DicomDictionary::LookupDataElement(const std::string& tagText,
                                         DataElementEntry& entry) const {
   std::string key = tagText;
   FoldRepeatingGroup(key);
-  const auto found = data_elements_.find(key);
-  if (found == data_elements_.end()) {
+  const bool is_tag = key.starts_with('(') && key.ends_with(')');
+  const Element* const element =
+      is_tag ? Find(data_elements_,
+                    std::string_view(key).substr(1, key.size() - 2))
+             : nullptr;
+  if (element == nullptr) {
     entry.vrCode = kVrUnknown;
     entry.extraText.clear();
     entry.name = "Unknown Tag";
     return false;
   }
-  entry = found->second;
+  entry.vrCode = element->vr_code;
+  entry.extraText = element->extra_text;
+  entry.name = element->name;
   return true;
 }
 
 std::string DicomDictionary::LookupUidDescription(
     const std::string& uidText) const {
-  const auto found = uids_.find(uidText);
-  return found == uids_.end() ? "- Undefined UID" : found->second;
+  const Uid* const uid = Find(uids_, uidText);
+  return std::string(uid == nullptr ? "- Undefined UID" : uid->description);
 }
 
 }  // namespace dicom

@@ -2,9 +2,9 @@
 #define DIMSE_DICOM_DICTIONARY_H_
 
 #include <cstdint>
-#include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace dicom {
 
@@ -36,6 +36,8 @@ class DicomDictionary {
   // Reads ".\Data.dic", then ".\Uid.dic". Malformed lines are dropped. Throws
   // ErrorWhileOpenFile when one of them cannot be opened.
   DicomDictionary();
+  DicomDictionary(const DicomDictionary&) = delete;
+  DicomDictionary& operator=(const DicomDictionary&) = delete;
 
   // `tagText` has the form (gggg,eeee), upper case. Fills `entry` and answers
   // true; an unknown tag gives vrCode -1, the name "Unknown Tag", no extra
@@ -48,11 +50,26 @@ class DicomDictionary {
   std::string LookupUidDescription(const std::string& uidText) const;
 
  private:
-  void AddDataElement(const std::string& line);
-  void AddUid(const std::string& line);
+  // One line of either file, as parts of its text: thousands of lines are read
+  // while a host waits for the module to load, so none is copied.
+  struct Element {
+    std::string_view key;  // the tag without parentheses
+    std::string_view name;
+    std::string_view extra_text;
+    std::int32_t vr_code;
+  };
+  struct Uid {
+    std::string_view key;
+    std::string_view description;
+  };
 
-  std::map<std::string, DataElementEntry> data_elements_;
-  std::map<std::string, std::string> uids_;
+  void AddDataElement(std::string_view line);
+  void AddUid(std::string_view line);
+
+  std::vector<char> data_text_;
+  std::vector<char> uid_text_;
+  std::vector<Element> data_elements_;  // ascending by key, no key twice
+  std::vector<Uid> uids_;
 };
 
 }  // namespace dicom
