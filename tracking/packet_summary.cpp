@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "errors/errors.h"
 #include "tracking/command_set_walk.h"
 #include "tracking/number_text.h"
 
@@ -15,6 +14,8 @@ const char kAssociateAcceptName[] = "A-ASSOCIATE-AC PDU";
 namespace {
 
 // Deliberate: the spelling is the users'.
+constexpr std::uint32_t kTagAndLength = 8;
+
 constexpr char kUnknownPduName[] = "unkown PDU";
 constexpr std::array<const char*, 8> kPduNames = {
     kUnknownPduName,      "A-ASSOCIATE-RQ PDU", kAssociateAcceptName,
@@ -43,11 +44,7 @@ void MessageSummary::Build(DimseMessageRecord& message, PacketSource& source) {
   const ByteArrayView bytes(unread_.data(),
                             static_cast<std::uint32_t>(unread_.size()));
   std::uint32_t position = skip_;
-  try {
-    while (ReadElement(bytes, position, message)) {
-    }
-  } catch (const OutOfRange&) {
-    // The rest of this element has not come yet, or never will.
+  while (ReadElement(bytes, position, message)) {
   }
   const std::uint32_t done = std::min(position, bytes.Length());
   skip_ = position - done;
@@ -55,20 +52,31 @@ void MessageSummary::Build(DimseMessageRecord& message, PacketSource& source) {
                 unread_.begin() + static_cast<std::int32_t>(done));
 }
 
-// False at the end of the bytes. Throws OutOfRange, `position` unmoved, when
-// the end cuts what is read of the element.
+// False, with `position` unmoved, at the end of the bytes or where it cuts what
+// is read of the element: the rest has not come yet, or never will. That is
+// asked, not caught, since it can be so for every PDV of a capture.
 bool MessageSummary::ReadElement(const ByteArrayView& bytes,
                                  std::uint32_t& position,
                                  DimseMessageRecord& message) {
+  const auto holds = [&](std::uint32_t offset, std::uint32_t count) {
+    return offset <= bytes.Length() && count <= bytes.Length() - offset;
+  };
+  if (!holds(position, kTagAndLength)) return false;
   std::uint32_t next = position;
   CommandElement element;
-  if (!NextCommandElement(bytes, next, element)) return false;
+  NextCommandElement(bytes, next, element);
+  const bool is_command_field = element.Is(0x0000, 0x0100);
+  const bool is_message_id =
+      element.Is(0x0000, 0x0110) || element.Is(0x0000, 0x0120);
+  if ((is_command_field || is_message_id) && !holds(element.value_offset, 2)) {
+    return false;
+  }
   // Deliberate: 16 bits are read whatever the value length says, and of the two
   // message ID elements the later one counts.
-  if (element.Is(0x0000, 0x0100)) {
+  if (is_command_field) {
     message.first_text =
         CommandName(bytes.WordAt(element.value_offset, kLittleEndian)).data();
-  } else if (element.Is(0x0000, 0x0110) || element.Is(0x0000, 0x0120)) {
+  } else if (is_message_id) {
     message.message_id = bytes.WordAt(element.value_offset, kLittleEndian);
   }
   position = next;
