@@ -1,9 +1,11 @@
 #include "tree/tree_output.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <memory_resource>
 #include <string>
 #include <vector>
 
@@ -220,7 +222,12 @@ LRESULT ExpandTreeLine(HWND host_window, HWND tree_window, HTREEITEM item,
 }
 
 LRESULT ClearTree(HWND tree_window) {
-  std::vector<HTREEITEM> parents;  // no recursion: a tree may be any depth
+  // No recursion: a tree may be any depth. Our own are never deeper than this
+  // first room, so that clearing them needs no memory.
+  std::array<HTREEITEM, 32> room;
+  std::pmr::monotonic_buffer_resource resource(room.data(), sizeof(room));
+  std::pmr::vector<HTREEITEM> parents(&resource);
+  parents.reserve(room.size());
   HTREEITEM item = NextItem(tree_window, TVGN_ROOT, nullptr);
   while (item != nullptr) {
     FreeItemRecord(tree_window, item);

@@ -10,6 +10,7 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <new>
 #include <unordered_map>
 #include <utility>
 
@@ -173,7 +174,12 @@ HGLOBAL WINAPI GlobalAlloc(UINT flags, SIZE_T bytes) {
     return stand_in::Fail(ERROR_NOT_ENOUGH_MEMORY, nullptr);
   std::memset(address, flags & GMEM_ZEROINIT ? 0 : 0xCD, bytes);
   const bool moveable = flags & GMEM_MOVEABLE;
-  world.blocks[address] = {bytes, moveable};
+  try {
+    world.blocks[address] = {bytes, moveable};
+  } catch (const std::bad_alloc&) {
+    std::free(address);
+    return stand_in::Fail(ERROR_NOT_ENOUGH_MEMORY, nullptr);
+  }
   return static_cast<char*>(address) + (moveable ? stand_in::kMoveable : 0);
 }
 
