@@ -1,0 +1,342 @@
+// What the module costs a host under Windows, each figure beside what it cannot
+// be cheaper than: listing against the same messages without the module, and
+// showing a long message against inserting and clearing its lines directly.
+//
+//   list_bench [MEGABYTES]
+//
+// Run from the folder of DicomDecode.dll and its dictionaries.
+#include <windows.h>
+#include <commctrl.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "plugin/exports.h"
+#include "tests/bytes.h"
+
+namespace {
+
+using namespace dicom::testing;
+
+// The packets lie in one piece that is not the heap's: thousands of small
+// blocks there would slow down whoever allocates after them, the module first.
+struct StoredPacket {
+  std::uint32_t direction;
+  const std::uint8_t* bytes;
+  std::uint32_t size;
+};
+struct Host {
+  std::vector<StoredPacket> packets;
+  std::uint8_t* room = nullptr;
+  HWND window = nullptr, tree = nullptr, hex = nullptr;
+  std::uint64_t delivered_bytes = 0;
+};
+Host host;
+
+bool Deliver(std::int32_t index, DicomPacketRecord* record) {
+  if (index < 0 || static_cast<std::size_t>(index) >= host.packets.size()) {
+    return false;
+  }
+  const StoredPacket& packet = host.packets[static_cast<std::size_t>(index)];
+  std::memcpy(record->bytes, packet.bytes, packet.size);
+  record->tcp_bytes = packet.size;
+  record->index = index;
+  record->direction = packet.direction;
+  host.delivered_bytes += record->tcp_bytes;
+  return true;
+}
+
+LRESULT CALLBACK HostProcedure(HWND window, UINT message, WPARAM wparam,
+                               LPARAM lparam) {
+  if (message != DICOM_HOST_MESSAGE) {
+    return ::DefWindowProcA(window, message, wparam, lparam);
+  }
+  auto* const record = reinterpret_cast<DicomPacketRecord*>(lparam);
+  switch (wparam) {
+    case DICOM_COUNT_PACKETS:
+      *reinterpret_cast<std::int32_t*>(lparam) =
+          static_cast<std::int32_t>(host.packets.size());
+      return 0;
+    case DICOM_FETCH_PACKET:
+      return !Deliver(record->index, record);
+    case DICOM_FETCH_NEXT_PACKET:
+      return !Deliver(record->index + 1, record);
+  }
+  return 1;
+}
+
+HWND CreateWindowOf(const char* window_class, HWND parent) {
+  const HWND window = ::CreateWindowExA(
+      0, window_class, "", parent != nullptr ? WS_CHILD : WS_OVERLAPPED, 0, 0,
+      300, 300, parent, nullptr, ::GetModuleHandleA(nullptr), nullptr);
+  if (!::IsWindow(window)) {  // SendMessage to none would cost nothing
+    std::fprintf(stderr, "no window %s; is there a display?\n", window_class);
+    std::exit(1);
+  }
+  return window;
+}
+
+void OpenHost() {
+  ::InitCommonControls();
+  WNDCLASSA window_class{};
+  window_class.lpfnWndProc = &HostProcedure;
+  window_class.cbWndExtra = DICOM_DISPLAY_STATE_INDEX + 4;
+  window_class.hInstance = ::GetModuleHandleA(nullptr);
+  window_class.lpszClassName = "ListBench";
+  ::RegisterClassA(&window_class);
+  host.window = CreateWindowOf("ListBench", nullptr);
+  host.tree = CreateWindowOf(WC_TREEVIEWA, host.window);
+  host.hex = CreateWindowOf("EDIT", host.window);
+}
+
+double Now() {  // milliseconds
+  LARGE_INTEGER ticks, per_second;
+  ::QueryPerformanceCounter(&ticks);
+  ::QueryPerformanceFrequency(&per_second);
+  return 1000.0 * static_cast<double>(ticks.QuadPart) /
+         static_cast<double>(per_second.QuadPart);
+}
+
+template <class Action>
+double Timed(Action action) {
+  const double before = Now();
+  action();
+  return Now() - before;
+}
+
+// The best of a few runs, since other programs share the machine.
+template <class Action>
+double Best(int runs, Action action) {
+  double best = Timed(action);
+  for (int i = 1; i < runs; ++i) best = std::min(best, Timed(action));
+  return best;
+}
+
+void EmptyCapture(std::size_t bytes) {
+  if (host.room != nullptr) ::VirtualFree(host.room, 0, MEM_RELEASE);
+  host.room = static_cast<std::uint8_t*>(
+      ::VirtualAlloc(nullptr, bytes, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
+  host.packets.clear();
+  if (host.room == nullptr) std::exit(1);
+}
+
+void TakePackets(Conversation& talk) {
+  static std::uint8_t* next;
+  if (host.packets.empty()) next = host.room;
+  for (const CapturedPacket& packet : talk.Packets()) {
+    std::copy(packet.tcp_bytes.begin(), packet.tcp_bytes.end(), next);
+    host.packets.push_back({packet.direction, next, packet.tcp_bytes.Length()});
+    next += packet.tcp_bytes.size();
+  }
+  talk.Packets().clear();
+}
+
+// Storage traffic: messages of 16 PDUs of 16,060 bytes in segments of 1,460, so
+// that no segment's end cuts a header; every second segment is acknowledged.
+void MakeStorage(std::size_t bytes) {
+  EmptyCapture(bytes + bytes / 8 + (1 << 20));
+  host.packets.reserve(bytes / 900);
+  Conversation talk;
+  talk.Open().Send(1,
+                   AssociateAccept(AnsweredContext(1, 0, "1.2.840.10008.1.2")));
+  const Bytes command = PData(
+      Pdv(1, kLastCommand, Command(0x0001, 7) + Repeat(0, 1460 - 12 - 32)));
+  const Bytes part = PData(Pdv(1, kData, Repeat(1, 16048)));
+  const Bytes last = PData(Pdv(1, kLastData, Repeat(1, 16048)));
+  for (std::size_t made = 0; made < bytes; made += 16 * part.size()) {
+    talk.Send(0, command);
+    for (int i = 0; i < 16; ++i) {
+      const Bytes& pdu = i == 15 ? last : part;
+      for (std::size_t at = 0; at < pdu.size(); at += 1460) {
+        talk.Send(0, pdu.Part(at, 1460));
+        if (at / 1460 % 2 == 1) talk.Acknowledge(1);
+      }
+      TakePackets(talk);
+    }
+  }
+  TakePackets(talk.Acknowledge(1));
+}
+
+// Exactly what a fetch of every packet, and of every segment with payload once
+// more, costs without the module.
+void DeliverAll() {
+  static DicomPacketRecord record;
+  const auto ask = [](WPARAM code, std::int32_t index) {
+    std::int32_t count = -1;
+    ::SendMessageA(host.window, DICOM_HOST_MESSAGE, DICOM_COUNT_PACKETS,
+                   reinterpret_cast<LPARAM>(&count));
+    record.index = index;
+    record.buffer_size = DICOM_PACKET_RECORD_SIZE;
+    ::SendMessageA(host.window, DICOM_HOST_MESSAGE, code,
+                   reinterpret_cast<LPARAM>(&record));
+  };
+  const auto count = static_cast<std::int32_t>(host.packets.size());
+  for (std::int32_t i = 0; i < count; ++i) {
+    ask(DICOM_FETCH_NEXT_PACKET, i - 1);
+    if (record.tcp_bytes > 20) ask(DICOM_FETCH_PACKET, i);
+  }
+}
+
+std::vector<double> ListAll(std::uint32_t view) {
+  std::array<PacketListRow, DICOM_ROWS_PER_CALL> rows;
+  std::vector<double> calls;
+  for (std::uint32_t code = DICOM_LIST_CALL_AGAIN;
+       code == DICOM_LIST_CALL_AGAIN;) {
+    calls.push_back(Timed([&] {
+      std::int32_t first = 0;
+      std::uint32_t count = DICOM_ROWS_PER_CALL, first_available, last;
+      code = GetDicomPacketList(host.window, rows.data(), &first, &count,
+                                &first_available, &last, view, 0) &
+             0xFFFF;
+    }));
+  }
+  return calls;
+}
+
+void MeasureLoad() {
+  const double load = Best(20, [] {
+    dicom::LoadModule();
+    dicom::UnloadModule();
+  });
+  std::printf("load and free the DLL with its dictionaries: %.2f ms\n", load);
+}
+
+void MeasureList(std::size_t megabytes) {
+  MakeStorage(megabytes << 20);
+  dicom::LoadModule();
+  const double delivery = Best(3, &DeliverAll);
+  const double list = Best(3, [] {
+    RefreshDicomDecode(host.window);
+    ListAll(0);
+  });
+  std::printf(
+      "list %u MB in %u packets: %.0f ms, their delivery %.0f ms: %.2f\n",
+      static_cast<unsigned>(megabytes),
+      static_cast<unsigned>(host.packets.size()), list, delivery,
+      list / delivery);
+  RefreshDicomDecode(host.window);
+  std::vector<double> calls = ListAll(0);
+  const auto half =
+      calls.begin() + static_cast<std::ptrdiff_t>(calls.size() / 2);
+  const auto slowest = [](auto first, auto last) {
+    std::sort(first, last);
+    return *(last - 1 - (last - first) / 1000);
+  };
+  std::printf("99.9 of 100 calls took at most %.2f ms, then %.2f ms\n",
+              slowest(calls.begin(), half), slowest(half, calls.end()));
+  dicom::UnloadModule();
+}
+
+struct Line {
+  std::string text;
+  int depth;
+};
+
+std::vector<Line> TreeLines() {
+  std::vector<Line> lines;
+  const auto next = [](WPARAM relation, HTREEITEM item) {
+    return reinterpret_cast<HTREEITEM>(::SendMessageA(
+        host.tree, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
+  };
+  std::vector<HTREEITEM> parents;
+  for (HTREEITEM item = next(TVGN_ROOT, nullptr); item != nullptr;) {
+    char text[512];
+    TVITEMA wanted{};
+    wanted.mask = TVIF_TEXT;
+    wanted.hItem = item;
+    wanted.pszText = text;
+    wanted.cchTextMax = sizeof(text);
+    ::SendMessageA(host.tree, TVM_GETITEMA, 0,
+                   reinterpret_cast<LPARAM>(&wanted));
+    lines.push_back({wanted.pszText, static_cast<int>(parents.size())});
+    HTREEITEM after = next(TVGN_CHILD, item);
+    if (after != nullptr) {
+      parents.push_back(item);
+    } else {
+      after = next(TVGN_NEXT, item);
+    }
+    while (after == nullptr && !parents.empty()) {
+      after = next(TVGN_NEXT, parents.back());
+      parents.pop_back();
+    }
+    item = after;
+  }
+  return lines;
+}
+
+// Inserts the lines, each with a block, then frees the blocks and the items: no
+// less is asked of the module.
+void InsertDirectly(const std::vector<Line>& lines) {
+  std::vector<HTREEITEM> open(16);
+  std::vector<HGLOBAL> blocks;
+  for (const Line& line : lines) {
+    const auto depth = static_cast<std::size_t>(line.depth);
+    blocks.push_back(
+        ::GlobalAlloc(GMEM_ZEROINIT, sizeof(DicomByteRangeRecord)));
+    TVINSERTSTRUCTA insertion{};
+    insertion.hParent = depth == 0 ? nullptr : open[depth - 1];
+    insertion.hInsertAfter = TVI_LAST;
+    insertion.item.mask =
+        TVIF_TEXT | TVIF_IMAGE | TVIF_PARAM | TVIF_SELECTEDIMAGE;
+    insertion.item.pszText = const_cast<char*>(line.text.c_str());
+    insertion.item.lParam = reinterpret_cast<LPARAM>(blocks.back());
+    open[depth] = reinterpret_cast<HTREEITEM>(::SendMessageA(
+        host.tree, TVM_INSERTITEMA, 0, reinterpret_cast<LPARAM>(&insertion)));
+  }
+  for (const HGLOBAL block : blocks) ::GlobalFree(block);
+  ::SendMessageA(host.tree, TVM_DELETEITEM, 0,
+                 reinterpret_cast<LPARAM>(TVI_ROOT));
+}
+
+void MeasureDisplay(unsigned elements) {
+  Conversation talk;
+  talk.Open().Send(1,
+                   AssociateAccept(AnsweredContext(1, 0, "1.2.840.10008.1.2")));
+  talk.Send(0, PData(Pdv(1, kLastCommand, Command(0x0001, 7))));
+  Bytes data;
+  for (unsigned i = 0; i < elements; ++i) {
+    data += ImplicitElement(0x0008, 0x0060, Text("CT"));
+  }
+  const Bytes pdu = PData(Pdv(1, kLastData, data));
+  for (std::size_t at = 0; at < pdu.size(); at += 15000) {
+    talk.Send(0, pdu.Part(at, 15000));
+  }
+  EmptyCapture(pdu.size() * 2);
+  TakePackets(talk.Acknowledge(1));
+  dicom::LoadModule();
+  ListAll(1);
+  const auto show = [] {
+    DisplayDicomPacket(host.window, host.tree, 0x7FFFFFFF, nullptr, host.hex,
+                       1);
+  };
+  show();
+  const std::vector<Line> lines = TreeLines();
+  const auto clear = [] { ClearDicomDisplay(0, host.tree, host.hex); };
+  clear();
+  const double display = Best(3, [&] {
+    show();
+    clear();
+  });
+  const double direct = Best(3, [&] { InsertDirectly(lines); });
+  std::printf("show %u elements in %u lines: %.0f ms, directly %.0f ms: %.2f\n",
+              elements, static_cast<unsigned>(lines.size()), display, direct,
+              display / direct);
+  dicom::UnloadModule();
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  const int megabytes = count > 1 ? std::atoi(arguments[1]) : 100;
+  OpenHost();
+  MeasureLoad();
+  MeasureList(static_cast<std::size_t>(megabytes));
+  MeasureDisplay(100000);
+  return 0;
+}
