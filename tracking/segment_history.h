@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <memory_resource>
 #include <optional>
 #include <utility>
 
@@ -55,8 +56,10 @@ class SegmentHistory {
   std::uint64_t taken_ = 0;  // entries ever taken; numbers the front entry
   std::uint8_t last_direction_ = 0;
   // The newest entry with each pair of numbers, counted like taken_, so that a
-  // late acknowledgement finds it without a walk.
-  std::map<NumberPair, std::uint64_t> newest_;
+  // late acknowledgement finds it without a walk. Its nodes come from a pool:
+  // one comes and goes with every segment, and a heap is slow at that.
+  std::pmr::unsynchronized_pool_resource pool_;
+  std::pmr::map<NumberPair, std::uint64_t> newest_{&pool_};
 };
 
 }  // namespace dicom
