@@ -13,9 +13,9 @@ const char kAssociateAcceptName[] = "A-ASSOCIATE-AC PDU";
 
 namespace {
 
-// Deliberate: the spelling is the users'.
 constexpr std::uint32_t kTagAndLength = 8;
 
+// Deliberate: the spelling is the users'.
 constexpr char kUnknownPduName[] = "unkown PDU";
 constexpr std::array<const char*, 8> kPduNames = {
     kUnknownPduName,      "A-ASSOCIATE-RQ PDU", kAssociateAcceptName,
