@@ -11,23 +11,19 @@
 namespace dicom {
 namespace {
 
-// VR texts in the order of their codes, from -1 on. Deliberate: "XX" stands for
-// no VR, FL comes before FD, the last one is VS and there is no UN.
-constexpr std::string_view kVrTexts[] = {
-    "XX", "AE", "AS", "AT", "CS", "DA", "DS", "DT", "FL",
-    "FD", "IS", "LO", "LT", "OB", "OW", "PN", "SH", "SL",
-    "SQ", "SS", "ST", "TM", "UI", "UL", "US", "UT", "VS",
+// Deliberate: "XX" stands for no VR.
+constexpr struct {
+  std::string_view text;
+  VrCode code;
+} kVrTexts[] = {
+    {"XX", kVrUnknown}, {"AE", kVrAe}, {"AS", kVrAs}, {"AT", kVrAt},
+    {"CS", kVrCs},      {"DA", kVrDa}, {"DS", kVrDs}, {"DT", kVrDt},
+    {"FL", kVrFl},      {"FD", kVrFd}, {"IS", kVrIs}, {"LO", kVrLo},
+    {"LT", kVrLt},      {"OB", kVrOb}, {"OW", kVrOw}, {"PN", kVrPn},
+    {"SH", kVrSh},      {"SL", kVrSl}, {"SQ", kVrSq}, {"SS", kVrSs},
+    {"ST", kVrSt},      {"TM", kVrTm}, {"UI", kVrUi}, {"UL", kVrUl},
+    {"US", kVrUs},      {"UT", kVrUt}, {"VS", kVrVs},
 };
-
-constexpr std::int32_t CodeInTable(std::string_view vr_text) {
-  const auto* found = std::ranges::find(kVrTexts, vr_text);
-  if (found == std::ranges::end(kVrTexts)) return kVrUnknown;
-  return static_cast<std::int32_t>(found - std::ranges::begin(kVrTexts)) - 1;
-}
-static_assert(CodeInTable("XX") == kVrUnknown && CodeInTable("AE") == 0 &&
-              CodeInTable("OB") == kVrOb && CodeInTable("OW") == kVrOw &&
-              CodeInTable("SQ") == kVrSq && CodeInTable("UI") == kVrUi &&
-              CodeInTable("VS") == 25 && CodeInTable("UN") == kVrUnknown);
 
 constexpr std::size_t kVrWidth = 2;
 
@@ -121,7 +117,11 @@ void FoldRepeatingGroup(std::string& tag_text) {
 
 }  // namespace
 
-std::int32_t VrCodeOf(std::string_view vr_text) { return CodeInTable(vr_text); }
+std::int32_t VrCodeOf(std::string_view vr_text) {
+  const auto* found = std::ranges::find(
+      kVrTexts, vr_text, [](const auto& row) { return row.text; });
+  return found == std::ranges::end(kVrTexts) ? kVrUnknown : found->code;
+}
 
 DicomDictionary::DicomDictionary()
     : data_text_(ReadTextFile(".\\Data.dic")),

@@ -8,13 +8,37 @@
 
 namespace dicom {
 
-// VR codes are the positions in the module's VR list; -1 is an unknown VR.
-// These are the ones that decoders test for.
-constexpr std::int32_t kVrUnknown = -1;
-constexpr std::int32_t kVrOb = 12;
-constexpr std::int32_t kVrOw = 13;
-constexpr std::int32_t kVrSq = 17;
-constexpr std::int32_t kVrUi = 21;
+// Deliberate: the module's own list of VRs in its own order. FL comes before
+// FD, VS is no VR of the standard, UN and the VRs that came later are unknown.
+enum VrCode : std::int32_t {
+  kVrUnknown = -1,  // any other text
+  kVrAe = 0,        // Application Entity
+  kVrAs = 1,        // Age String
+  kVrAt = 2,        // Attribute Tag
+  kVrCs = 3,        // Code String
+  kVrDa = 4,        // Date
+  kVrDs = 5,        // Decimal String
+  kVrDt = 6,        // Date Time
+  kVrFl = 7,        // Floating Point Single
+  kVrFd = 8,        // Floating Point Double
+  kVrIs = 9,        // Integer String
+  kVrLo = 10,       // Long String
+  kVrLt = 11,       // Long Text
+  kVrOb = 12,       // Other Byte
+  kVrOw = 13,       // Other Word
+  kVrPn = 14,       // Person Name
+  kVrSh = 15,       // Short String
+  kVrSl = 16,       // Signed Long
+  kVrSq = 17,       // Sequence of Items
+  kVrSs = 18,       // Signed Short
+  kVrSt = 19,       // Short Text
+  kVrTm = 20,       // Time
+  kVrUi = 21,       // Unique Identifier
+  kVrUl = 22,       // Unsigned Long
+  kVrUs = 23,       // Unsigned Short
+  kVrUt = 24,       // Unlimited Text
+  kVrVs = 25,       // not of the standard, no value is shown
+};
 
 // The code of a two-letter VR text, kVrUnknown for any other text.
 std::int32_t VrCodeOf(std::string_view vr_text);

@@ -149,46 +149,46 @@ std::string ValueText(const ByteArrayView& bytes, std::uint32_t position,
   switch (vrCode) {
     case kVrUnknown:
       return " Unknown Type";
-    case 1:  // AS. Deliberate: always four bytes
+    case kVrAs:  // Deliberate: always four bytes
       return Characters(bytes, position, 4);
-    case 2:  // AT
+    case kVrAt:
       return TagText(bytes, position, order);
-    case 0:   // AE
-    case 3:   // CS
-    case 4:   // DA
-    case 5:   // DS
-    case 6:   // DT
-    case 9:   // IS
-    case 10:  // LO
-    case 14:  // PN
-    case 15:  // SH
-    case 20:  // TM
+    case kVrAe:
+    case kVrCs:
+    case kVrDa:
+    case kVrDs:
+    case kVrDt:
+    case kVrIs:
+    case kVrLo:
+    case kVrPn:
+    case kVrSh:
+    case kVrTm:
       return Characters(bytes, position, length);
-    case 7:  // FL
+    case kVrFl:
       return Exponential(FloatAt(bytes, position, order));
-    case 8:  // FD
+    case kVrFd:
       return Exponential(DoubleAt(bytes, position, order));
-    case 11:  // LT
-    case 19:  // ST
-    case 24:  // UT
+    case kVrLt:
+    case kVrSt:
+    case kVrUt:
       bytes.RequireBytes(position, length);
       return Characters(bytes, position, std::min(length, kMaxLongText));
     case kVrOb:
       return "OB";
     case kVrOw:
       return "OW";
-    case 16:  // SL. Deliberate: shows nothing, but has to lie in the buffer
+    case kVrSl:  // Deliberate: shows nothing, but has to lie in the buffer
       bytes.RequireBytes(position, 4);
       return "";
     case kVrSq:
       return "SQ";
-    case 18:  // SS
+    case kVrSs:
       return Signed(static_cast<std::int16_t>(bytes.WordAt(position, order)));
     case kVrUi:
       return UidText(bytes, position, length);
-    case 22:  // UL
+    case kVrUl:
       return Unsigned(bytes.LongAt(position, order));
-    case 23:  // US
+    case kVrUs:
       return Unsigned(bytes.WordAt(position, order));
     default:  // Deliberate: VS (25) too
       return "default";

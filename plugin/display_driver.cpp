@@ -1,11 +1,13 @@
 #include "plugin/display_driver.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <limits>
 #include <vector>
 
 #include "dimse/message_decoder.h"
 #include "tree/decode_tree_writer.h"
+#include "tree/host_display_state.h"
 #include "tree/tree_output.h"
 #include "upper_layer/upper_layer_decoder.h"
 
@@ -15,6 +17,26 @@ namespace {
 constexpr std::uint32_t kMaxMessageDump = 64000;  // bytes
 // Deliberate: the host's own mask is for hex dump sections only.
 constexpr std::uint32_t kExpandNoSection = 0;
+
+// What the tree takes for the host's layout is what hosts compile.
+static_assert(kDisplayStateIndex == DICOM_DISPLAY_STATE_INDEX &&
+              kStateShowMessageData == DICOM_STATE_SHOW_MESSAGE_DATA &&
+              kStateOutputMode == DICOM_STATE_OUTPUT_MODE &&
+              kStateLineHeight == DICOM_STATE_LINE_HEIGHT &&
+              kStateLinesPerPage == DICOM_STATE_LINES_PER_PAGE &&
+              kStateCurrentLine == DICOM_STATE_CURRENT_LINE &&
+              kStateFileHandle == DICOM_STATE_FILE_HANDLE &&
+              kStatePrinterDc == DICOM_STATE_PRINTER_DC &&
+              kStateSectionExpandMask == DICOM_STATE_SECTION_EXPAND_MASK);
+static_assert(kHighlightLimit == DICOM_HIGHLIGHT_LIMIT &&
+              kImageTableEntries == DICOM_IMAGE_TABLE_ENTRIES);
+static_assert(sizeof(ByteRangeRecord) == sizeof(DicomByteRangeRecord) &&
+              offsetof(ByteRangeRecord, section) ==
+                  offsetof(DicomByteRangeRecord, section) &&
+              offsetof(ByteRangeRecord, offset) ==
+                  offsetof(DicomByteRangeRecord, offset) &&
+              offsetof(ByteRangeRecord, length) ==
+                  offsetof(DicomByteRangeRecord, length));
 
 // A copy of the record to show: fetching its packets runs the host's code,
 // which may change the lists.

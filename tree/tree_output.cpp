@@ -9,38 +9,47 @@
 #include <string>
 #include <vector>
 
+#include "tree/host_display_state.h"
+
 namespace dicom {
 namespace {
 
 // The block in which the host says how it shows decodes. Its address is in the
 // host window's extra memory; a window without one behaves as an all-zero
-// block. Fields lie unaligned.
+// block.
 class HostDisplayState {
  public:
   explicit HostDisplayState(HWND host_window)
-      : block_(reinterpret_cast<char*>(::GetWindowLongA(host_window, kIndex))) {
-  }
+      : block_(reinterpret_cast<char*>(
+            ::GetWindowLongA(host_window, kDisplayStateIndex))) {}
 
-  bool ShowsMessageData() const { return Field<std::uint32_t>(108) != 0; }
+  bool ShowsMessageData() const {
+    return Field<std::uint32_t>(kStateShowMessageData) != 0;
+  }
   bool Prints() const { return OutputMode() == '7'; }
   bool Saves() const { return OutputMode() == '8'; }
-  std::int32_t LineHeight() const { return Field<std::int32_t>(3606); }
-  std::int32_t LinesPerPage() const { return Field<std::int32_t>(3610); }
-  std::int32_t CurrentLine() const { return Field<std::int32_t>(kCurrentLine); }
-  HFILE File() const { return Field<HFILE>(3622); }
-  HDC PrinterDc() const { return Field<HDC>(3626); }
-  std::uint32_t SectionExpandMask() const { return Field<std::uint32_t>(3638); }
+  std::int32_t LineHeight() const {
+    return Field<std::int32_t>(kStateLineHeight);
+  }
+  std::int32_t LinesPerPage() const {
+    return Field<std::int32_t>(kStateLinesPerPage);
+  }
+  std::int32_t CurrentLine() const {
+    return Field<std::int32_t>(kStateCurrentLine);
+  }
+  HFILE File() const { return Field<HFILE>(kStateFileHandle); }
+  HDC PrinterDc() const { return Field<HDC>(kStatePrinterDc); }
+  std::uint32_t SectionExpandMask() const {
+    return Field<std::uint32_t>(kStateSectionExpandMask);
+  }
 
   // For a host that prints, whose block therefore exists.
   void SetCurrentLine(std::int32_t line) const {
-    std::memcpy(block_ + kCurrentLine, &line, sizeof(line));
+    std::memcpy(block_ + kStateCurrentLine, &line, sizeof(line));
   }
 
  private:
-  static constexpr int kIndex = 36;
-  static constexpr std::size_t kCurrentLine = 3614;
-
-  char OutputMode() const { return Field<char>(3602); }
+  char OutputMode() const { return Field<char>(kStateOutputMode); }
 
   template <class T>
   T Field(std::size_t offset) const {
@@ -291,7 +300,7 @@ std::uint32_t AddHexDumpSection(HWND host_window, HWND tree_window,
 }
 
 std::uint32_t TreeImage(const std::uint32_t* image_table, std::int32_t entry) {
-  constexpr std::uint32_t kLastEntry = 13;
+  constexpr std::uint32_t kLastEntry = kImageTableEntries - 1;
   if (image_table == nullptr) return 0;
   return image_table[std::min(static_cast<std::uint32_t>(entry), kLastEntry)];
 }

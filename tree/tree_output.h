@@ -20,12 +20,8 @@ struct ByteRangeRecord {
 };
 static_assert(sizeof(ByteRangeRecord) == 12);
 
-// Every record ends at this many bytes of the hex window's buffer: the host
-// highlights no more.
-constexpr std::uint32_t kHighlightLimit = 13808;
-
-// A new record, clamped to kHighlightLimit; null when there is no memory, and
-// the line is then shown without a range.
+// A new record, clamped to what the host highlights; null when there is no
+// memory, and the line is then shown without a range.
 GlobalBlock<ByteRangeRecord> MakeByteRange(std::uint32_t section,
                                            std::uint32_t offset,
                                            std::uint32_t length);
