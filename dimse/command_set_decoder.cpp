@@ -29,6 +29,7 @@ void CommandSetDecoder::DecodeElement(const CommandElement& element) {
   const std::string tag = TagTextOf(element.group, element.element);
   dictionary_.LookupDataElement(tag, entry_);
 
+  // Deliberate: kOpenAtLevel1, where an element of a data set has kOpen.
   writer_.AddLine(tag + " - " + entry_.name, LevelStep::kOpenAtLevel1,
                   position_, SaturatingSum(element.value_length, 8));
   // Deliberate: the name again, not the VR.

@@ -10,9 +10,8 @@ namespace {
 
 constexpr std::uint32_t kUndefinedLength = 0xFFFFFFFF;
 
-// OB, OW and SQ: their value is not shown, and in explicit VR they have the
-// long form. Deliberate: no other VR has it, UT, UN and OF are read in the
-// short form.
+// Deliberate: OB, OW and SQ alone have the long form in explicit VR; UT, UN and
+// OF are read in the short form. Nor is the value of these three shown.
 bool IsBulk(std::int32_t vr_code) {
   return vr_code == kVrOb || vr_code == kVrOw || vr_code == kVrSq;
 }
@@ -44,11 +43,12 @@ DataSetDecoder::DataSetDecoder(const ByteArrayView& data_set,
   }
 }
 
-// Tag, 32-bit length, value; the VR is the dictionary's. Deliberate: an
-// undefined length is a length like any other, it passes the end.
+// Deliberate: here an undefined length is a length like any other, it passes
+// the end. Tag, 32-bit length, value; the VR is the dictionary's.
 void DataSetDecoder::DecodeImplicitElement() {
   const std::string tag = TagText(bytes_, position_, order_);
   const std::uint32_t length = bytes_.LongAt(position_ + 4, order_);
+  // Deliberate: kOpen; an element of the command set returns to level 1.
   ShowElement(tag, LevelStep::kOpen, SaturatingSum(length, 8));
   Show("Value Length: " + LongHexAndDecimal(bytes_, position_, order_),
        LevelStep::kLine, 4);
@@ -98,8 +98,9 @@ bool DataSetDecoder::DecodeItem(std::int32_t enclosing_vr_code) {
   if (position_ >= bytes_.Length()) return false;
   const std::string tag = TagText(bytes_, position_, order_);
   const std::uint32_t length = bytes_.LongAt(position_ + 4, order_);
-  // Deliberate: a sequence's item has no value line and is skipped whole. The
-  // last line, whichever it is, returns to the enclosing element's children.
+  // Deliberate: a sequence's item has no value line and is skipped whole, and
+  // the caption has its colon only where it is empty. The last line, whichever
+  // it is, returns to the enclosing element's children.
   const bool has_value_line = length == 0 || enclosing_vr_code != kVrSq;
   ShowElement(tag, LevelStep::kOpen, SaturatingSum(length, 8));
   Show("Value Length: " + LongHexAndDecimal(bytes_, position_, order_),
@@ -124,6 +125,7 @@ void DataSetDecoder::ShowElement(const std::string& tag, LevelStep step,
 // The value line, which closes the element.
 void DataSetDecoder::ShowValue(std::uint32_t length, std::int32_t vr_code) {
   if (IsBulk(vr_code)) {
+    // Deliberate: without a colon.
     return Show("Value Field", LevelStep::kLastLine, length);
   }
   const std::string value =

@@ -48,9 +48,9 @@ std::vector<char> ReadTextFile(const char* path) {
   return text;
 }
 
-// Hands every line of the text to `parse`, the last one with or without its
-// line feed; CR LF is a line feed, as in Windows' text mode. Deliberate: a line
-// of more than 119 characters is a failed read and silently ends the file.
+// Deliberate: a line of more than 119 characters is a failed read and silently
+// ends the file. Every line before it is handed to `parse`, a last one without
+// a line feed too; CR LF is a line feed, as in Windows' text mode.
 template <typename Parser>
 void ForEachLine(const std::vector<char>& file_text, Parser parse) {
   constexpr std::size_t kMaxLine = 119;
@@ -86,7 +86,7 @@ const Line* Find(const std::vector<Line>& lines, std::string_view key) {
   return found != lines.end() && found->key == key ? &*found : nullptr;
 }
 
-// "#" is a comment only as the very first character.
+// Deliberate: "#" is a comment only as the very first character.
 bool IsEmptyOrComment(std::string_view line) {
   return line.empty() || line.front() == '#';
 }
@@ -100,15 +100,16 @@ bool IsTagColumn(std::string_view text) {
   return text.size() == 9 && ConsistsOf(text, "0123456789ABCDEFx,");
 }
 
-// The columns behind the name: the VR, or the VR, ";" and a text. Deliberate: a
-// ";" with nothing behind it drops the line, the lack of one does not.
+// Deliberate: behind the VR a ";" with nothing after it drops the line, the
+// lack of one does not.
 bool IsVrAndExtraText(std::string_view columns) {
   const std::size_t separator = columns.find(';');
   return std::min(separator, columns.size()) == kVrWidth &&
          columns.size() != kVrWidth + 1;
 }
 
-// Elements of groups 50gg and 60gg are listed once for all of them.
+// Deliberate: odd groups 50gg and 60gg fold too, and as every look-up does, a
+// line that writes such a group out, "5000,...", cannot be reached.
 void FoldRepeatingGroup(std::string& tag_text) {
   if (tag_text.starts_with("(50") || tag_text.starts_with("(60")) {
     tag_text.replace(3, 2, "xx");
@@ -133,7 +134,8 @@ DicomDictionary::DicomDictionary()
   SortByKey(uids_);
 }
 
-// TAG;NAME;VR or TAG;NAME;VR;EXTRA TEXT. The first line of a tag wins.
+// Deliberate: the first of two lines for a tag wins. TAG;NAME;VR or
+// TAG;NAME;VR;EXTRA TEXT.
 void DicomDictionary::AddDataElement(std::string_view line) {
   if (IsEmptyOrComment(line)) return;
   const std::size_t tag_end = line.find(';');
@@ -152,7 +154,8 @@ void DicomDictionary::AddDataElement(std::string_view line) {
                             VrCodeOf(columns.substr(0, kVrWidth))});
 }
 
-// UID;DESCRIPTION. An empty UID is a UID; the first line of a UID wins.
+// Deliberate: an empty UID is kept, and the first of two lines for a UID wins.
+// UID;DESCRIPTION, which may be empty and is not trimmed.
 void DicomDictionary::AddUid(std::string_view line) {
   constexpr std::size_t kMaxUidLength = 64;
   if (IsEmptyOrComment(line)) return;
@@ -184,6 +187,7 @@ bool DicomDictionary::LookupDataElement(const std::string& tagText,
   return true;
 }
 
+// Deliberate: the text is not trimmed, so a UID with its padding is undefined.
 std::string DicomDictionary::LookupUidDescription(
     const std::string& uidText) const {
   const Uid* const uid = Find(uids_, uidText);

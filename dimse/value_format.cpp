@@ -29,6 +29,7 @@ std::string Signed(std::int32_t value) {
   return text;
 }
 
+// Deliberate: the decimal of an unsigned value is signed.
 std::string HexAndDecimal(std::uint32_t value, int min_digits) {
   std::string text = Hex(value, min_digits);
   text += ", ";
@@ -143,11 +144,15 @@ std::string UidText(const ByteArrayView& bytes, std::uint32_t position,
   return text;
 }
 
+// Deliberate: what has a fixed width is read in that width whatever the value
+// length says, 0 too, and only the first value is shown. An unknown VR, OB, OW,
+// SQ and the default show a word of their own and check no bounds.
 std::string ValueText(const ByteArrayView& bytes, std::uint32_t position,
                       std::uint32_t length, std::uint32_t order,
                       std::int32_t vrCode) {
   switch (vrCode) {
     case kVrUnknown:
+      // Deliberate: the leading blank, so that the line has two.
       return " Unknown Type";
     case kVrAs:  // Deliberate: always four bytes
       return Characters(bytes, position, 4);
@@ -171,6 +176,8 @@ std::string ValueText(const ByteArrayView& bytes, std::uint32_t position,
     case kVrLt:
     case kVrSt:
     case kVrUt:
+      // Deliberate: the whole value has to lie in the buffer, though no more
+      // than its first 128 bytes are shown.
       bytes.RequireBytes(position, length);
       return Characters(bytes, position, std::min(length, kMaxLongText));
     case kVrOb:
@@ -190,7 +197,7 @@ std::string ValueText(const ByteArrayView& bytes, std::uint32_t position,
       return Unsigned(bytes.LongAt(position, order));
     case kVrUs:
       return Unsigned(bytes.WordAt(position, order));
-    default:  // Deliberate: VS (25) too
+    default:  // Deliberate: VS too
       return "default";
   }
 }

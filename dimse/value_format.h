@@ -8,9 +8,10 @@
 
 namespace dicom {
 
-// The only forms in which decoders show numbers. All but the first read the
-// field at `position` (throwing OutOfRange past the end) in the byte order
-// `order`; "%d" of a 32-bit value is signed.
+// The only forms in which decoders show numbers. Those with `bytes` read the
+// field at `position` (throwing OutOfRange past the end), those with `order` in
+// that byte order; the others show the value that they are given.
+// Deliberate: "%d" of a 32-bit value is signed (80000000h, -2147483648).
 
 std::string HexAndDecimal(std::uint32_t value);  // 1Ah, 26
 std::string ByteDecimal(const ByteArrayView& bytes,

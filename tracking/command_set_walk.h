@@ -20,11 +20,13 @@ struct CommandElement {
   }
 };
 
+// Deliberate: a command set is implicit VR little endian whatever its
+// presentation context agreed.
+//
 // Reads tag and value length of the element at `position` and moves `position`
 // behind its value; false, with nothing changed, when `position` has reached or
-// passed the end. A command set is implicit VR little endian whatever its
-// presentation context agreed. Throws OutOfRange, `position` unmoved, when the
-// end cuts the tag or the length.
+// passed the end. Throws OutOfRange, `position` unmoved, when the end cuts the
+// tag or the length.
 bool NextCommandElement(const ByteArrayView& command_set,
                         std::uint32_t& position, CommandElement& element);
 

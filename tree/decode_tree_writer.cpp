@@ -17,10 +17,10 @@ struct LevelRule {
   std::int32_t change;  // of the depth, after it; +1: it is opened
 };
 
-// One row per LevelStep but kSection, which is always admitted.
-// Deliberate: kLineAtLevel1 and kLineAtLevel2 have no upper bound, and
+// Deliberate: kLineAtLevel1 and kLineAtLevel2 have no upper bound,
 // kOpenAtLevel1 and kOpenAtLevel2 are refused at depth 7 although they leave
-// it.
+// it, and the two steps that close may reach depth 0, where only kSection is
+// admitted. One row per LevelStep but kSection, which always is.
 constexpr LevelRule kLevelRules[] = {
     {1, 7, kStay, 0},      // kLine
     {1, 6, kStay, +1},     // kOpen
@@ -67,6 +67,7 @@ bool DecodeTreeWriter::AddLine(const std::string& text, LevelStep step,
       Insert(text.c_str(), open_items_[static_cast<std::size_t>(depth_)],
              TVI_LAST, section_ + kSubLineImages, offset, length);
   depth_ += rule.change;
+  // Deliberate: the marker of a diverted line is kept like any item.
   if (rule.change > 0) open_items_[static_cast<std::size_t>(depth_)] = item;
   return true;
 }
@@ -93,6 +94,8 @@ HTREEITEM DecodeTreeWriter::Insert(const char* text, HTREEITEM parent,
 void DecodeTreeWriter::FinishTree() {
   if (depth_ == 0) return;
   constexpr std::int32_t kMaskBits = 32;
+  // Deliberate: sections count from 1, and so do the mask's bits; bit 0 has no
+  // meaning.
   const bool expand = section_ < kMaskBits && (expand_mask_ >> section_ & 1);
   // Deliberate: what is expanded is the deepest open item, not the top line.
   ExpandTreeLine(host_window_, tree_window_,

@@ -161,7 +161,8 @@ void WriteHexDump(char* text, const std::uint8_t* bytes, std::uint32_t length) {
   }
 }
 
-// Section number, image entries and expand bit of every hex dump section.
+// Deliberate: every hex dump section is number 8, with the same images and the
+// same expand bit, however many sections come before it.
 constexpr std::uint32_t kHexSection = 8;
 constexpr std::int32_t kHexCaptionImage = 6;
 constexpr std::int32_t kHexRowImage = 13;
@@ -292,6 +293,8 @@ std::uint32_t AddHexDumpSection(HWND host_window, HWND tree_window,
     InsertTreeLine(host_window, section, row, TVI_LAST, row_image, tree_window,
                    MakeRowRange(offset, start, size));
   }
+  // Deliberate: by the host's own mask; every other section goes by the
+  // writer's.
   const bool expand =
       HostDisplayState(host_window).SectionExpandMask() & kHexSectionExpandBit;
   ExpandTreeLine(host_window, tree_window, section,

@@ -44,6 +44,7 @@ constinit const UpperLayerDecoder::AssociateForm
     UpperLayerDecoder::kAcceptForm = {
         .title = "DICOM - Upper Layer Protokoll: A-ASSOCIATE-AC PDU (02h)",
         .caption = "PDU-Type: A-ASSOCIATE-AC (02h)",
+        // Deliberate: the accept's reserved bytes are shown as text.
         .first_title = "Reserved: ",
         .second_title = "Reserved: ",
         .context_item = 0x21,
@@ -64,18 +65,21 @@ void UpperLayerDecoder::DecodeAssociate(const AssociateForm& form) {
   // Deliberate: the 32 bytes are not read, so a PDU that is cut inside them
   // ends without an error line.
   Show("Reserved : (32 Bytes)", kLine, 32);
-  // The PDU length is not looked at: the items reach to the buffer's end.
+  // Deliberate: the items reach to the buffer's end whatever the PDU length
+  // says, in any order and number.
   while (position_ < Length()) DecodeItem(form);
 }
 
 // False when the rest of the PDU cannot be read by this version's rules.
 bool UpperLayerDecoder::ShowProtocolVersion() {
-  // Each bit stands for a version that the peer supports.
+  // Deliberate: each bit stands for a version that the peer supports, and only
+  // bit 0 is looked at.
   if (WordAt(position_, kBigEndian) & 1) {
     Show("Protokoll Version: Version 1", kLine, 2);
     return true;
   }
   Show("Protokoll Version: Version 1 not supported!", kLine, 2);
+  // Deliberate: an error line without a byte.
   ShowHere("ERROR - UL Protokoll Version not supported!", kSection, 0);
   return false;
 }
@@ -95,6 +99,7 @@ void UpperLayerDecoder::DecodeItem(const AssociateForm& form) {
 
 void UpperLayerDecoder::DecodeUnknownItem(const AssociateForm& form) {
   const std::uint32_t length = ItemLength();
+  // Deliberate: the range is the item's claim, even past the buffer's end.
   ShowHere("Unknown Item Type: " + ByteHex(), form.unknown_item, length + 4);
   Advance(1);
   Show("Reserved: " + ByteHex(), kLine, 1);

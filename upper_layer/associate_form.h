@@ -10,9 +10,11 @@ namespace dicom {
 struct UpperLayerDecoder::AssociateForm {
   const char* title;
   const char* caption;
-  const char* first_title;    // caption of the 16 bytes at 10
-  const char* second_title;   // caption of the 16 bytes at 26
-  std::uint8_t context_item;  // the other form's context item is unknown here
+  const char* first_title;   // caption of the 16 bytes at 10
+  const char* second_title;  // caption of the 16 bytes at 26
+  // Deliberate: 20h in a request, 21h in an accept; each is an unknown item in
+  // the other.
+  std::uint8_t context_item;
   void (UpperLayerDecoder::*decode_context_item)();
   LevelStep unknown_item;
   CodeRows scu_roles;

@@ -18,6 +18,7 @@ constexpr CodeRow kRejectSources[] = {
     {3, 3, "-DICOM UL service provider (Presentation related function)"},
 };
 
+// Deliberate: reason 0 is an error for sources 1 and 2 but reserved for 3.
 // A-ASSOCIATE-RJ reason/diagnostic, one table for each source.
 constexpr CodeRow kUserReasons[] = {
     {1, 1, "-no reason given"},
@@ -75,7 +76,8 @@ void UpperLayerDecoder::DecodeReject() {
   Show(RejectReasonText(source), kLine, 1);
 }
 
-// Without a known source the reason has no meaning and is not even read.
+// Deliberate: without a known source the reason has no meaning and is not even
+// read.
 std::string UpperLayerDecoder::RejectReasonText(std::uint8_t source) const {
   if (source < 1 || source > 3)
     return "Reason/Diag.: ERROR - because of Source!";

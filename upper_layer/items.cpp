@@ -106,6 +106,7 @@ void UpperLayerDecoder::DecodeAcceptedContext() {
   ShowItemHeader();
   Show("Presentation Context ID: " + ByteHex(), kLine, 1);
   Show("Reserved: " + ByteHex(), kLine, 1);
+  // Deliberate: the only " ERROR wrong value" without hyphen and "!".
   Show(CodeText("Result/Reason: ", kContextResults,
                 ByteDecimal() + " ERROR wrong value"),
        kLine, 1);
@@ -121,8 +122,8 @@ void UpperLayerDecoder::DecodeAcceptedContext() {
   SetPosition(previous_position_ + length - 4);
 }
 
-// An accept carries exactly one syntax; one is read even where the item's
-// length leaves no room for it.
+// Deliberate: exactly one sub-item, even where the item's length leaves no room
+// for it or has room for more.
 void UpperLayerDecoder::DecodeAcceptedSyntax() {
   if (ByteAt(position_) == 0x40) return DecodeTransferSyntax();
   DecodeUnknownSubItem();
@@ -176,6 +177,7 @@ void UpperLayerDecoder::DecodeOperationsWindow() {
   const std::uint32_t length = ItemLength();
   ShowHere("Asynchronous Operation Window Sub Item", kOpenAtLevel2, length + 4);
   ShowItemHeader(length == 4 ? "" : kNotFourBytes);
+  // Deliberate: two words are read and passed whatever the length says.
   Show("Maximum number operations invoked: " +
            Unsigned(WordAt(position_, kBigEndian)),
        kLine, 2);
@@ -202,6 +204,7 @@ void UpperLayerDecoder::DecodeImplementationVersion() {
   const std::uint32_t length = ItemLength();
   ShowHere("Implementation Version Name Sub Item", kOpenAtLevel2, length + 4);
   ShowItemHeader();
+  // Deliberate: plain text, not a UID: pad bytes stay, and the length may be 0.
   Show("Implementation version name: " + Characters(length), kLastLine, length);
 }
 

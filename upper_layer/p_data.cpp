@@ -5,8 +5,8 @@ namespace dicom {
 
 using enum LevelStep;
 
-// Shows the header of the PDV at byte 6, as if it filled the PDU; a second PDV
-// makes its length differ and lies in the dump.
+// Deliberate: only the PDV at byte 6 is taken apart, as if it filled the PDU; a
+// second one makes its length differ and lies in the dump.
 void UpperLayerDecoder::DecodeData() {
   ShowCommonHeader("DICOM - Upper Layer Protokoll: P-DATA-TF PDU (04h)",
                    "PDU-Type: P-DATA-TF (04h)", PduSize::kAny);
@@ -30,6 +30,7 @@ void UpperLayerDecoder::DecodeData() {
   ShowMessageData();
 }
 
+// Deliberate: past the writer, whose section count the dump leaves alone.
 void UpperLayerDecoder::ShowMessageData() {
   const ByteArrayView rest = Part(position_, Length());
   AddHexDumpSection(tree_writer_.HostWindow(), tree_writer_.TreeWindow(),

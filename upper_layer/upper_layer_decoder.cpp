@@ -56,10 +56,13 @@ void UpperLayerDecoder::DecodeByType() {
 
 void UpperLayerDecoder::ShowCommonHeader(const char* title, const char* caption,
                                          PduSize size) {
+  // Deliberate: covers the buffer, not what the length field claims.
   ShowHere(title, kSection, Length());
   Show(caption, kLine, 1);
   Show("Reserved: " + ByteHex(), kLine, 1);
-  // The sum wraps in 32 bits, as the length field itself does.
+  // Deliberate: a PDU of 10 bytes has to have 10; 11 with a length field of 5
+  // agree and are marked all the same. The sum wraps in 32 bits, as the length
+  // field itself does.
   const std::uint32_t claimed = LongAt(position_, kBigEndian) + 6;
   const bool differs =
       claimed != Length() || (size == PduSize::kTenBytes && Length() != 10);
@@ -118,7 +121,7 @@ std::string UpperLayerDecoder::LongHexAndDecimal() const {
   return dicom::LongHexAndDecimal(*this, position_, kBigEndian);
 }
 
-// Zero bytes are kept; the tree shows the text up to the first.
+// Deliberate: zero bytes are kept; the tree shows the text up to the first.
 std::string UpperLayerDecoder::Characters(std::uint32_t count) const {
   return std::string(CharactersAt(position_, count));
 }
