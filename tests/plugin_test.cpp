@@ -342,7 +342,7 @@ TEST_F(PluginTest, EveryThirdFailureIsShownAndKeepsWhatThereIs) {
         [&] { nested = List(host_, kPduView, kStopped).word; });
     EXPECT_EQ(List(host_, kPduView, kLive).word, 0u);
     EXPECT_EQ(nested, 2u);  // still busy
-    ASSERT_EQ(recorder.Boxes().size(), round + 1u);
+    ASSERT_EQ(recorder.Boxes().size(), static_cast<std::size_t>(round + 1));
     EXPECT_EQ(recorder.Boxes().back(),
               (ShownBox{host_.Window(), "Packet too short for Tcp Header!",
                         "Exception"}));
