@@ -81,7 +81,7 @@ void CleanConnection::AddSegment(const TcpFrame& frame,
     NoteAcknowledgement(1 - direction, header.acknowledgement);
   }
   if ((header.flags & kRst) != 0) {
-    reset_ = true;
+    if (!reset_) reset_ = Reset{direction, frame.number};
   } else if (header.length >= kTcpHeaderBytes &&
              header.length <= frame.tcp.size()) {
     AddPayload(frame, header, direction);
@@ -242,6 +242,11 @@ void CleanConnection::Describe() {
         BeginsLikePdu(BytesAt(stream, stream.begin(), kPduHeaderBytes));
     DescribeSide(direction);
     DescribeEnd(direction);
+  }
+  if (reset_) {
+    connection_.notes.push_back(EndpointOf(reset_->direction) +
+                                " reset the connection (RST) in frame " +
+                                NumberText(reset_->frame) + ".");
   }
 }
 

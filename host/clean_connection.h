@@ -53,6 +53,12 @@ class CleanConnection final : public ConnectionBuilder {
     std::uint64_t left_out = 0;
   };
 
+  // Told beside the rows, since no RST is handed over.
+  struct Reset {
+    std::uint32_t direction;
+    std::uint32_t frame;
+  };
+
   void AddPayload(const TcpFrame& frame, const TcpHeader& header,
                   std::uint32_t direction);
   void NoteAcknowledgement(std::uint32_t direction, std::uint32_t number);
@@ -70,7 +76,7 @@ class CleanConnection final : public ConnectionBuilder {
   MessageFollower follower_;
   std::array<std::uint16_t, 2> ports_{};
   std::optional<std::uint32_t> syn_direction_;
-  bool reset_ = false;
+  std::optional<Reset> reset_;  // the first RST
   bool finished_ = false;
   std::uint64_t packets_at_update_ = 0;
 };

@@ -528,9 +528,10 @@ TEST(CleanStreamsTest, BytesThatCannotBelongAreIgnored) {
     EXPECT_EQ(Listed(connections[0].pdus), wire.pdus);
     EXPECT_EQ(connections[0].notes.size(), notes);
   };
-  // A reset's payload, bytes before the first, far ahead, behind the FIN.
+  // The payload of a reset, which is told itself; bytes before the first, far
+  // ahead, behind the FIN.
   check(with([](Segment* s) { s->flags |= kRst, s->payload.assign(9, 0); }, 5),
-        0);
+        1);
   check(with([](Segment* s) { s->sequence -= 50, s->payload.resize(50); }, 5),
         0);
   check(with([](Segment* s) { s->sequence += (65u << 20); }, 5), 0);
