@@ -304,14 +304,18 @@ void CleanConnection::DescribeEnd(std::uint32_t direction) {
   if (!cut_off) {
     const auto lost = static_cast<std::uint64_t>(stream.end() - rest) - present;
     notes.push_back(
-        "No whole PDU was found in the last " + BytesText(present) + from +
-        (lost != 0 ? ", where " + BytesText(lost) + " are missing." : "."));
+        present == 0
+            ? BytesText(lost) + " behind the last PDU" + from + " are missing."
+            : "No whole PDU was found in the last " + BytesText(present) +
+                  from +
+                  (lost != 0 ? ", where " + BytesText(lost) + " are missing."
+                             : "."));
   } else if (header.size() < kPduHeaderBytes) {
     notes.push_back("The capture ends inside a PDU header" + from + ": " +
                     NumberText(present) + " of 6 bytes.");
   } else {
     notes.push_back(
-        "The capture ends inside a " + PduTypeText(header[0]) + from + ": " +
+        "The capture ends inside " + PduTypeText(header[0]) + from + ": " +
         NumberText(present) + " of " +
         BytesText(std::uint64_t{kPduHeaderBytes} + Word32At(header, 2)) + ".");
   }

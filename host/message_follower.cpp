@@ -22,6 +22,11 @@ void Widen(const FrameRange& more, FrameRange* range) {
   }
 }
 
+std::string UncountedText(std::uint64_t data_length) {
+  return "the last data PDV is empty or missing: " + BytesText(data_length) +
+         " of the data set are not counted";
+}
+
 }  // namespace
 
 void MessageFollower::Follow(const PacketRun& run, bool is_first,
@@ -79,6 +84,8 @@ void MessageFollower::TakeHeader(std::uint32_t direction, Position item,
     Retire(direction);
     d.message = Message();
     d.message.begun = true;
+  } else if (d.is_command) {
+    NoteSwallowedCommand(direction);
   }
   d.message.has_strays |= !d.is_command && d.message.complete;
   std::array<std::uint8_t, 4> length;
@@ -111,11 +118,27 @@ WireRecord MessageFollower::RecordOf(std::uint32_t direction) const {
   record.last_frame = message.frames.last;
   record.time = message.frames.time;
   if (message.lost != 0) record.note = FilledText(message.lost);
+  if (message.goes_on) {
+    AppendNote("a later message is counted here and has no row of its own",
+               &record.note);
+  }
   if (message.has_strays) {
     AppendNote("counts data PDVs that follow without a command set",
                &record.note);
   }
   return record;
+}
+
+// A command behind a data set without an end goes on with its message: the
+// module lists that once more and the new one not at all.
+void MessageFollower::NoteSwallowedCommand(std::uint32_t direction) {
+  Message& message = directions_[direction].message;
+  if (!message.row || message.data_length == 0 || message.complete) return;
+  if (!message.goes_on) {
+    AppendNote(UncountedText(message.data_length),
+               &messages_[*message.row].note);
+  }
+  message.goes_on = true;
 }
 
 void MessageFollower::List(std::uint32_t direction) {
@@ -139,10 +162,9 @@ void MessageFollower::Retire(std::uint32_t direction) {
         "a message is not listed: its command set is empty, cut off or ends "
         "with an empty PDV";
     messages_.push_back(record);
-  } else if (message.row && message.data_length != 0 && !message.complete) {
-    AppendNote("the last data PDV is empty or missing: " +
-                   BytesText(message.data_length) +
-                   " of the data set are not counted",
+  } else if (message.row && message.data_length != 0 && !message.complete &&
+             !message.goes_on) {
+    AppendNote(UncountedText(message.data_length),
                &messages_[*message.row].note);
   }
   message.begun = false;

@@ -30,6 +30,7 @@ class MessageFollower {
     bool begun = false;
     bool complete = false;
     bool has_strays = false;  // data PDVs came after it was complete
+    bool goes_on = false;     // swallows commands, its data set having no end
     std::uint64_t command_length = 0;
     std::uint64_t data_length = 0;
     std::uint64_t lost = 0;
@@ -47,6 +48,7 @@ class MessageFollower {
   void TakeHeader(std::uint32_t direction, Position item,
                   Position command_length_at, Position end);
   void TakeValue(std::uint32_t direction, Position at, std::uint32_t length);
+  void NoteSwallowedCommand(std::uint32_t direction);
   void List(std::uint32_t direction);
   void Complete(std::uint32_t direction);
   void Retire(std::uint32_t direction);

@@ -25,8 +25,9 @@ std::string PduTypeText(std::uint8_t type) {
   static constexpr const char* kNames[] = {
       "A-ASSOCIATE-RQ", "A-ASSOCIATE-AC", "A-ASSOCIATE-RJ", "P-DATA-TF",
       "A-RELEASE-RQ",   "A-RELEASE-RP",   "A-ABORT"};
-  if (type >= 1 && type <= 7) return std::string(kNames[type - 1]) + " PDU";
-  return "PDU of type " + std::to_string(type);
+  if (type < 1 || type > 7) return "a PDU of type " + std::to_string(type);
+  const std::string name = kNames[type - 1];
+  return (name[0] == 'A' ? "an " : "a ") + name + " PDU";
 }
 
 void AppendNote(const std::string& part, std::string* note) {
