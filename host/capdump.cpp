@@ -7,8 +7,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <new>
 #include <string>
@@ -21,10 +19,12 @@
 #include "host/decode_view.h"
 #include "host/failure.h"
 #include "host/module.h"
+#include "host/module_files.h"
 #include "host/module_session.h"
 #include "host/options.h"
 #include "host/progress_line.h"
 #include "host/report.h"
+#include "host/save_file.h"
 #include "host/tcp_connections.h"
 #include "host/text_encoding.h"
 #include "host/wide_text.h"
@@ -63,62 +63,14 @@ int Complain(const std::exception& failure, int exit_code) {
   return exit_code;
 }
 
-// The file that the module saves decodes into.
-class SaveFile {
- public:
-  explicit SaveFile(const std::string& name)
-      : file_(CreateFileW(FileName(name).c_str(), GENERIC_WRITE,
-                          FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
-                          FILE_ATTRIBUTE_NORMAL, nullptr)) {
-    if (file_ != INVALID_HANDLE_VALUE) return;
-    throw Failure(name + " cannot be written (" +
-                  SystemErrorText(GetLastError()) +
-                  "); name another file with --save");
-  }
-  ~SaveFile() { CloseHandle(file_); }
-  SaveFile(const SaveFile&) = delete;
-  SaveFile& operator=(const SaveFile&) = delete;
-
-  // The same as _lcreat answers, which takes no Unicode names.
-  HFILE Handle() const {
-    return static_cast<HFILE>(reinterpret_cast<std::uintptr_t>(file_));
-  }
-
- private:
-  HANDLE file_;
-};
-
-std::wstring ProgramFolder() {
-  std::wstring path(32768, L'\0');
-  path.resize(GetModuleFileNameW(nullptr, path.data(),
-                                 static_cast<DWORD>(path.size())));
-  return path.substr(0, path.find_last_of(L'\\'));
-}
-
 std::wstring ModulePath(const Options& options) {
-  return options.module.empty() ? ProgramFolder() + L"\\DicomDecode.dll"
+  return options.module.empty() ? ModuleBesideProgram()
                                 : FileName(options.module);
-}
-
-std::string DictionaryLine(const std::wstring& folder, const wchar_t* name) {
-  std::ifstream file(std::filesystem::path(folder + L"\\" + name));
-  std::size_t lines = 0;
-  for (std::string line; std::getline(file, line);) lines += !line.empty();
-  return Utf8FromWide(name) + " " + std::to_string(lines) + " lines\n";
 }
 
 void PrintVersion(const Options& options) {
   Module module(ModulePath(options));
-  std::int32_t version = 0;
-  if (const auto failure = module.Version(&version)) {
-    throw Failure(Utf8FromWide(module.Path()) + " does not tell its version (" +
-                  failure->text + "); name another file with --module");
-  }
-  WriteToStandardOutput("capdump 1.1\n" + Utf8FromWide(module.Path()) + " " +
-                        std::to_string(version >> 8) + "." +
-                        std::to_string(version & 0xFF) + "\n" +
-                        DictionaryLine(module.Folder(), L"Data.dic") +
-                        DictionaryLine(module.Folder(), L"Uid.dic"));
+  WriteToStandardOutput("capdump 1.1\n" + ModuleVersionText(module));
 }
 
 std::vector<Connection> ReadConnections(const Options& options,
@@ -148,7 +100,8 @@ class Dump {
         report_(options.json ? MakeJsonReport(WriteToStandardOutput)
                              : MakeTextReport(WriteToStandardOutput)) {
     if (!options.save_file.empty()) {
-      save_file_ = std::make_unique<SaveFile>(options.save_file);
+      save_file_ = std::make_unique<SaveFile>(
+          FileName(options.save_file), "name another file with --save");
     }
   }
 

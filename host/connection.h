@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,7 @@ struct WireRecord {
   // says why.
   bool listed = true;
   std::string note;  // "120 lost bytes were filled with zero"; often empty
+  std::optional<std::uint16_t> status = {};  // of a response message
 };
 
 // One TCP connection of the capture, ready to be offered to the module as a

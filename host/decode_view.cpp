@@ -1,9 +1,5 @@
 #include "host/decode_view.h"
 
-#include <windows.h>
-// After windows.h.
-#include <commctrl.h>
-
 #include <array>
 #include <utility>
 
@@ -23,7 +19,8 @@ constexpr std::size_t kMostTextRoom = 64 * 1024 * 1024;
 // possible are sent: one a leaf for its contents, one to go on.
 class TreeReader {
  public:
-  explicit TreeReader(HWND tree) : tree_(tree) {}
+  TreeReader(HWND tree, std::vector<HTREEITEM>* items)
+      : tree_(tree), items_(items) {}
 
   std::vector<TreeLine> Read() {
     std::vector<TreeLine> lines;
@@ -31,6 +28,7 @@ class TreeReader {
     HTREEITEM item = Next(nullptr, TVGN_ROOT);
     while (item != nullptr) {
       bool has_children = false;
+      if (items_ != nullptr) items_->push_back(item);
       lines.push_back(Line(item, parents.size(), &has_children));
       if (has_children) {
         parents.push_back(item);
@@ -91,6 +89,7 @@ class TreeReader {
   }
 
   HWND tree_;
+  std::vector<HTREEITEM>* items_;
   std::vector<char> text_ = std::vector<char>(kFirstTextRoom);
 };
 
@@ -108,7 +107,9 @@ HWND CreateControl(const wchar_t* class_name, DWORD style, HWND parent) {
 
 }  // namespace
 
-std::vector<TreeLine> ReadTree(HWND tree) { return TreeReader(tree).Read(); }
+std::vector<TreeLine> ReadTree(HWND tree, std::vector<HTREEITEM>* items) {
+  return TreeReader(tree, items).Read();
+}
 
 std::string ReadWindowText(HWND window) {
   const auto room = static_cast<std::size_t>(
@@ -150,7 +151,18 @@ DecodedRow DecodeView::Display(Module& module, HostWindow& window, View view,
 std::string DecodeView::Save(Module& module, HostWindow& window, View view,
                              std::int32_t index, HFILE file) {
   window.State().SetFile(file);
-  window.State().SetOutput(DisplayState::Output::kSave);
+  return Divert(DisplayState::Output::kSave, module, window, view, index);
+}
+
+std::string DecodeView::Print(Module& module, HostWindow& window, View view,
+                              std::int32_t index) {
+  return Divert(DisplayState::Output::kPrint, module, window, view, index);
+}
+
+std::string DecodeView::Divert(DisplayState::Output output, Module& module,
+                               HostWindow& window, View view,
+                               std::int32_t index) {
+  window.State().SetOutput(output);
   const std::string stopped = Show(module, window, view, index);
   window.State().SetOutput(DisplayState::Output::kTree);
   return stopped;

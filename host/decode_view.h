@@ -2,6 +2,8 @@
 #define HOST_DECODE_VIEW_H_
 
 #include <windows.h>
+// After windows.h.
+#include <commctrl.h>
 
 #include <string>
 #include <vector>
@@ -14,7 +16,9 @@ namespace host {
 
 // Reads every line of a tree view that the module filled, collapsed ones
 // included, in one pass.
-std::vector<TreeLine> ReadTree(HWND tree);
+// `items` receives the item of each line unless it is null.
+std::vector<TreeLine> ReadTree(HWND tree,
+                               std::vector<HTREEITEM>* items = nullptr);
 
 // Bytes of a window's text, code page 1252.
 std::string ReadWindowText(HWND window);
@@ -43,10 +47,15 @@ class DecodeView {
   // stopped early, or nothing.
   std::string Save(Module& module, HostWindow& window, View view,
                    std::int32_t index, HFILE file);
+  // Draws the row's lines on the printer that the window's display state names.
+  std::string Print(Module& module, HostWindow& window, View view,
+                    std::int32_t index);
   // Empties both controls; needed while the module that filled them is loaded.
   void Clear(Module& module);
 
  private:
+  std::string Divert(DisplayState::Output output, Module& module,
+                     HostWindow& window, View view, std::int32_t index);
   std::string Show(Module& module, HostWindow& window, View view,
                    std::int32_t index);
 

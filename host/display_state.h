@@ -15,7 +15,7 @@ namespace host {
 // the lines go.
 class DisplayState {
  public:
-  enum class Output : char { kTree = '0', kSave = '8' };
+  enum class Output : char { kTree = '0', kPrint = '7', kSave = '8' };
 
   DisplayState() {
     SetOutput(Output::kTree);
@@ -29,6 +29,18 @@ class DisplayState {
     Write(DICOM_STATE_SHOW_MESSAGE_DATA, std::uint32_t{show});
   }
   void SetFile(HFILE file) { Write(DICOM_STATE_FILE_HANDLE, file); }
+  // Lines of `line_height` device units; the first goes to `first_line`, which
+  // counts from 1.
+  void SetPrinter(HDC printer, std::int32_t line_height,
+                  std::int32_t lines_per_page, std::int32_t first_line) {
+    Write(DICOM_STATE_PRINTER_DC, printer);
+    Write(DICOM_STATE_LINE_HEIGHT, line_height);
+    Write(DICOM_STATE_LINES_PER_PAGE, lines_per_page);
+    Write(DICOM_STATE_CURRENT_LINE, first_line);
+  }
+  void SetSectionExpandMask(std::uint32_t mask) {
+    Write(DICOM_STATE_SECTION_EXPAND_MASK, mask);
+  }
   void* Block() { return block_.data(); }
 
  private:

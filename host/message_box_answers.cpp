@@ -41,7 +41,8 @@ std::vector<MessageBoxText> MessageBoxAnswers::Take() {
 
 LRESULT CALLBACK MessageBoxAnswers::OnWindowEvent(int code, WPARAM window,
                                                   LPARAM data) {
-  if (code == HCBT_CREATEWND && current_->message_hook_ == nullptr &&
+  if (code == HCBT_CREATEWND && current_->scopes_ > 0 &&
+      current_->message_hook_ == nullptr &&
       IsDialog(reinterpret_cast<HWND>(window))) {
     current_->message_hook_ = SetWindowsHookExW(
         WH_CALLWNDPROCRET, OnMessageDone, nullptr, GetCurrentThreadId());

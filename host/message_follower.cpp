@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/dimse_status.h"
 #include "host/frame_parser.h"
 #include "host/note_text.h"
 
@@ -10,6 +11,7 @@ namespace {
 
 constexpr std::uint8_t kCommandBit = 1;
 constexpr std::uint8_t kLastBit = 2;
+constexpr std::size_t kMostCommandBytes = 1024;  // in which its status stands
 
 void Widen(const FrameRange& more, FrameRange* range) {
   if (more.first == 0) return;
@@ -102,11 +104,22 @@ void MessageFollower::TakeValue(std::uint32_t direction, Position at,
   const StreamAssembler& stream = feed_.stream(direction);
   Message& message = d.message;
   (d.is_command ? message.command_length : message.data_length) += length;
+  if (d.is_command) KeepCommand(direction, at, length);
   d.missing -= length;
   Widen(stream.Frames(at, at + length), &message.frames);
   if (has_lost_bytes_) {
     message.lost += length - stream.PresentBytes(at, at + length);
   }
+}
+
+void MessageFollower::KeepCommand(std::uint32_t direction, Position at,
+                                  std::uint32_t length) {
+  auto& command = directions_[direction].message.command;
+  const std::size_t kept = command.size();
+  const std::size_t more =
+      std::min<std::size_t>(length, kMostCommandBytes - kept);
+  command.resize(kept + more);
+  feed_.stream(direction).Copy(at, more, command.data() + kept);
 }
 
 WireRecord MessageFollower::RecordOf(std::uint32_t direction) const {
@@ -117,7 +130,9 @@ WireRecord MessageFollower::RecordOf(std::uint32_t direction) const {
   record.first_frame = message.frames.first;
   record.last_frame = message.frames.last;
   record.time = message.frames.time;
-  if (message.lost != 0) record.note = FilledText(message.lost);
+  record.status = FindStatus(message.command);
+  if (record.status) record.note = StatusNote(*record.status);
+  if (message.lost != 0) AppendNote(FilledText(message.lost), &record.note);
   if (message.goes_on) {
     AppendNote("a later message is counted here and has no row of its own",
                &record.note);

@@ -34,6 +34,7 @@ class MessageFollower {
     std::uint64_t command_length = 0;
     std::uint64_t data_length = 0;
     std::uint64_t lost = 0;
+    std::vector<std::uint8_t> command;  // its beginning
     FrameRange frames;
     std::optional<std::size_t> row;
   };
@@ -49,6 +50,7 @@ class MessageFollower {
                   Position command_length_at, Position end);
   void TakeValue(std::uint32_t direction, Position at, std::uint32_t length);
   void NoteSwallowedCommand(std::uint32_t direction);
+  void KeepCommand(std::uint32_t direction, Position at, std::uint32_t length);
   void List(std::uint32_t direction);
   void Complete(std::uint32_t direction);
   void Retire(std::uint32_t direction);

@@ -82,7 +82,7 @@ std::wstring Module::Folder() const {
 void Module::Load() {
   const CurrentDirectoryScope scope(Folder());
   DWORD error = 0;
-  const auto failure = Guarded([&] {
+  const auto failure = Call([&] {
     library_ = LoadLibraryW(path_.c_str());
     error = GetLastError();
   });
@@ -94,11 +94,12 @@ void Module::Load() {
     throw Failure(LoadFailureText(path_, Folder(), error));
   }
   ResolveExports();
+  ++generation_;
 }
 
 void Module::Free() {
   if (const HMODULE library = std::exchange(library_, nullptr)) {
-    Guarded([&] { FreeLibrary(library); });
+    Call([&] { FreeLibrary(library); });
   }
 }
 
@@ -127,29 +128,29 @@ void Module::ResolveExports() {
 }
 
 std::optional<CallFailure> Module::Version(std::int32_t* version) {
-  return Guarded([&] { *version = get_version_(); });
+  return Call([&] { *version = get_version_(); });
 }
 
 std::optional<CallFailure> Module::RegisterParent(HWND host_window) {
   const auto parent =
       static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(host_window));
-  return Guarded([&] {
+  return Call([&] {
     register_parent_(parent);
     capture_start_(parent);
   });
 }
 
 std::optional<CallFailure> Module::RefreshDecode(HWND host_window) {
-  return Guarded([&] { refresh_(host_window); });
+  return Call([&] { refresh_(host_window); });
 }
 
 std::optional<CallFailure> Module::DeRegisterParent(HWND host_window) {
-  return Guarded([&] { deregister_parent_(host_window); });
+  return Call([&] { deregister_parent_(host_window); });
 }
 
 std::optional<CallFailure> Module::PacketList(HWND host_window,
                                               ListRequest& request) {
-  return Guarded([&] {
+  return Call([&] {
     request.answer = get_packet_list_(
         host_window, request.rows, &request.first_index, &request.row_count,
         &request.first_available, &request.last_available, request.message_view,
@@ -162,13 +163,13 @@ std::optional<CallFailure> Module::Display(HWND host_window, HWND tree,
                                            const std::uint32_t* image_table,
                                            HWND hex_window,
                                            std::uint32_t message_view) {
-  return Guarded([&] {
+  return Call([&] {
     display_(host_window, tree, index, image_table, hex_window, message_view);
   });
 }
 
 std::optional<CallFailure> Module::ClearDisplay(HWND tree, HWND hex_window) {
-  return Guarded([&] { clear_display_(0, tree, hex_window); });
+  return Call([&] { clear_display_(0, tree, hex_window); });
 }
 
 }  // namespace host

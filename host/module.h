@@ -29,6 +29,9 @@ class Module {
   // window. Throws Failure.
   void Reload();
 
+  // Differs after each Reload, by whomever.
+  unsigned Generation() const { return generation_; }
+
   const std::wstring& Path() const { return path_; }  // absolute
   std::wstring Folder() const;                        // without backslash
 
@@ -61,11 +64,18 @@ class Module {
   std::vector<MessageBoxText> TakeMessageBoxes() { return boxes_.Take(); }
 
  private:
+  // Guards one call and answers the boxes that it shows.
+  template <class Function>
+  std::optional<CallFailure> Call(Function&& function) {
+    const MessageBoxAnswers::Scope scope(boxes_);
+    return Guarded(function);
+  }
   void Load();
   void Free();
   void ResolveExports();
 
   std::wstring path_;
+  unsigned generation_ = 0;
   HMODULE library_ = nullptr;
   MessageBoxAnswers boxes_;
   GetDicomDllVersionFunction get_version_ = nullptr;

@@ -44,9 +44,21 @@ PacketList::PacketList(Module& module, HostWindow& window, bool live)
 
 PacketList::~PacketList() { module_.DeRegisterParent(window_.Handle()); }
 
+void PacketList::Begin() {
+  window_.StartReading();
+  failures_ = idle_calls_ = 0;
+  first_failure_ = kUntouched;
+}
+
+void PacketList::SetLive(bool live) { live_ = live || ends_early_; }
+
 void PacketList::Read(const Progress& progress) {
   failures_ = idle_calls_ = 0;
   first_failure_ = kUntouched;
+  Resume(progress);
+}
+
+void PacketList::Resume(const Progress& progress) {
   if (window_.PacketCount() == 0 || ReadOn(progress)) return;
   for (unsigned retreats = 0; retreats < kMostRetreats; ++retreats) {
     EndBeforeFailure(progress);
@@ -134,7 +146,7 @@ void PacketList::EndBeforeFailure(const Progress& progress) {
   module_.RefreshDecode(window_.Handle());
   window_.LimitPackets(end);
   window_.StartReading();
-  live_ = true;
+  live_ = ends_early_ = true;
   failures_ = idle_calls_ = 0;
   if (end > 0) ReadOn(progress);
 }

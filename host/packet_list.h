@@ -35,6 +35,12 @@ class PacketList {
   void Read(const Progress& progress = nullptr);
   // The same after Module::Reload(), which forgot the window.
   void ReadAgain(const Progress& progress = nullptr);
+  // For reading in slices: Begin() when the module knows nothing of the window
+  // yet, then Resume() again and again, also when the feed has grown.
+  void Begin();
+  void Resume(const Progress& progress);
+  // What the list calls say from now on; false only when the feed is complete.
+  void SetLive(bool live);
 
   // Rows of the view that the module lists.
   std::uint32_t Count(View view);
@@ -61,6 +67,7 @@ class PacketList {
   Module& module_;
   HostWindow& window_;
   bool live_;
+  bool ends_early_ = false;  // at the packet where the module keeps failing
   unsigned percent_ = 0;
   unsigned failures_ = 0;
   unsigned idle_calls_ = 0;

@@ -1,0 +1,18 @@
+#ifndef HOST_VIEW_ASK_DIALOG_H_
+#define HOST_VIEW_ASK_DIALOG_H_
+
+#include <windows.h>
+
+#include <optional>
+#include <string>
+
+namespace host {
+
+// Asks for one line of text; nothing when the person does not want to.
+std::optional<std::wstring> AskForText(HWND owner, const wchar_t* title,
+                                       const wchar_t* label,
+                                       const std::wstring& before);
+
+}  // namespace host
+
+#endif  // HOST_VIEW_ASK_DIALOG_H_

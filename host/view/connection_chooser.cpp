@@ -1,0 +1,111 @@
+#include "host/view/connection_chooser.h"
+
+#include <algorithm>
+
+#include "host/connection_text.h"
+#include "host/wide_text.h"
+
+namespace host {
+namespace {
+
+// Shares of the item's width, in per cent.
+constexpr int kColumnShares[] = {4, 34, 22, 30, 10};
+
+void DrawColumn(HDC device, RECT place, const std::string& utf8, UINT form) {
+  const std::wstring text = WideFromUtf8(utf8);
+  place.right -= 6;
+  DrawTextW(device, text.c_str(), static_cast<int>(text.size()), &place,
+            form | DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+}
+
+}  // namespace
+
+ConnectionChooser::ConnectionChooser(HWND parent, int id,
+                                     const CaptureDocument& document)
+    : document_(document),
+      window_(CreateWindowW(
+          WC_COMBOBOXW, L"",
+          WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST |
+              CBS_OWNERDRAWFIXED,
+          0, 0, 100, 300, parent,
+          reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
+          GetModuleHandleW(nullptr), nullptr)) {}
+
+void ConnectionChooser::SetFont(HFONT font, int item_height) {
+  SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+  SendMessageW(window_, CB_SETITEMHEIGHT, static_cast<WPARAM>(-1), item_height);
+  SendMessageW(window_, CB_SETITEMHEIGHT, 0, item_height);
+}
+
+std::vector<std::size_t> ConnectionChooser::Order() const {
+  std::vector<std::size_t> order(document_.ConnectionCount());
+  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+  std::stable_partition(order.begin(), order.end(), [this](std::size_t i) {
+    return document_.ConnectionAt(i).carries_dicom;
+  });
+  return order;
+}
+
+void ConnectionChooser::Update() {
+  std::vector<std::size_t> order = Order();
+  if (order.size() != items_.size()) {
+    SendMessageW(window_, CB_RESETCONTENT, 0, 0);
+    for (std::size_t i = 0; i < order.size(); ++i) {
+      SendMessageW(window_, CB_ADDSTRING, 0, static_cast<LPARAM>(i) + 1);
+    }
+  }
+  items_ = std::move(order);
+  const auto chosen =
+      std::find(items_.begin(), items_.end(),
+                document_.chosen().value_or(static_cast<std::size_t>(-1)));
+  const bool found = chosen != items_.end();
+  SendMessageW(window_, CB_SETCURSEL,
+               found ? static_cast<WPARAM>(chosen - items_.begin())
+                     : static_cast<WPARAM>(-1),
+               0);
+  InvalidateRect(window_, nullptr, FALSE);
+}
+
+std::string ConnectionChooser::Text(std::size_t connection) const {
+  std::string text;
+  for (const std::string& column :
+       ConnectionTexts(connection + 1, document_.ConnectionAt(connection),
+                       document_.TitlesOf(connection))) {
+    if (!text.empty() && !column.empty()) text += "  ";
+    text += column;
+  }
+  return text;
+}
+
+void ConnectionChooser::Notify(int code) {
+  if (code != CBN_SELCHANGE || !on_chosen_) return;
+  const auto item =
+      static_cast<std::size_t>(SendMessageW(window_, CB_GETCURSEL, 0, 0));
+  if (item < items_.size()) on_chosen_(items_[item]);
+}
+
+void ConnectionChooser::Draw(const DRAWITEMSTRUCT& item) const {
+  const bool selected = (item.itemState & ODS_SELECTED) != 0;
+  FillRect(item.hDC, &item.rcItem,
+           GetSysColorBrush(selected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
+  SetTextColor(item.hDC, GetSysColor(selected ? COLOR_HIGHLIGHTTEXT
+                                              : COLOR_WINDOWTEXT));
+  SetBkMode(item.hDC, TRANSPARENT);
+  if (item.itemID >= items_.size()) return;
+  const std::size_t connection = items_[item.itemID];
+  const auto texts =
+      ConnectionTexts(connection + 1, document_.ConnectionAt(connection),
+                      document_.TitlesOf(connection));
+  const int width = item.rcItem.right - item.rcItem.left - 8;
+  RECT place = item.rcItem;
+  place.left += 4;
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    place.right = place.left + width * kColumnShares[i] / 100;
+    DrawColumn(item.hDC, place, texts[i],
+               i + 1 == texts.size() ? DT_RIGHT : DT_LEFT);
+    place.left = place.right;
+  }
+  if ((item.itemState & ODS_FOCUS) != 0) DrawFocusRect(item.hDC, &item.rcItem);
+}
+
+}  // namespace host

@@ -1,0 +1,47 @@
+#ifndef HOST_VIEW_CONNECTION_CHOOSER_H_
+#define HOST_VIEW_CONNECTION_CHOOSER_H_
+
+#include <windows.h>
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "host/view/capture_document.h"
+
+namespace host {
+
+// A drop-down list of the capture's connections: those with DICOM first. It
+// draws its items itself, so that their texts are always those of the moment.
+class ConnectionChooser {
+ public:
+  ConnectionChooser(HWND parent, int id, const CaptureDocument& document);
+
+  HWND Handle() const { return window_; }
+  void SetFont(HFONT font, int item_height);
+
+  // Connections have come, or one that is shown was chosen.
+  void Update();
+  // The items' connections, in their order.
+  const std::vector<std::size_t>& Connections() const { return items_; }
+  // What an item says, with two blanks between its parts; UTF-8.
+  std::string Text(std::size_t connection) const;
+
+  void OnChosen(std::function<void(std::size_t)> handler) {
+    on_chosen_ = std::move(handler);
+  }
+  void Notify(int code);
+  void Draw(const DRAWITEMSTRUCT& item) const;
+
+ private:
+  std::vector<std::size_t> Order() const;
+
+  const CaptureDocument& document_;
+  HWND window_ = nullptr;
+  std::vector<std::size_t> items_;
+  std::function<void(std::size_t)> on_chosen_;
+};
+
+}  // namespace host
+
+#endif  // HOST_VIEW_CONNECTION_CHOOSER_H_

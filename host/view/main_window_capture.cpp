@@ -1,0 +1,254 @@
+// How the window follows what is being read and shows rows.
+
+#include <windows.h>
+// After windows.h.
+#include <commctrl.h>
+
+#include <exception>
+#include <new>
+#include <utility>
+
+#include "host/note_text.h"
+#include "host/text_encoding.h"
+#include "host/view/main_window.h"
+#include "host/view/resource.h"
+#include "host/wide_text.h"
+
+namespace host {
+namespace {
+
+constexpr DWORD kSliceMilliseconds = 25;
+constexpr DWORD kChooserMilliseconds = 300;
+constexpr UINT_PTR kWorkTimer = 1;  // keeps working while a menu is open
+constexpr UINT_PTR kFollowTimer = 2;
+constexpr UINT kWorkMilliseconds = 40;
+constexpr UINT kFollowMilliseconds = 400;
+
+TimeIsUp Slice() {
+  const DWORD begin = GetTickCount();
+  return [begin] { return GetTickCount() - begin >= kSliceMilliseconds; };
+}
+
+std::string Counted(std::size_t count, const char* one, const char* many) {
+  return NumberText(count) + " " + (count == 1 ? one : many);
+}
+
+}  // namespace
+
+void MainWindow::Say(const std::string& sentence) {
+  status_->SetText(sentence);
+  said_ = !sentence.empty();
+}
+
+void MainWindow::Open(const std::wstring& path) {
+  follow_ = false;
+  wanted_connection_.reset();
+  wanted_row_.reset();
+  OpenCapture(path, false);
+}
+
+// The same capture again, to be read in another way.
+void MainWindow::Reopen() {
+  if (!document_.IsOpen()) return;
+  wanted_connection_ = document_.chosen();
+  wanted_row_ = rows_->Selected();
+  OpenCapture(document_.path().wstring(), true);
+}
+
+void MainWindow::OpenCapture(const std::wstring& path, bool keep_place) {
+  job_.reset();
+  try {
+    document_.Open(path,
+                   settings_.clean_streams ? HandOver::kCleanStreams
+                                           : HandOver::kAsCaptured,
+                   follow_);
+  } catch (const std::exception& failure) {
+    Say(failure.what());
+    return;
+  }
+  if (!keep_place) {
+    SetWindowTextW(filter_, L"");
+    model_.SetFilter("");
+  }
+  settings_.AddRecentFile(path);
+  SetWindowTextW(window_,
+                 (document_.path().filename().wstring() + L" - capview")
+                     .c_str());
+  Say("");
+  ShowNothing();
+  KillTimer(window_, kFollowTimer);
+  if (follow_) SetTimer(window_, kFollowTimer, kFollowMilliseconds, nullptr);
+  next_chooser_update_ = GetTickCount();
+  was_busy_ = true;
+  Work();
+}
+
+// The panes before there is anything to show.
+void MainWindow::ShowNothing() {
+  pending_row_.reset();
+  tree_->BeginFilling();
+  document_.Clear(tree_->Handle(), hex_->Handle());
+  tree_->EndFilling(0);
+  hex_->Highlight({});
+  model_.Reset();
+  rows_->Select({});
+  rows_->Update();
+  connections_->Update();
+  const bool messages = model_.view() == View::kMessages;
+  CheckDlgButton(window_, IDC_PDUS, messages ? BST_UNCHECKED : BST_CHECKED);
+  CheckDlgButton(window_, IDC_MESSAGES,
+                 messages ? BST_CHECKED : BST_UNCHECKED);
+  status_->SetRows("");
+  status_->SetBytes("");
+  if (!document_.IsOpen()) {
+    Say("Open a capture (Ctrl+O), or drop one here.");
+  }
+}
+
+bool MainWindow::Work() {
+  if (working_ || window_ == nullptr) return false;
+  working_ = true;
+  bool more = false;
+  try {
+    const TimeIsUp time_is_up = Slice();
+    more = document_.Work(time_is_up);
+    if (job_ && !more) {
+      more = job_->Work(document_, time_is_up) || !document_.IsListed();
+      if (!more) StopWork();
+    }
+  } catch (const std::bad_alloc&) {
+    document_.Stop();
+    Say("The capture does not fit into memory; what was read is shown.");
+  } catch (const std::exception& failure) {
+    Say(failure.what());
+  }
+  working_ = false;
+  ShowProgress(more);
+  return more;
+}
+
+void MainWindow::ShowProgress(bool more) {
+  if (!document_.IsOpen()) return;
+  if (!more && !was_busy_ && !follow_) return;
+  const DWORD now = GetTickCount();
+  if (!more || static_cast<LONG>(now - next_chooser_update_) >= 0) {
+    next_chooser_update_ = now + kChooserMilliseconds;
+    connections_->Update();
+  }
+  ShowRows();
+  const bool job = job_ && document_.IsListed();
+  status_->SetProgress(
+      more ? std::optional(job ? job_->Percent() : document_.Percent())
+           : std::nullopt);
+  if (more != was_busy_ && more) {
+    SetTimer(window_, kWorkTimer, kWorkMilliseconds, nullptr);
+  }
+  if (!more) KillTimer(window_, kWorkTimer);
+  was_busy_ = more;
+  if (more && !said_) status_->SetText("Reading; Esc stops.");
+  if (!more && !said_) ShowDone();
+}
+
+void MainWindow::ShowRows() {
+  TakePlaces();
+  model_.Update();
+  rows_->Update();
+  const std::string count = NumberText(model_.Count());
+  const char* kind = model_.view() == View::kPdus ? " PDUs" : " messages";
+  status_->SetRows(model_.IsFiltered() ? NumberText(model_.ShownCount()) +
+                                             " of " + count + kind
+                                       : count + kind);
+  if (wanted_row_ && *wanted_row_ < model_.Count()) {
+    rows_->Select(*wanted_row_);
+    wanted_row_.reset();
+  }
+  ShowPendingRow();
+}
+
+void MainWindow::TakePlaces() {
+  if (wanted_connection_ &&
+      *wanted_connection_ < document_.ConnectionCount()) {
+    document_.Choose(*wanted_connection_);
+    wanted_connection_.reset();
+    model_.Reset();
+  }
+  // The first row is shown as soon as it is there.
+  const bool nothing = !rows_->Selected() && !wanted_row_ && !pending_row_;
+  if (nothing && !wanted_connection_ && !model_.IsFiltered()) wanted_row_ = 0;
+}
+
+// What is left to say when everything is read.
+void MainWindow::ShowDone() {
+  if (document_.IsOpen()) status_->SetText(CaptureText());
+}
+
+std::string MainWindow::CaptureText() const {
+  const auto notes = document_.Notes();
+  if (!notes.empty()) {
+    return notes.size() == 1
+               ? notes[0]
+               : notes[0] + " (" + std::to_string(notes.size()) +
+                     " notes, Ctrl+I)";
+  }
+  std::size_t dicom = 0;
+  for (std::size_t i = 0; i < document_.ConnectionCount(); ++i) {
+    dicom += document_.ConnectionAt(i).carries_dicom;
+  }
+  return std::string(follow_ ? "Following the file: " : "") +
+         Counted(document_.ConnectionCount(), "TCP connection, ",
+                 "TCP connections, ") +
+         NumberText(dicom) + " with DICOM.";
+}
+
+void MainWindow::ChooseConnection(std::size_t connection) {
+  document_.Choose(connection);
+  said_ = false;
+  was_busy_ = true;
+  ShowNothing();
+  Work();
+}
+
+void MainWindow::ShowRow(std::uint32_t position) {
+  pending_row_ = position;
+  said_ = false;
+  ShowPendingRow();
+}
+
+void MainWindow::ShowPendingRow() {
+  if (!pending_row_ || *pending_row_ >= document_.Available(model_.view())) {
+    return;
+  }
+  const std::uint32_t position = *pending_row_;
+  pending_row_.reset();
+  hex_->Highlight({});
+  status_->SetBytes("");
+  tree_->BeginFilling();
+  const std::string stopped = document_.Display(
+      model_.view(), position, tree_->Handle(), hex_->Handle(),
+      {settings_.show_message_data, settings_.expand_mask});
+  tree_->EndFilling(settings_.expand_mask);
+  if (std::exchange(find_when_shown_, false)) FindNext();
+  if (!stopped.empty()) {
+    Say("Row " + NumberText(position + 1) +
+        " could not be decoded to its end (" +
+        PrintableFromCodePage1252(stopped) +
+        "); the module was loaded again, choose another row.");
+    was_busy_ = true;
+  }
+}
+
+void MainWindow::ShowBytes() {
+  const auto bytes = tree_->SelectedBytes();
+  hex_->Highlight(bytes);
+  if (!bytes) {
+    status_->SetBytes("");
+  } else if (bytes->length == 0) {
+    status_->SetBytes("no bytes");
+  } else {
+    status_->SetBytes("bytes " + NumberText(bytes->offset) + " to " +
+                      NumberText(bytes->offset + bytes->length - 1) + " (" +
+                      NumberText(bytes->length) + ")");
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,68 @@
+#ifndef HOST_VIEW_ROW_LIST_H_
+#define HOST_VIEW_ROW_LIST_H_
+
+#include <windows.h>
+// After windows.h.
+#include <commctrl.h>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "host/view/row_model.h"
+
+namespace host {
+
+// The packet list: a virtual list view over the rows of a model. Texts are asked
+// for when they come into sight.
+class RowList {
+ public:
+  RowList(HWND parent, int id, RowModel& model);
+
+  HWND Handle() const { return window_; }
+  void SetFonts(HFONT plain, HFONT bold);
+
+  // Column widths in pixels for 96 dpi, and the order of the columns.
+  struct Columns {
+    std::array<int, kRowColumns> widths{60, 120, 90, 190, 90, 180, 420};
+    std::array<int, kRowColumns> order{0, 1, 2, 3, 4, 5, 6};
+  };
+  Columns GetColumns(unsigned dpi) const;
+  void SetColumns(const Columns& columns, unsigned dpi);
+
+  // The detail column takes what the others leave of the width.
+  void FillWidth();
+
+  // The model's rows have come or changed; the place stays where it is.
+  void Update();
+  // Nothing is selected when there is no such row.
+  void Select(std::optional<std::uint32_t> position);
+  std::optional<std::uint32_t> Selected() const;
+  // To the next (+1) or previous (-1) shown row.
+  void Move(int step);
+
+  // Told the position of each newly selected row.
+  void OnSelected(std::function<void(std::uint32_t)> handler) {
+    on_selected_ = std::move(handler);
+  }
+  LRESULT Notify(NMHDR* header);
+
+ private:
+  void AddColumns();
+  void FillText(LVITEMW& item);
+  LRESULT Draw(NMLVCUSTOMDRAW& draw);
+  std::optional<std::uint32_t> SelectedIndex() const;
+
+  RowModel& model_;
+  HWND window_ = nullptr;
+  HFONT bold_ = nullptr;
+  std::wstring text_;
+  bool silent_ = false;  // selections are our own
+  std::function<void(std::uint32_t)> on_selected_;
+};
+
+}  // namespace host
+
+#endif  // HOST_VIEW_ROW_LIST_H_

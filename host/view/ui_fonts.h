@@ -1,0 +1,30 @@
+#ifndef HOST_VIEW_UI_FONTS_H_
+#define HOST_VIEW_UI_FONTS_H_
+
+#include <windows.h>
+
+#include <memory>
+
+namespace host {
+
+struct FontDelete {
+  void operator()(HFONT font) const { DeleteObject(font); }
+};
+using Font = std::unique_ptr<std::remove_pointer_t<HFONT>, FontDelete>;
+
+// Dots per inch of the screen that the window is on.
+unsigned DpiOf(HWND window);
+
+// The fonts of the window, made for a screen and a size.
+struct UiFonts {
+  UiFonts(int points, unsigned dpi);
+
+  Font chrome;  // what surrounds the panes keeps the system's size
+  Font pane;
+  Font pane_bold;
+  Font fixed;
+};
+
+}  // namespace host
+
+#endif  // HOST_VIEW_UI_FONTS_H_
