@@ -100,8 +100,8 @@ class Dump {
         report_(options.json ? MakeJsonReport(WriteToStandardOutput)
                              : MakeTextReport(WriteToStandardOutput)) {
     if (!options.save_file.empty()) {
-      save_file_ = std::make_unique<SaveFile>(
-          FileName(options.save_file), "name another file with --save");
+      save_file_ = std::make_unique<SaveFile>(FileName(options.save_file),
+                                              "name another file with --save");
     }
   }
 

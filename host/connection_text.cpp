@@ -34,11 +34,11 @@ std::string TitlesText(const AeTitles& titles) {
 ConnectionColumns ConnectionTexts(std::size_t number,
                                   const Connection& connection,
                                   const std::optional<AeTitles>& titles) {
-  return {
-      std::to_string(number),
-      connection.first_endpoint + " --> " + connection.second_endpoint,
-      titles ? TitlesText(*titles) : std::string(), ContentsText(connection),
-      Seconds(connection.last_time - connection.first_time, 3) + " s"};
+  return {std::to_string(number),
+          connection.first_endpoint + " --> " + connection.second_endpoint,
+          titles ? TitlesText(*titles) : std::string(),
+          ContentsText(connection),
+          Seconds(connection.last_time - connection.first_time, 3) + " s"};
 }
 
 }  // namespace host

@@ -12,7 +12,8 @@ constexpr std::uint32_t kStatusTag = 0x0000'0900;
 std::uint32_t LittleEndian(std::span<const std::uint8_t> bytes, std::size_t at,
                            std::size_t width) {
   std::uint32_t value = 0;
-  for (std::size_t i = width; i > 0; --i) value = value << 8 | bytes[at + i - 1];
+  for (std::size_t i = width; i > 0; --i)
+    value = value << 8 | bytes[at + i - 1];
   return value;
 }
 

@@ -2,6 +2,7 @@
 #include <array>
 #include <utility>
 
+#include "host/connection_text.h"
 #include "host/report.h"
 #include "host/text_encoding.h"
 
@@ -163,13 +164,6 @@ class TextReport final : public Report {
   }
 
  private:
-  static std::string TitlesText(const AeTitles& titles) {
-    const std::string calling = PrintableFromCodePage1252(titles.calling);
-    const std::string called = PrintableFromCodePage1252(titles.called);
-    return titles.caller_direction == 0 ? calling + " --> " + called
-                                        : called + " <-- " + calling;
-  }
-
   template <class TextOf>
   void Columns(TextOf text_of) {
     std::string line(kRowMargin);

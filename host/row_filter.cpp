@@ -33,7 +33,7 @@ RowFilter::RowFilter(std::string_view text, const std::string& first_endpoint,
       part_ += word;
     }
   }
-  may_be_number_ = part_.find_first_not_of("0123456789.,:-") == part_.npos;
+  may_be_number_ = part_.find_first_not_of("0123456789.,:") == part_.npos;
 }
 
 void RowFilter::TakeDirection(std::string_view direction,
@@ -60,12 +60,18 @@ bool RowFilter::Passes(std::uint32_t position, const ListedRow& row,
   return may_be_number_ && PassesNumbers(position, row, wire);
 }
 
+// Texts are made only when they can contain what is looked for.
 bool RowFilter::PassesNumbers(std::uint32_t position, const ListedRow& row,
                               const WireRecord* wire) const {
+  const bool time = part_.find_first_of(":.") != part_.npos;
+  if (time) {
+    return wire != nullptr && ContainsText(TimeOfDay(wire->time), part_);
+  }
+  if (part_.find(',') != part_.npos) {
+    return ContainsText(NumberText(row.length), part_);
+  }
   return ContainsText(std::to_string(position + 1), part_) ||
-         ContainsText(std::to_string(row.length), part_) ||
-         ContainsText(NumberText(row.length), part_) ||
-         (wire != nullptr && ContainsText(TimeOfDay(wire->time), part_));
+         ContainsText(std::to_string(row.length), part_);
 }
 
 }  // namespace host

@@ -46,11 +46,11 @@ const WireRecord* WireIndex::Find(std::uint32_t position,
 std::uint32_t WireIndex::PositionOfFrame(std::uint32_t frame,
                                          std::uint32_t direction) {
   Extend();
-  const auto first = std::lower_bound(
-      listed_.begin(), listed_.end(), frame,
-      [this](std::uint32_t index, std::uint32_t wanted) {
-        return records_[index].last_frame < wanted;
-      });
+  const auto first =
+      std::lower_bound(listed_.begin(), listed_.end(), frame,
+                       [this](std::uint32_t index, std::uint32_t wanted) {
+                         return records_[index].last_frame < wanted;
+                       });
   auto found = first;
   for (std::uint32_t i = 0; i < kNearby && found != listed_.end(); ++i) {
     if (records_[*found].direction == direction) break;

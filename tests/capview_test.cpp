@@ -32,9 +32,10 @@ std::string Contents(const fs::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void Write(const fs::path& path, const std::string& bytes, bool append = false) {
-  std::ofstream(path, std::ios::binary | (append ? std::ios::app
-                                                 : std::ios::trunc))
+void Write(const fs::path& path, const std::string& bytes,
+           bool append = false) {
+  std::ofstream(path,
+                std::ios::binary | (append ? std::ios::app : std::ios::trunc))
       << bytes;
 }
 
@@ -253,8 +254,9 @@ TEST_F(CapviewTest, AModuleThatFailsIsLoadedAgain) {
   // answered and quoted.
   EXPECT_TRUE(StatusHas("the module showed a message box")) << Status();
   SelectRow(1);
-  EXPECT_TRUE(StatusHas("Row 2 could not be decoded to its end (Out of "
-                        "Memory)"))
+  EXPECT_TRUE(
+      StatusHas("Row 2 could not be decoded to its end (Out of "
+                "Memory)"))
       << Status();
   EXPECT_EQ(window_->Tree().Lines().size(), 2u);  // as far as it came
   EXPECT_EQ(RowCount(), rows);
@@ -265,8 +267,7 @@ TEST_F(CapviewTest, AModuleThatFailsIsLoadedAgain) {
 TEST_F(CapviewTest, WithoutAModuleTheWindowSaysSo) {
   Start((folder_ / L"DicomDecode.dll").wstring());
   Open("samples/echo.pcap");
-  EXPECT_TRUE(StatusHas("put DicomDecode.dll beside this program"))
-      << Status();
+  EXPECT_TRUE(StatusHas("put DicomDecode.dll beside this program")) << Status();
 }
 
 TEST_F(CapviewTest, RemembersItsSettings) {

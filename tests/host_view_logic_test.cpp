@@ -14,7 +14,8 @@ namespace host {
 namespace {
 
 const std::string kDump =
-    "0000  38 2E 31 2E 31 00 00 00  00 01 02 00 00 00 30 00    8.1.1.........0.";
+    "0000  38 2E 31 2E 31 00 00 00  00 01 02 00 00 00 30 00    "
+    "8.1.1.........0.";
 
 TEST(HexLayoutTest, EveryColumnOfTheDumpBelongsToItsByte) {
   for (std::uint32_t byte = 0; byte < 16; ++byte) {
@@ -145,10 +146,10 @@ TEST(RowTextTest, KindsAndCounterparts) {
   const ListedRow command = Row("C-SEND-RQ", "Message Id: 7", 0, 9000);
   EXPECT_TRUE(AreCommandAndResponse(command, response));
   EXPECT_TRUE(AreCommandAndResponse(response, command));
-  for (const ListedRow& other :
-       {Row("C-SEND-RQ", "Message Id: 7", 1, 1),
-        Row("C-SEND-RSP", "Message Id: 8", 1, 1),
-        Row("C-ECHO-RSP", "Message Id: 7", 1, 1), Row("C-SEND-RSP", "", 1, 1)}) {
+  for (const ListedRow& other : {Row("C-SEND-RQ", "Message Id: 7", 1, 1),
+                                 Row("C-SEND-RSP", "Message Id: 8", 1, 1),
+                                 Row("C-ECHO-RSP", "Message Id: 7", 1, 1),
+                                 Row("C-SEND-RSP", "", 1, 1)}) {
     EXPECT_FALSE(AreCommandAndResponse(command, other)) << other.summary;
   }
 }

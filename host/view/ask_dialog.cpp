@@ -32,8 +32,8 @@ INT_PTR CALLBACK OnMessage(HWND dialog, UINT message, WPARAM wide,
   }
   if (message != WM_COMMAND) return FALSE;
   if (LOWORD(wide) == IDOK) {
-    Take(dialog, *reinterpret_cast<Question*>(
-                     GetWindowLongPtrW(dialog, DWLP_USER)));
+    Take(dialog,
+         *reinterpret_cast<Question*>(GetWindowLongPtrW(dialog, DWLP_USER)));
   }
   if (LOWORD(wide) == IDOK || LOWORD(wide) == IDCANCEL) {
     EndDialog(dialog, LOWORD(wide));

@@ -80,12 +80,13 @@ void CaptureDocument::Stop() {
 
 unsigned CaptureDocument::Percent() const {
   const Session* session = Current();
-  if (loader_->state() == CaptureLoader::State::kReading || session == nullptr) {
+  if (loader_->state() == CaptureLoader::State::kReading ||
+      session == nullptr) {
     return loader_->percent();
   }
   const std::uint64_t packets = std::max(session->window.PacketCount(), 1U);
-  return static_cast<unsigned>(
-      std::uint64_t{session->window.Position()} * 100 / packets);
+  return static_cast<unsigned>(std::uint64_t{session->window.Position()} * 100 /
+                               packets);
 }
 
 // The first connection with DICOM is shown as soon as it is found.
@@ -223,9 +224,9 @@ std::string CaptureDocument::Display(View view, std::uint32_t index, HWND tree,
   HostWindow& window = Current()->window;
   window.State().SetShowMessageData(switches.show_message_data);
   window.State().SetSectionExpandMask(switches.expand_mask);
-  const auto failure = module_->Display(
-      window.Handle(), tree, static_cast<std::int32_t>(index), kNoImages, hex,
-      view == View::kMessages);
+  const auto failure =
+      module_->Display(window.Handle(), tree, static_cast<std::int32_t>(index),
+                       kNoImages, hex, view == View::kMessages);
   return RecoverFrom(failure ? failure->text : std::string());
 }
 
@@ -239,8 +240,8 @@ std::string CaptureDocument::Print(View view, std::uint32_t index,
   HostWindow& window = Current()->window;
   window.State().SetPrinter(paper.printer, paper.line_height,
                             paper.lines_per_page, 1);
-  return RecoverFrom(hidden_.Print(*module_, window, view,
-                                   static_cast<std::int32_t>(index)));
+  return RecoverFrom(
+      hidden_.Print(*module_, window, view, static_cast<std::int32_t>(index)));
 }
 
 // After a failure the module takes no further display; loaded again it knows

@@ -23,13 +23,12 @@ void DrawColumn(HDC device, RECT place, const std::string& utf8, UINT form) {
 ConnectionChooser::ConnectionChooser(HWND parent, int id,
                                      const CaptureDocument& document)
     : document_(document),
-      window_(CreateWindowW(
-          WC_COMBOBOXW, L"",
-          WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST |
-              CBS_OWNERDRAWFIXED,
-          0, 0, 100, 300, parent,
-          reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
-          GetModuleHandleW(nullptr), nullptr)) {}
+      window_(CreateWindowW(WC_COMBOBOXW, L"",
+                            WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL |
+                                CBS_DROPDOWNLIST | CBS_OWNERDRAWFIXED,
+                            0, 0, 100, 300, parent,
+                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
+                            GetModuleHandleW(nullptr), nullptr)) {}
 
 void ConnectionChooser::SetFont(HFONT font, int item_height) {
   SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
@@ -88,8 +87,8 @@ void ConnectionChooser::Draw(const DRAWITEMSTRUCT& item) const {
   const bool selected = (item.itemState & ODS_SELECTED) != 0;
   FillRect(item.hDC, &item.rcItem,
            GetSysColorBrush(selected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
-  SetTextColor(item.hDC, GetSysColor(selected ? COLOR_HIGHLIGHTTEXT
-                                              : COLOR_WINDOWTEXT));
+  SetTextColor(item.hDC,
+               GetSysColor(selected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
   SetBkMode(item.hDC, TRANSPARENT);
   if (item.itemID >= items_.size()) return;
   const std::size_t connection = items_[item.itemID];

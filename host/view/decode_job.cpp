@@ -59,8 +59,8 @@ PrintJob::PrintJob(const JobRows& rows, HDC printer)
   paper_.printer = printer_;
   paper_.line_height = font.tmHeight + font.tmExternalLeading;
   // The module counts lines from 1 and leaves the place of line 0 empty.
-  paper_.lines_per_page = std::max(
-      GetDeviceCaps(printer_, VERTRES) / paper_.line_height - 2, 1);
+  paper_.lines_per_page =
+      std::max(GetDeviceCaps(printer_, VERTRES) / paper_.line_height - 2, 1);
 }
 
 PrintJob::~PrintJob() {

@@ -28,8 +28,7 @@ DecodeTreePane::DecodeTreePane(HWND parent, int id)
           WS_EX_CLIENTEDGE, WC_TREEVIEWW, L"",
           WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
               TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP,
-          0, 0, 0, 0, parent,
-          reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
+          0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
           GetModuleHandleW(nullptr), nullptr)) {}
 
 void DecodeTreePane::SetFont(HFONT font) {

@@ -67,8 +67,8 @@ std::uint32_t HexPane::LinesInSight() const {
 
 // The control tells positions in 16 bits, enough for what is in sight.
 POINT HexPane::Origin(std::uint32_t line) const {
-  const auto first = static_cast<WPARAM>(
-      SendMessageW(window_, EM_LINEINDEX, FirstLine(), 0));
+  const auto first =
+      static_cast<WPARAM>(SendMessageW(window_, EM_LINEINDEX, FirstLine(), 0));
   const LRESULT place = SendMessageW(window_, EM_POSFROMCHAR, first, 0);
   const LONG lines = static_cast<LONG>(line) - static_cast<LONG>(FirstLine());
   return {GET_X_LPARAM(place), GET_Y_LPARAM(place) + lines * cell_.cy};
@@ -99,8 +99,7 @@ std::wstring HexPane::LineText(std::uint32_t line) const {
   return text;
 }
 
-std::wstring HexPane::Digits(std::uint32_t offset,
-                             std::uint32_t length) const {
+std::wstring HexPane::Digits(std::uint32_t offset, std::uint32_t length) const {
   std::wstring digits;
   const std::uint32_t end = std::min(offset + length, ByteCount());
   std::wstring text;
@@ -115,13 +114,14 @@ std::wstring HexPane::Digits(std::uint32_t offset,
 
 std::uint32_t HexPane::ByteCount() const {
   // Empty digits are blanks; behind the last line stands an empty one.
-  const auto lines = static_cast<std::uint32_t>(
-      SendMessageW(window_, EM_GETLINECOUNT, 0, 0));
+  const auto lines =
+      static_cast<std::uint32_t>(SendMessageW(window_, EM_GETLINECOUNT, 0, 0));
   for (std::uint32_t line = lines; line > 0; --line) {
     const std::wstring text = LineText(line - 1);
     for (std::uint32_t byte = kDumpBytesPerLine; byte > 0; --byte) {
       const auto digits =
-          HighlightInLine(line - 1, (line - 1) * kDumpBytesPerLine + byte - 1, 1)
+          HighlightInLine(line - 1, (line - 1) * kDumpBytesPerLine + byte - 1,
+                          1)
               ->digits;
       if (digits.first < text.size() && text[digits.first] != L' ') {
         return (line - 1) * kDumpBytesPerLine + byte;

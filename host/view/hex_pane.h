@@ -39,8 +39,7 @@ class HexPane {
 
  private:
   static LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wide,
-                                    LPARAM data, UINT_PTR id,
-                                    DWORD_PTR object);
+                                    LPARAM data, UINT_PTR id, DWORD_PTR object);
   LRESULT Handle(UINT message, WPARAM wide, LPARAM data);
   void Paint();
   void PaintRun(HDC device, std::uint32_t line, ColumnRun run);

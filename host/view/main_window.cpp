@@ -5,6 +5,7 @@
 #include <commctrl.h>
 #include <shellapi.h>
 
+#include <exception>
 #include <utility>
 
 #include "host/view/resource.h"
@@ -79,6 +80,11 @@ void MainWindow::Show(int how) {
   ShowWindow(window_, settings_.maximized && normal ? SW_SHOWMAXIMIZED : how);
   UpdateWindow(window_);
   SetFocus(rows_->Handle());
+  try {
+    document_.LoadModule();  // now, so that the first capture opens at once
+  } catch (const std::exception& failure) {
+    Say(failure.what());
+  }
 }
 
 bool MainWindow::TakesKey(MSG& message) const {
@@ -93,11 +99,10 @@ LRESULT CALLBACK MainWindow::OnMessage(HWND window, UINT message, WPARAM wide,
     auto* self = static_cast<MainWindow*>(
         reinterpret_cast<CREATESTRUCTW*>(data)->lpCreateParams);
     self->window_ = window;
-    SetWindowLongPtrW(window, GWLP_USERDATA,
-                      reinterpret_cast<LONG_PTR>(self));
+    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(self));
   }
-  auto* self = reinterpret_cast<MainWindow*>(
-      GetWindowLongPtrW(window, GWLP_USERDATA));
+  auto* self =
+      reinterpret_cast<MainWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
   if (self == nullptr) return DefWindowProcW(window, message, wide, data);
   return self->Handle(message, wide, data);
 }
@@ -167,8 +172,9 @@ LRESULT MainWindow::HandleMouse(UINT message, LPARAM data, bool* done) {
       ScreenToClient(window_, &point);
       const auto splitter = Layout().SplitterAt(point);
       if (!splitter || LOWORD(data) != HTCLIENT) break;
-      SetCursor(LoadCursorW(
-          nullptr, *splitter == Splitter::kBelowList ? IDC_SIZENS : IDC_SIZEWE));
+      SetCursor(LoadCursorW(nullptr, *splitter == Splitter::kBelowList
+                                         ? IDC_SIZENS
+                                         : IDC_SIZEWE));
       return TRUE;
     }
     case WM_LBUTTONDOWN:
@@ -198,8 +204,8 @@ void MainWindow::Drag(POINT point) {
 }
 
 void MainWindow::CreateParts() {
-  connections_ = std::make_unique<ConnectionChooser>(window_, IDC_CONNECTIONS,
-                                                     document_);
+  connections_ =
+      std::make_unique<ConnectionChooser>(window_, IDC_CONNECTIONS, document_);
   MakeButton(window_, L"PDUs", IDC_PDUS,
              WS_TABSTOP | WS_GROUP | BS_RADIOBUTTON | BS_PUSHLIKE);
   MakeButton(window_, L"Messages", IDC_MESSAGES,
@@ -246,8 +252,7 @@ PaneLayout MainWindow::Layout() const {
   RECT area;
   GetClientRect(window_, &area);
   return PaneLayout({area.right, area.bottom}, status_->Height(),
-                    DpiOf(window_), settings_.list_share,
-                    settings_.tree_share);
+                    DpiOf(window_), settings_.list_share, settings_.tree_share);
 }
 
 void MainWindow::Place() {
@@ -285,8 +290,8 @@ void MainWindow::DropFile(HDROP drop) {
 LRESULT MainWindow::Notify(NMHDR* header) {
   if (!rows_ || !tree_) return 0;
   if (header->hwndFrom == rows_->Handle()) return rows_->Notify(header);
-  const bool selected = header->hwndFrom == tree_->Handle() &&
-                        header->code == TVN_SELCHANGEDW;
+  const bool selected =
+      header->hwndFrom == tree_->Handle() && header->code == TVN_SELCHANGEDW;
   if (selected) ShowBytes();
   return 0;
 }

@@ -173,7 +173,7 @@ class MainWindow {
   bool follow_ = false;
   bool was_busy_ = false;
   bool said_ = false;  // a sentence that progress must not replace
-  DWORD next_chooser_update_ = 0;
+  DWORD next_update_ = 0;
   // Where to go as soon as it is there.
   std::optional<std::size_t> wanted_connection_;
   std::optional<std::uint32_t> wanted_row_;

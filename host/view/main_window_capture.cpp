@@ -18,7 +18,7 @@ namespace host {
 namespace {
 
 constexpr DWORD kSliceMilliseconds = 25;
-constexpr DWORD kChooserMilliseconds = 300;
+constexpr DWORD kUpdateMilliseconds = 200;
 constexpr UINT_PTR kWorkTimer = 1;  // keeps working while a menu is open
 constexpr UINT_PTR kFollowTimer = 2;
 constexpr UINT kWorkMilliseconds = 40;
@@ -71,14 +71,13 @@ void MainWindow::OpenCapture(const std::wstring& path, bool keep_place) {
     model_.SetFilter("");
   }
   settings_.AddRecentFile(path);
-  SetWindowTextW(window_,
-                 (document_.path().filename().wstring() + L" - capview")
-                     .c_str());
+  SetWindowTextW(
+      window_, (document_.path().filename().wstring() + L" - capview").c_str());
   Say("");
   ShowNothing();
   KillTimer(window_, kFollowTimer);
   if (follow_) SetTimer(window_, kFollowTimer, kFollowMilliseconds, nullptr);
-  next_chooser_update_ = GetTickCount();
+  next_update_ = GetTickCount();
   was_busy_ = true;
   Work();
 }
@@ -96,8 +95,7 @@ void MainWindow::ShowNothing() {
   connections_->Update();
   const bool messages = model_.view() == View::kMessages;
   CheckDlgButton(window_, IDC_PDUS, messages ? BST_UNCHECKED : BST_CHECKED);
-  CheckDlgButton(window_, IDC_MESSAGES,
-                 messages ? BST_CHECKED : BST_UNCHECKED);
+  CheckDlgButton(window_, IDC_MESSAGES, messages ? BST_CHECKED : BST_UNCHECKED);
   status_->SetRows("");
   status_->SetBytes("");
   if (!document_.IsOpen()) {
@@ -130,12 +128,14 @@ bool MainWindow::Work() {
 void MainWindow::ShowProgress(bool more) {
   if (!document_.IsOpen()) return;
   if (!more && !was_busy_ && !follow_) return;
+  // Painting takes longer than reading; what comes first is shown at once.
   const DWORD now = GetTickCount();
-  if (!more || static_cast<LONG>(now - next_chooser_update_) >= 0) {
-    next_chooser_update_ = now + kChooserMilliseconds;
+  const bool first = model_.Count() == 0;
+  if (!more || first || static_cast<LONG>(now - next_update_) >= 0) {
+    next_update_ = now + kUpdateMilliseconds;
     connections_->Update();
+    ShowRows();
   }
-  ShowRows();
   const bool job = job_ && document_.IsListed();
   status_->SetProgress(
       more ? std::optional(job ? job_->Percent() : document_.Percent())
@@ -155,9 +155,9 @@ void MainWindow::ShowRows() {
   rows_->Update();
   const std::string count = NumberText(model_.Count());
   const char* kind = model_.view() == View::kPdus ? " PDUs" : " messages";
-  status_->SetRows(model_.IsFiltered() ? NumberText(model_.ShownCount()) +
-                                             " of " + count + kind
-                                       : count + kind);
+  status_->SetRows(model_.IsFiltered()
+                       ? NumberText(model_.ShownCount()) + " of " + count + kind
+                       : count + kind);
   if (wanted_row_ && *wanted_row_ < model_.Count()) {
     rows_->Select(*wanted_row_);
     wanted_row_.reset();
@@ -166,8 +166,7 @@ void MainWindow::ShowRows() {
 }
 
 void MainWindow::TakePlaces() {
-  if (wanted_connection_ &&
-      *wanted_connection_ < document_.ConnectionCount()) {
+  if (wanted_connection_ && *wanted_connection_ < document_.ConnectionCount()) {
     document_.Choose(*wanted_connection_);
     wanted_connection_.reset();
     model_.Reset();
@@ -185,10 +184,9 @@ void MainWindow::ShowDone() {
 std::string MainWindow::CaptureText() const {
   const auto notes = document_.Notes();
   if (!notes.empty()) {
-    return notes.size() == 1
-               ? notes[0]
-               : notes[0] + " (" + std::to_string(notes.size()) +
-                     " notes, Ctrl+I)";
+    return notes.size() == 1 ? notes[0]
+                             : notes[0] + " (" + std::to_string(notes.size()) +
+                                   " notes, Ctrl+I)";
   }
   std::size_t dicom = 0;
   for (std::size_t i = 0; i < document_.ConnectionCount(); ++i) {

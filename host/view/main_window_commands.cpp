@@ -10,8 +10,8 @@
 #include <iterator>
 
 #include "host/module_files.h"
-#include "host/tree_search.h"
 #include "host/text_encoding.h"
+#include "host/tree_search.h"
 #include "host/view/ask_dialog.h"
 #include "host/view/main_window.h"
 #include "host/view/resource.h"
@@ -263,8 +263,9 @@ void MainWindow::StopWork() {
   const bool reading =
       document_.loader().state() == CaptureLoader::State::kReading;
   document_.Stop();
-  if (reading) Say("Stopped; what was read is shown. F5 does not read on, "
-                   "open the capture again for all of it.");
+  if (reading)
+    Say("Stopped; what was read is shown. F5 does not read on, "
+        "open the capture again for all of it.");
 }
 
 std::optional<JobRows> MainWindow::SelectedRow() const {
@@ -349,8 +350,7 @@ void MainWindow::CopyLine() {
     std::wstring text;
     for (int column = 0; column < kRowColumns; ++column) {
       if (column > 0) text += L'\t';
-      text +=
-          WideFromUtf8(model_.Text(*row, static_cast<RowColumn>(column)));
+      text += WideFromUtf8(model_.Text(*row, static_cast<RowColumn>(column)));
     }
     return CopyText(text);
   }
@@ -386,9 +386,9 @@ void MainWindow::ApplyFilter() {
   const auto selected = rows_->Selected();
   model_.SetFilter(CodePage1252FromWide(TextOf(filter_)));
   rows_->Update();
-  const bool shown =
-      selected && model_.IndexOf(*selected) < model_.ShownCount() &&
-      model_.PositionAt(model_.IndexOf(*selected)) == *selected;
+  const bool shown = selected &&
+                     model_.IndexOf(*selected) < model_.ShownCount() &&
+                     model_.PositionAt(model_.IndexOf(*selected)) == *selected;
   const auto pending = pending_row_;
   rows_->Select(shown ? selected : std::nullopt);
   pending_row_ = pending;
@@ -411,19 +411,19 @@ void MainWindow::FindAgain(bool backwards) {
   const bool found =
       tree_->SelectNext(CodePage1252FromWide(find_text_), backwards);
   Say(found ? ""
-            : "No line of this decode contains \"" +
-                  Utf8FromWide(find_text_) + "\".");
+            : "No line of this decode contains \"" + Utf8FromWide(find_text_) +
+                  "\".");
 }
 
 void MainWindow::GoToRow() {
-  const auto text = AskForText(window_, L"Go to Row", L"Number of the row:",
-                               L"");
+  const auto text =
+      AskForText(window_, L"Go to Row", L"Number of the row:", L"");
   if (!text) return;
   wchar_t* end = nullptr;
   const unsigned long number = std::wcstoul(text->c_str(), &end, 10);
   if (*end != L'\0' || number < 1 || number > model_.Count()) {
-    return Say("There is no row " + Utf8FromWide(*text) + "; rows go from 1 to " +
-               std::to_string(model_.Count()) + ".");
+    return Say("There is no row " + Utf8FromWide(*text) +
+               "; rows go from 1 to " + std::to_string(model_.Count()) + ".");
   }
   rows_->Select(static_cast<std::uint32_t>(number) - 1);
 }
@@ -494,9 +494,7 @@ void MainWindow::HandOverAs(bool clean_streams) {
   Reopen();
 }
 
-void MainWindow::ShowKeys() {
-  MessageBoxW(window_, kKeysText, L"Keys", MB_OK);
-}
+void MainWindow::ShowKeys() { MessageBoxW(window_, kKeysText, L"Keys", MB_OK); }
 
 void MainWindow::ShowVersions() {
   document_.LoadModule();

@@ -54,7 +54,7 @@
 #define IDM_KEYS 1060
 #define IDM_ABOUT 1061
 #define IDM_NO_RECENT 1070
-#define IDM_FIRST_RECENT 1071 /* eight of them */
+#define IDM_FIRST_RECENT 1071  /* eight of them */
 #define IDM_FIRST_SECTION 1081 /* sections 1 to 8 */
 
 #endif /* HOST_VIEW_RESOURCE_H_ */

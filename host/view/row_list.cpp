@@ -14,9 +14,9 @@ struct ColumnForm {
   int format;
 };
 constexpr ColumnForm kColumnForms[kRowColumns] = {
-    {L"No.", LVCFMT_LEFT},         {L"Time (UTC)", LVCFMT_LEFT},
+    {L"No.", LVCFMT_LEFT},           {L"Time (UTC)", LVCFMT_LEFT},
     {L"Since before", LVCFMT_RIGHT}, {L"Direction", LVCFMT_LEFT},
-    {L"Length", LVCFMT_RIGHT},      {L"Summary", LVCFMT_LEFT},
+    {L"Length", LVCFMT_RIGHT},       {L"Summary", LVCFMT_LEFT},
     {L"Detail", LVCFMT_LEFT},
 };
 
@@ -76,8 +76,8 @@ void RowList::SetFonts(HFONT plain, HFONT bold) {
 RowList::Columns RowList::GetColumns(unsigned dpi) const {
   Columns columns;
   for (int i = 0; i < kRowColumns; ++i) {
-    columns.widths[static_cast<std::size_t>(i)] = MulDiv(
-        ListView_GetColumnWidth(window_, i), 96, static_cast<int>(dpi));
+    columns.widths[static_cast<std::size_t>(i)] =
+        MulDiv(ListView_GetColumnWidth(window_, i), 96, static_cast<int>(dpi));
   }
   SendMessageW(window_, LVM_GETCOLUMNORDERARRAY, kRowColumns,
                reinterpret_cast<LPARAM>(columns.order.data()));
@@ -86,10 +86,9 @@ RowList::Columns RowList::GetColumns(unsigned dpi) const {
 
 void RowList::SetColumns(const Columns& columns, unsigned dpi) {
   for (int i = 0; i < kRowColumns; ++i) {
-    ListView_SetColumnWidth(
-        window_, i,
-        MulDiv(columns.widths[static_cast<std::size_t>(i)],
-               static_cast<int>(dpi), 96));
+    ListView_SetColumnWidth(window_, i,
+                            MulDiv(columns.widths[static_cast<std::size_t>(i)],
+                                   static_cast<int>(dpi), 96));
   }
   SendMessageW(window_, LVM_SETCOLUMNORDERARRAY, kRowColumns,
                reinterpret_cast<LPARAM>(columns.order.data()));
@@ -112,10 +111,17 @@ void RowList::Update() {
   InvalidateRect(window_, nullptr, FALSE);
 }
 
-void RowList::Select(std::optional<std::uint32_t> position) {
+// Not by "all items", which some list views visit one by one.
+void RowList::Deselect() {
+  const auto index = SelectedIndex();
+  if (!index) return;
   silent_ = true;
-  ListView_SetItemState(window_, -1, 0, LVIS_SELECTED);
+  ListView_SetItemState(window_, static_cast<int>(*index), 0, LVIS_SELECTED);
   silent_ = false;
+}
+
+void RowList::Select(std::optional<std::uint32_t> position) {
+  Deselect();
   if (!position) return;
   const std::uint32_t index = model_.IndexOf(*position);
   if (index >= model_.ShownCount()) return;

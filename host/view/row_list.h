@@ -15,8 +15,8 @@
 
 namespace host {
 
-// The packet list: a virtual list view over the rows of a model. Texts are asked
-// for when they come into sight.
+// The packet list: a virtual list view over the rows of a model. Texts are
+// asked for when they come into sight.
 class RowList {
  public:
   RowList(HWND parent, int id, RowModel& model);
@@ -51,6 +51,7 @@ class RowList {
 
  private:
   void AddColumns();
+  void Deselect();
   void FillText(LVITEMW& item);
   LRESULT Draw(NMLVCUSTOMDRAW& draw);
   std::optional<std::uint32_t> SelectedIndex() const;

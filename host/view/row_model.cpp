@@ -50,8 +50,8 @@ void RowModel::SetFilter(const std::string& text) {
   filter_text_ = text;
   if (document_.chosen()) {
     const Connection& connection = document_.ConnectionAt(*document_.chosen());
-    filter_ = RowFilter(text, connection.first_endpoint,
-                        connection.second_endpoint);
+    filter_ =
+        RowFilter(text, connection.first_endpoint, connection.second_endpoint);
   } else {
     filter_ = RowFilter();
   }

@@ -67,7 +67,8 @@ class RowModel {
   std::string DetailText(const ListedRow& row, const WireRecord* wire) const;
   std::string SinceText(std::uint32_t position, const WireRecord* wire);
   std::optional<std::uint32_t> SearchPartner(const ListedRow& row,
-                                             std::uint32_t from, bool backwards);
+                                             std::uint32_t from,
+                                             bool backwards);
 
   CaptureDocument& document_;
   View view_ = View::kPdus;

@@ -21,17 +21,16 @@ class IniReader {
 
   std::wstring Text(const std::wstring& key) const {
     std::wstring text(kLongestValue, L'\0');
-    text.resize(GetPrivateProfileStringW(kSection, key.c_str(), L"",
-                                         text.data(), kLongestValue,
-                                         path_.c_str()));
+    text.resize(GetPrivateProfileStringW(
+        kSection, key.c_str(), L"", text.data(), kLongestValue, path_.c_str()));
     return text;
   }
   void Number(const wchar_t* key, int least, int most, int* number) const {
     const std::wstring text = Text(key);
     wchar_t* end = nullptr;
     const long value = std::wcstol(text.c_str(), &end, 10);
-    const bool sensible = !text.empty() && *end == L'\0' && value >= least &&
-                          value <= most;
+    const bool sensible =
+        !text.empty() && *end == L'\0' && value >= least && value <= most;
     if (sensible) *number = static_cast<int>(value);
   }
   void Switch(const wchar_t* key, bool* on) const {

@@ -24,7 +24,7 @@ struct Settings {
   bool show_message_data = true;
   bool clean_streams = true;
   bool message_view = false;
-  std::uint32_t expand_mask = 0xFE;  // sections 1 to 7; 8 is message data
+  std::uint32_t expand_mask = 0xFE;        // sections 1 to 7; 8 is message data
   std::vector<std::wstring> recent_files;  // the newest first
 
   void AddRecentFile(const std::wstring& path);

@@ -19,10 +19,9 @@ constexpr int kBytesWidth = 230;
 }  // namespace
 
 StatusLine::StatusLine(HWND parent)
-    : window_(CreateWindowW(STATUSCLASSNAMEW, L"",
-                            WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0, 0, 0, 0,
-                            parent, nullptr, GetModuleHandleW(nullptr),
-                            nullptr)) {
+    : window_(CreateWindowW(
+          STATUSCLASSNAMEW, L"", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0, 0,
+          0, 0, parent, nullptr, GetModuleHandleW(nullptr), nullptr)) {
   bar_ = CreateWindowW(PROGRESS_CLASSW, L"", WS_CHILD, 0, 0, 0, 0, window_,
                        nullptr, GetModuleHandleW(nullptr), nullptr);
 }
