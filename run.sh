@@ -2,6 +2,7 @@
 # Shows the DICOM traffic of a capture file:
 #
 #   ./run.sh [capdump options] [CAPTURE]
+#   ./run.sh --window [CAPTURE]             in a window, on your display
 #
 # Installs what is missing, builds, and runs capdump under Wine; ./run.sh --help lists its options.
 # Without a capture it shows a sample with its decode trees. Names are relative to where you are.
@@ -16,7 +17,7 @@ build() {
   mkdir -p "$root/build"
   {
     [[ -e $root/build/win32/build.ninja ]] || (cd "$root" && cmake --preset win32)
-    cmake --build "$root/build/win32" --target module capdump
+    cmake --build "$root/build/win32" --target module capdump capview
   } >"$log" 2>&1 || {
     cat "$log" >&2
     echo "run.sh: the build failed, see above" >&2
@@ -42,7 +43,25 @@ is_complete() {
   return 1
 }
 
+show_window() {
+  if [[ -z ${DISPLAY-} ]]; then
+    echo "run.sh: there is no display for a window here; show the capture as text with" \
+      "./run.sh ${*@Q} instead (capdump)." >&2
+    exit 1
+  fi
+  build
+  (($#)) || set -- "$sample"
+  # A prefix of its own: the other one's desktop is on the virtual display.
+  export WINEPREFIX=${WINEPREFIX:-$root/build/wine-prefix-window} WINEARCH=win32 LC_ALL=C.UTF-8
+  export WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
+  exec wine "$root/build/win32/bin/capview.exe" "$@"
+}
+
 "$root/tools/install-packages.sh"
+if [[ ${1-} == --window ]]; then
+  shift
+  show_window "$@"
+fi
 build
 if (($# == 0)); then
   set -- --tree "$sample"
