@@ -2,7 +2,7 @@
 // be cheaper than: listing against the same messages without the module, and
 // showing a long message against inserting and clearing its lines directly.
 //
-//   list_bench [MEGABYTES]
+//   list_bench [MEGABYTES [ELEMENTS]]
 //
 // Run from the folder of DicomDecode.dll and its dictionaries.
 #include <windows.h>
@@ -334,9 +334,10 @@ void MeasureDisplay(unsigned elements) {
 
 int main(int count, char** arguments) {
   const int megabytes = count > 1 ? std::atoi(arguments[1]) : 100;
+  const int elements = count > 2 ? std::atoi(arguments[2]) : 100000;
   OpenHost();
   MeasureLoad();
   MeasureList(static_cast<std::size_t>(megabytes));
-  MeasureDisplay(100000);
+  if (elements > 0) MeasureDisplay(static_cast<unsigned>(elements));
   return 0;
 }

@@ -27,8 +27,9 @@ std::string Title(std::string_view payload, std::size_t offset) {
 
 std::string_view Payload(std::string_view packet) {
   if (packet.size() <= kDataOffsetByte) return {};
-  const auto words = static_cast<unsigned char>(packet[kDataOffsetByte]) >> 4;
-  return packet.substr(std::min<std::size_t>(packet.size(), words * 4U));
+  const auto data_offset = static_cast<unsigned char>(packet[kDataOffsetByte]);
+  const std::size_t header_bytes = data_offset / 16u * 4u;
+  return packet.substr(std::min(packet.size(), header_bytes));
 }
 
 }  // namespace

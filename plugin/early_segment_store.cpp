@@ -18,7 +18,6 @@ void EarlySegmentStore::Add(const TcpSegment& segment) {
 
 std::optional<std::int32_t> EarlySegmentStore::TakeOldest(
     std::initializer_list<NumberPair> fitting) {
-  if (segments_.empty()) return std::nullopt;
   auto oldest = segments_.end();
   for (const NumberPair& numbers : fitting) {
     const auto first = segments_.lower_bound(numbers);

@@ -22,6 +22,7 @@ class EarlySegmentStore {
   std::optional<std::int32_t> TakeOldest(
       std::initializer_list<NumberPair> fitting);
 
+  bool IsEmpty() const { return segments_.empty(); }
   void Clear() { segments_.clear(); }
 
  private:

@@ -158,6 +158,7 @@ bool PacketAccessor::AdvanceStream() {
 }
 
 bool PacketAccessor::FetchForStream() {
+  if (early_segments_.IsEmpty()) return FetchNextPacket();
   const std::uint32_t other = expected_[kOtherSide];
   const std::uint32_t zero = expected_[kZeroSide];
   const std::uint32_t other_fin = NumberBehindFin(kOtherSide);

@@ -130,8 +130,8 @@ void ExpectWhole(const Wire& wire, const std::vector<Segment>& segments) {
 }
 
 TEST(CleanStreamsTest, AnySegmentSizeGivesTheSameListsAndCleanPackets) {
-  for (const std::size_t bytes :
-       {1, 2, 5, 6, 7, 11, 13, 100, 511, 1448, 9000, 15956, 65000}) {
+  for (const std::size_t bytes : {1u, 2u, 5u, 6u, 7u, 11u, 13u, 100u, 511u,
+                                  1448u, 9000u, 15956u, 65000u}) {
     SCOPED_TRACE(bytes);
     Wire wire;
     wire.segment_bytes = bytes;
@@ -259,7 +259,7 @@ TEST(CleanStreamsTest, PdusAreOrderedByTheFrameThatCompletesThem) {
 
 // For each data segment in turn: all PDUs whose header is left are listed.
 TEST(CleanStreamsTest, AnyLostSegmentCostsOnlyThePdusWhoseHeaderItHeld) {
-  for (const std::size_t bytes : {150, 1448}) {
+  for (const std::size_t bytes : {150u, 1448u}) {
     Wire wire;
     wire.segment_bytes = bytes;
     wire.Association();

@@ -151,7 +151,7 @@ TEST_F(CaptureShapeTest, OtherProtocolsAndOddTurns) {
 
 TEST_F(CaptureShapeTest, AnyDataOffsetAndAnyPacketLength) {
   for (std::uint8_t words = 0; words < 16; ++words) {
-    for (std::size_t size : {0, 1, 13, 14, 19, 20, 23, 40, 59, 60}) {
+    for (std::size_t size : {0u, 1u, 13u, 14u, 19u, 20u, 23u, 40u, 59u, 60u}) {
       SCOPED_TRACE(words * 100 + static_cast<int>(size));
       Conversation talk;
       talk.Open().Send(0, Repeat(4, 40)).Send(1, Repeat(4, 40));

@@ -8,6 +8,9 @@ namespace {
 // No packet holds more, so no honest span is longer.
 constexpr std::uint32_t kMaxSpanBytes = 15976;
 
+// Doubled once, room for a PDU of the usual 16 KB in Ethernet's segments.
+constexpr std::size_t kFirstRoom = 5;
+
 void AppendZeroPadded(const ByteArrayView& packet, std::uint32_t offset,
                       std::uint32_t count, std::vector<std::uint8_t>& bytes) {
   const ByteArrayView held = packet.Part(offset, count);
@@ -24,6 +27,7 @@ void SpanList::Append(const PacketSpan& span) {
     const std::size_t seen = count_ - 1;
     if (!others_) {
       others_ = std::make_shared<std::vector<PacketSpan>>();
+      others_->reserve(kFirstRoom);
     } else if (others_->size() != seen) {  // another copy went on from here
       others_ = std::make_shared<std::vector<PacketSpan>>(
           others_->begin(),

@@ -14,9 +14,7 @@ NumberPair NumbersOf(const TcpSegment& segment) {
 void SegmentHistory::Append(const TcpSegment& segment) {
   if (segment.Direction() != last_direction_) settled_ = entries_.size();
   last_direction_ = segment.Direction();
-  const NumberPair numbers = NumbersOf(segment);
-  entries_.push_back({segment.PacketNumber(), numbers});
-  newest_[numbers] = taken_ + entries_.size() - 1;
+  entries_.push_back({segment.PacketNumber(), NumbersOf(segment)});
 }
 
 bool SegmentHistory::SettleOnDirection(std::uint8_t direction) {
@@ -26,11 +24,20 @@ bool SegmentHistory::SettleOnDirection(std::uint8_t direction) {
 }
 
 bool SegmentHistory::SettleRetransmitted(const NumberPair& numbers) {
+  IndexEntries();
   const auto match = newest_.find(numbers);
   if (match == newest_.end()) return false;
   const auto position = static_cast<std::size_t>(match->second - taken_);
   settled_ = std::max(settled_, position + 1);
   return true;
+}
+
+void SegmentHistory::IndexEntries() {
+  indexed_ = std::max(indexed_, taken_);
+  for (; indexed_ < taken_ + entries_.size(); ++indexed_) {
+    const auto position = static_cast<std::size_t>(indexed_ - taken_);
+    newest_[entries_[position].numbers] = indexed_;
+  }
 }
 
 std::optional<std::uint32_t> SegmentHistory::TakeSettled() {
@@ -41,9 +48,11 @@ std::optional<std::uint32_t> SegmentHistory::TakeSettled() {
 std::optional<std::uint32_t> SegmentHistory::TakeAny() {
   if (entries_.empty()) return std::nullopt;
   const Entry front = entries_.front();
-  const auto newest = newest_.find(front.numbers);
-  if (newest != newest_.end() && newest->second == taken_) {
-    newest_.erase(newest);
+  if (taken_ < indexed_) {
+    const auto newest = newest_.find(front.numbers);
+    if (newest != newest_.end() && newest->second == taken_) {
+      newest_.erase(newest);
+    }
   }
   entries_.pop_front();
   ++taken_;

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <deque>
 #include <map>
-#include <memory_resource>
 #include <optional>
 #include <utility>
 
@@ -46,6 +45,8 @@ class SegmentHistory {
   std::optional<std::uint32_t> TakeAny();
 
  private:
+  void IndexEntries();
+
   struct Entry {
     std::uint32_t packet_number;
     NumberPair numbers;
@@ -55,11 +56,11 @@ class SegmentHistory {
   std::size_t settled_ = 0;  // that many entries from the front are settled
   std::uint64_t taken_ = 0;  // entries ever taken; numbers the front entry
   std::uint8_t last_direction_ = 0;
-  // The newest entry with each pair of numbers, counted like taken_, so that a
-  // late acknowledgement finds it without a walk. Its nodes come from a pool:
-  // one comes and goes with every segment, and a heap is slow at that.
-  std::pmr::unsynchronized_pool_resource pool_;
-  std::pmr::map<NumberPair, std::uint64_t> newest_{&pool_};
+  // The newest entry with each pair of numbers, counted like taken_, so that
+  // late acknowledgements find theirs without a walk. Most traffic has none:
+  // entries are indexed when the next one comes.
+  std::map<NumberPair, std::uint64_t> newest_;
+  std::uint64_t indexed_ = 0;  // entries ever indexed or taken before that
 };
 
 }  // namespace dicom
