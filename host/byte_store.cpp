@@ -10,6 +10,7 @@ ByteStore::Offset ByteStore::Append(std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
     const auto within = static_cast<std::size_t>(size_ % kBlockBytes);
     if (within == 0) {
+      if (blocks_.size() - moved_out_ >= blocks_in_memory_) MoveOldestOut();
       blocks_.push_back(
           std::make_unique_for_overwrite<std::uint8_t[]>(kBlockBytes));
     }
@@ -27,7 +28,7 @@ void ByteStore::Copy(Offset offset, std::size_t length,
     const auto within = static_cast<std::size_t>(offset % kBlockBytes);
     const std::size_t count = std::min(length, kBlockBytes - within);
     const auto block = static_cast<std::size_t>(offset / kBlockBytes);
-    std::memcpy(to, blocks_[block].get() + within, count);
+    std::memcpy(to, BytesOf(block) + within, count);
     to += count;
     offset += count;
     length -= count;
@@ -40,13 +41,45 @@ bool ByteStore::Equal(Offset offset,
     const auto within = static_cast<std::size_t>(offset % kBlockBytes);
     const std::size_t count = std::min(bytes.size(), kBlockBytes - within);
     const auto block = static_cast<std::size_t>(offset / kBlockBytes);
-    if (std::memcmp(blocks_[block].get() + within, bytes.data(), count) != 0) {
+    if (std::memcmp(BytesOf(block) + within, bytes.data(), count) != 0) {
       return false;
     }
     bytes = bytes.subspan(count);
     offset += count;
   }
   return true;
+}
+
+void ByteStore::MoveOldestOut() {
+  if (!file_) file_.emplace();
+  Block& oldest = blocks_[moved_out_];
+  file_->Write(Offset{moved_out_} * kBlockBytes, {oldest.get(), kBlockBytes});
+  oldest.reset();
+  ++moved_out_;
+}
+
+const std::uint8_t* ByteStore::BytesOf(std::size_t index) const {
+  return index < moved_out_ ? ReadBack(index) : blocks_[index].get();
+}
+
+const std::uint8_t* ByteStore::ReadBack(std::size_t index) const {
+  ReadBlock* place = &read_blocks_.front();
+  for (ReadBlock& block : read_blocks_) {
+    if (block.bytes && block.index == index) {
+      block.used = ++uses_;
+      return block.bytes.get();
+    }
+    if (block.used < place->used) place = &block;
+  }
+  if (!place->bytes) {
+    place->bytes = std::make_unique_for_overwrite<std::uint8_t[]>(kBlockBytes);
+  }
+  place->used = 0;  // nobody's, should the file fail
+  place->index = blocks_.size();
+  file_->Read(Offset{index} * kBlockBytes, {place->bytes.get(), kBlockBytes});
+  place->index = index;
+  place->used = ++uses_;
+  return place->bytes.get();
 }
 
 }  // namespace host

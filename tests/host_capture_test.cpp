@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -223,6 +224,33 @@ TEST(CapturedConnectionTest, ASynOnAClosedPairBeginsAnotherConnection) {
   open.push_back(open.back());
   open.back().flags |= kRst;
   EXPECT_EQ(both(open), 2u);
+}
+
+TEST(ByteStoreTest, ReadsWhatWentToTheFileAsWhatStayedInMemory) {
+  constexpr std::size_t kBlocks = 24;  // more than are kept when read back
+  ByteStore store(2);
+  Bytes piece(ByteStore::kBlockBytes / 3);
+  const auto fill = [&piece](std::uint64_t offset) {
+    for (std::size_t i = 0; i < piece.size(); i += 4) {
+      const auto at = static_cast<std::uint32_t>(offset + i) * 2654435761u;
+      std::memcpy(piece.data() + i, &at, std::min(sizeof at, piece.size() - i));
+    }
+  };
+  while (store.size() < kBlocks * ByteStore::kBlockBytes) {
+    fill(store.size());
+    store.Append(piece);
+  }
+  Bytes copy(piece.size());
+  const std::uint64_t pieces = store.size() / piece.size();
+  for (const std::uint64_t step : {1u, 7u}) {
+    for (std::uint64_t i = 0; i < pieces; ++i) {
+      const std::uint64_t offset = i * step % pieces * piece.size();
+      fill(offset);
+      store.Copy(offset, copy.size(), copy.data());
+      ASSERT_EQ(copy, piece) << offset;
+      ASSERT_TRUE(store.Equal(offset, piece)) << offset;
+    }
+  }
 }
 
 // Random segments against a plain array of bytes.
