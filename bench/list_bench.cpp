@@ -14,7 +14,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <random>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "plugin/exports.h"
@@ -92,7 +94,8 @@ void OpenHost() {
   ::RegisterClassA(&window_class);
   host.window = CreateWindowOf("ListBench", nullptr);
   host.tree = CreateWindowOf(WC_TREEVIEWA, host.window);
-  host.hex = CreateWindowOf("EDIT", host.window);
+  // Takes the hex dump in its stride: the lines are what is compared.
+  host.hex = CreateWindowOf("STATIC", host.window);
 }
 
 double Now() {  // milliseconds
@@ -126,9 +129,30 @@ void EmptyCapture(std::size_t bytes) {
   if (host.room == nullptr) std::exit(1);
 }
 
-void TakePackets(Conversation& talk) {
+// What a network makes of the segments, in parts of a thousand.
+struct Disorder {
+  unsigned retransmitted = 0;
+  unsigned early = 0;
+};
+
+void Disturb(std::vector<CapturedPacket>& packets, const Disorder& disorder) {
+  static std::mt19937 random(1);
+  for (std::size_t i = 0; i + 1 < packets.size(); ++i) {
+    if (packets[i].tcp_bytes.size() <= 20) continue;
+    const auto at = packets.begin() + static_cast<std::ptrdiff_t>(i);
+    if (random() % 1000 < disorder.retransmitted) {
+      const CapturedPacket again = *at;
+      packets.insert(at + 1, again);
+    } else if (random() % 1000 < disorder.early) {
+      std::swap(*at, *(at + 1));
+    }
+  }
+}
+
+void TakePackets(Conversation& talk, const Disorder& disorder = {}) {
   static std::uint8_t* next;
   if (host.packets.empty()) next = host.room;
+  Disturb(talk.Packets(), disorder);
   for (const CapturedPacket& packet : talk.Packets()) {
     std::copy(packet.tcp_bytes.begin(), packet.tcp_bytes.end(), next);
     host.packets.push_back({packet.direction, next, packet.tcp_bytes.Length()});
@@ -139,7 +163,7 @@ void TakePackets(Conversation& talk) {
 
 // Storage traffic: messages of 16 PDUs of 16,060 bytes in segments of 1,460, so
 // that no segment's end cuts a header; every second segment is acknowledged.
-void MakeStorage(std::size_t bytes) {
+void MakeStorage(std::size_t bytes, const Disorder& disorder) {
   EmptyCapture(bytes + bytes / 8 + (1 << 20));
   host.packets.reserve(bytes / 900);
   Conversation talk;
@@ -157,7 +181,7 @@ void MakeStorage(std::size_t bytes) {
         talk.Send(0, pdu.Part(at, 1460));
         if (at / 1460 % 2 == 1) talk.Acknowledge(1);
       }
-      TakePackets(talk);
+      TakePackets(talk, disorder);
     }
   }
   TakePackets(talk.Acknowledge(1));
@@ -207,20 +231,52 @@ void MeasureLoad() {
   std::printf("load and free the DLL with its dictionaries: %.2f ms\n", load);
 }
 
-void MeasureList(std::size_t megabytes) {
-  MakeStorage(megabytes << 20);
-  dicom::LoadModule();
+// Bytes in all heaps of the process.
+std::size_t HeapBytes() {
+  std::array<HANDLE, 32> heaps;
+  const DWORD count = ::GetProcessHeaps(heaps.size(), heaps.data());
+  std::size_t bytes = 0;
+  for (DWORD i = 0; i < std::min<DWORD>(count, heaps.size()); ++i) {
+    PROCESS_HEAP_ENTRY entry{};
+    while (::HeapWalk(heaps[i], &entry)) {
+      if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) bytes += entry.cbData;
+    }
+  }
+  return bytes;
+}
+
+// Answers the ratio.
+double MeasurePass(const char* name) {
   const double delivery = Best(3, &DeliverAll);
   const double list = Best(3, [] {
     RefreshDicomDecode(host.window);
     ListAll(0);
   });
-  std::printf(
-      "list %u MB in %u packets: %.0f ms, their delivery %.0f ms: %.2f\n",
-      static_cast<unsigned>(megabytes),
-      static_cast<unsigned>(host.packets.size()), list, delivery,
-      list / delivery);
+  std::printf("list %s in %u packets: %.0f ms, their delivery %.0f ms: %.2f\n",
+              name, static_cast<unsigned>(host.packets.size()), list, delivery,
+              list / delivery);
+  return list / delivery;
+}
+
+void MeasureMemory(std::size_t payload) {
   RefreshDicomDecode(host.window);
+  const std::size_t before = HeapBytes();
+  ListAll(0);
+  const std::size_t listed = HeapBytes() - before;
+  RefreshDicomDecode(host.window);
+  std::printf(
+      "the list takes %u KB of memory: %.2f per cent; a refresh leaves "
+      "%d bytes of it\n",
+      static_cast<unsigned>(listed >> 10),
+      100.0 * static_cast<double>(listed) / static_cast<double>(payload),
+      static_cast<int>(HeapBytes() - before));
+}
+
+void MeasureList(std::size_t megabytes) {
+  MakeStorage(megabytes << 20, {});
+  dicom::LoadModule();
+  const double ordered = MeasurePass("as sent");
+  MeasureMemory(megabytes << 20);
   std::vector<double> calls = ListAll(0);
   const auto half =
       calls.begin() + static_cast<std::ptrdiff_t>(calls.size() / 2);
@@ -230,6 +286,10 @@ void MeasureList(std::size_t megabytes) {
   };
   std::printf("99.9 of 100 calls took at most %.2f ms, then %.2f ms\n",
               slowest(calls.begin(), half), slowest(half, calls.end()));
+  MakeStorage(megabytes << 20, {.retransmitted = 3, .early = 2});
+  RefreshDicomDecode(host.window);
+  const double disturbed = MeasurePass("disturbed");
+  std::printf("against as sent: %.2f\n", disturbed / ordered);
   dicom::UnloadModule();
 }
 
@@ -238,58 +298,82 @@ struct Line {
   int depth;
 };
 
-std::vector<Line> TreeLines() {
-  std::vector<Line> lines;
-  const auto next = [](WPARAM relation, HTREEITEM item) {
-    return reinterpret_cast<HTREEITEM>(::SendMessageA(
-        host.tree, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
-  };
-  std::vector<HTREEITEM> parents;
-  for (HTREEITEM item = next(TVGN_ROOT, nullptr); item != nullptr;) {
-    char text[512];
-    TVITEMA wanted{};
-    wanted.mask = TVIF_TEXT;
-    wanted.hItem = item;
-    wanted.pszText = text;
-    wanted.cchTextMax = sizeof(text);
-    ::SendMessageA(host.tree, TVM_GETITEMA, 0,
-                   reinterpret_cast<LPARAM>(&wanted));
-    lines.push_back({wanted.pszText, static_cast<int>(parents.size())});
-    HTREEITEM after = next(TVGN_CHILD, item);
-    if (after != nullptr) {
-      parents.push_back(item);
-    } else {
-      after = next(TVGN_NEXT, item);
-    }
-    while (after == nullptr && !parents.empty()) {
-      after = next(TVGN_NEXT, parents.back());
-      parents.pop_back();
-    }
-    item = after;
+// The lines that are inserted into the tree while it stands.
+class LineRecorder {
+ public:
+  LineRecorder()
+      : tree_procedure_(reinterpret_cast<WNDPROC>(::SetWindowLongA(
+            host.tree, GWL_WNDPROC, reinterpret_cast<LONG>(&Procedure)))) {
+    current_ = this;
   }
-  return lines;
-}
+  ~LineRecorder() {
+    ::SetWindowLongA(host.tree, GWL_WNDPROC,
+                     reinterpret_cast<LONG>(tree_procedure_));
+  }
+  LineRecorder(const LineRecorder&) = delete;
+  LineRecorder& operator=(const LineRecorder&) = delete;
 
-// Inserts the lines, each with a block, then frees the blocks and the items: no
-// less is asked of the module.
+  const std::vector<Line>& Lines() const { return lines_; }
+
+ private:
+  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam,
+                                    LPARAM lparam) {
+    const LRESULT answer = ::CallWindowProcA(current_->tree_procedure_, window,
+                                             message, wparam, lparam);
+    if (message != TVM_INSERTITEMA) return answer;
+    const auto& insertion = *reinterpret_cast<const TVINSERTSTRUCTA*>(lparam);
+    const int depth = insertion.hParent == nullptr
+                          ? 0
+                          : current_->depths_[insertion.hParent] + 1;
+    current_->depths_[reinterpret_cast<HTREEITEM>(answer)] = depth;
+    current_->lines_.push_back({insertion.item.pszText, depth});
+    return answer;
+  }
+
+  inline static LineRecorder* current_;
+  WNDPROC tree_procedure_;
+  std::vector<Line> lines_;
+  std::unordered_map<HTREEITEM, int> depths_;
+};
+
 void InsertDirectly(const std::vector<Line>& lines) {
   std::vector<HTREEITEM> open(16);
-  std::vector<HGLOBAL> blocks;
   for (const Line& line : lines) {
     const auto depth = static_cast<std::size_t>(line.depth);
-    blocks.push_back(
-        ::GlobalAlloc(GMEM_ZEROINIT, sizeof(DicomByteRangeRecord)));
     TVINSERTSTRUCTA insertion{};
     insertion.hParent = depth == 0 ? nullptr : open[depth - 1];
     insertion.hInsertAfter = TVI_LAST;
     insertion.item.mask =
         TVIF_TEXT | TVIF_IMAGE | TVIF_PARAM | TVIF_SELECTEDIMAGE;
     insertion.item.pszText = const_cast<char*>(line.text.c_str());
-    insertion.item.lParam = reinterpret_cast<LPARAM>(blocks.back());
+    insertion.item.lParam = reinterpret_cast<LPARAM>(
+        ::GlobalAlloc(GMEM_ZEROINIT, sizeof(DicomByteRangeRecord)));
     open[depth] = reinterpret_cast<HTREEITEM>(::SendMessageA(
         host.tree, TVM_INSERTITEMA, 0, reinterpret_cast<LPARAM>(&insertion)));
   }
-  for (const HGLOBAL block : blocks) ::GlobalFree(block);
+}
+
+HTREEITEM Next(WPARAM relation, HTREEITEM item) {
+  return reinterpret_cast<HTREEITEM>(::SendMessageA(
+      host.tree, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
+}
+
+// Takes each item's block away and frees it, as the module has to.
+void FreeBlocks(HTREEITEM first) {
+  for (HTREEITEM item = first; item != nullptr; item = Next(TVGN_NEXT, item)) {
+    TVITEMA data{};
+    data.mask = TVIF_PARAM;
+    data.hItem = item;
+    ::SendMessageA(host.tree, TVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&data));
+    ::GlobalFree(reinterpret_cast<HGLOBAL>(data.lParam));
+    data.lParam = 0;
+    ::SendMessageA(host.tree, TVM_SETITEMA, 0, reinterpret_cast<LPARAM>(&data));
+    FreeBlocks(Next(TVGN_CHILD, item));
+  }
+}
+
+void ClearDirectly() {
+  FreeBlocks(Next(TVGN_ROOT, nullptr));
   ::SendMessageA(host.tree, TVM_DELETEITEM, 0,
                  reinterpret_cast<LPARAM>(TVI_ROOT));
 }
@@ -315,18 +399,23 @@ void MeasureDisplay(unsigned elements) {
     DisplayDicomPacket(host.window, host.tree, 0x7FFFFFFF, nullptr, host.hex,
                        1);
   };
-  show();
-  const std::vector<Line> lines = TreeLines();
   const auto clear = [] { ClearDicomDisplay(0, host.tree, host.hex); };
-  clear();
-  const double display = Best(3, [&] {
+  std::vector<Line> lines;
+  {
+    const LineRecorder recorder;
     show();
-    clear();
-  });
-  const double direct = Best(3, [&] { InsertDirectly(lines); });
-  std::printf("show %u elements in %u lines: %.0f ms, directly %.0f ms: %.2f\n",
-              elements, static_cast<unsigned>(lines.size()), display, direct,
-              display / direct);
+    lines = recorder.Lines();
+  }
+  const double cleared = Timed(clear);
+  const double shown = Timed(show);
+  clear();
+  const double inserted = Timed([&] { InsertDirectly(lines); });
+  const double freed = Timed(&ClearDirectly);
+  std::printf(
+      "show %u elements in %u lines and clear them: %.0f + %.0f ms, "
+      "directly %.0f + %.0f ms: %.2f\n",
+      elements, static_cast<unsigned>(lines.size()), shown, cleared, inserted,
+      freed, (shown + cleared) / (inserted + freed));
   dicom::UnloadModule();
 }
 
