@@ -1,21 +1,25 @@
 #include "host/view/connection_chooser.h"
 
 #include <algorithm>
+#include <numeric>
 
-#include "host/connection_text.h"
 #include "host/wide_text.h"
 
 namespace host {
 namespace {
 
-// Shares of the item's width, in per cent.
-constexpr int kColumnShares[] = {4, 34, 22, 30, 10};
+constexpr std::size_t kMostMeasured = 50;  // items
+constexpr int kGap = 14;                   // behind a column
+constexpr int kMargin = 4;
+constexpr int kLeastWidth = 60;  // of a column that has to give way
+constexpr std::size_t kEndpoints = 1;
+constexpr std::size_t kContents = 3;
 
-void DrawColumn(HDC device, RECT place, const std::string& utf8, UINT form) {
+void DrawColumn(HDC device, RECT place, const std::string& utf8) {
   const std::wstring text = WideFromUtf8(utf8);
-  place.right -= 6;
+  place.right -= kGap;
   DrawTextW(device, text.c_str(), static_cast<int>(text.size()), &place,
-            form | DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+            DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
 }
 
 }  // namespace
@@ -54,6 +58,7 @@ void ConnectionChooser::Update() {
     }
   }
   items_ = std::move(order);
+  Measure();
   const auto chosen =
       std::find(items_.begin(), items_.end(),
                 document_.chosen().value_or(static_cast<std::size_t>(-1)));
@@ -65,11 +70,53 @@ void ConnectionChooser::Update() {
   InvalidateRect(window_, nullptr, FALSE);
 }
 
+ConnectionColumns ConnectionChooser::Texts(std::size_t connection) const {
+  return ConnectionTexts(connection + 1, document_.ConnectionAt(connection),
+                         document_.TitlesOf(connection));
+}
+
+// How wide each column's longest text is.
+void ConnectionChooser::Measure() {
+  const HDC device = GetDC(window_);
+  const HGDIOBJ before = SelectObject(
+      device,
+      reinterpret_cast<HGDIOBJ>(SendMessageW(window_, WM_GETFONT, 0, 0)));
+  needed_ = {};
+  for (std::size_t i = 0; i < std::min(items_.size(), kMostMeasured); ++i) {
+    const ConnectionColumns texts = Texts(items_[i]);
+    for (std::size_t column = 0; column < texts.size(); ++column) {
+      const std::wstring text = WideFromUtf8(texts[column]);
+      SIZE size{};
+      GetTextExtentPoint32W(device, text.c_str(), static_cast<int>(text.size()),
+                            &size);
+      needed_[column] = std::max<int>(needed_[column], size.cx + kGap);
+    }
+  }
+  SelectObject(device, before);
+  ReleaseDC(window_, device);
+  const int all = std::accumulate(needed_.begin(), needed_.end(), 0);
+  SendMessageW(
+      window_, CB_SETDROPPEDWIDTH,
+      static_cast<WPARAM>(all + 2 * kMargin + GetSystemMetrics(SM_CXVSCROLL)),
+      0);
+}
+
+// Where there is too little room, what the connection holds is cut first.
+ConnectionChooser::Widths ConnectionChooser::WidthsIn(int width) const {
+  Widths widths = needed_;
+  int missing = std::accumulate(widths.begin(), widths.end(), -width);
+  for (const std::size_t column : {kContents, kEndpoints}) {
+    const int given =
+        std::clamp(missing, 0, std::max(widths[column] - kLeastWidth, 0));
+    widths[column] -= given;
+    missing -= given;
+  }
+  return widths;
+}
+
 std::string ConnectionChooser::Text(std::size_t connection) const {
   std::string text;
-  for (const std::string& column :
-       ConnectionTexts(connection + 1, document_.ConnectionAt(connection),
-                       document_.TitlesOf(connection))) {
+  for (const std::string& column : Texts(connection)) {
     if (!text.empty() && !column.empty()) text += "  ";
     text += column;
   }
@@ -91,17 +138,14 @@ void ConnectionChooser::Draw(const DRAWITEMSTRUCT& item) const {
                GetSysColor(selected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
   SetBkMode(item.hDC, TRANSPARENT);
   if (item.itemID >= items_.size()) return;
-  const std::size_t connection = items_[item.itemID];
-  const auto texts =
-      ConnectionTexts(connection + 1, document_.ConnectionAt(connection),
-                      document_.TitlesOf(connection));
-  const int width = item.rcItem.right - item.rcItem.left - 8;
+  const ConnectionColumns texts = Texts(items_[item.itemID]);
+  const Widths widths =
+      WidthsIn(item.rcItem.right - item.rcItem.left - 2 * kMargin);
   RECT place = item.rcItem;
-  place.left += 4;
+  place.left += kMargin;
   for (std::size_t i = 0; i < texts.size(); ++i) {
-    place.right = place.left + width * kColumnShares[i] / 100;
-    DrawColumn(item.hDC, place, texts[i],
-               i + 1 == texts.size() ? DT_RIGHT : DT_LEFT);
+    place.right = place.left + widths[i];
+    DrawColumn(item.hDC, place, texts[i]);
     place.left = place.right;
   }
   if ((item.itemState & ODS_FOCUS) != 0) DrawFocusRect(item.hDC, &item.rcItem);

@@ -3,10 +3,12 @@
 
 #include <windows.h>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <vector>
 
+#include "host/connection_text.h"
 #include "host/view/capture_document.h"
 
 namespace host {
@@ -34,11 +36,18 @@ class ConnectionChooser {
   void Draw(const DRAWITEMSTRUCT& item) const;
 
  private:
+  // Of the columns, in pixels.
+  using Widths = std::array<int, std::tuple_size_v<ConnectionColumns>>;
+
   std::vector<std::size_t> Order() const;
+  ConnectionColumns Texts(std::size_t connection) const;
+  void Measure();
+  Widths WidthsIn(int width) const;
 
   const CaptureDocument& document_;
   HWND window_ = nullptr;
   std::vector<std::size_t> items_;
+  Widths needed_{};
   std::function<void(std::size_t)> on_chosen_;
 };
 
