@@ -41,7 +41,17 @@ INT_PTR CALLBACK OnMessage(HWND dialog, UINT message, WPARAM wide,
   return TRUE;
 }
 
+INT_PTR CALLBACK OnTextMessage(HWND dialog, UINT message, WPARAM wide, LPARAM) {
+  if (message == WM_COMMAND) EndDialog(dialog, LOWORD(wide));
+  return message == WM_INITDIALOG || message == WM_COMMAND;
+}
+
 }  // namespace
+
+void ShowText(HWND owner, int dialog) {
+  DialogBoxW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(dialog), owner,
+             OnTextMessage);
+}
 
 std::optional<std::wstring> AskForText(HWND owner, const wchar_t* title,
                                        const wchar_t* label,

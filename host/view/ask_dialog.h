@@ -13,6 +13,9 @@ std::optional<std::wstring> AskForText(HWND owner, const wchar_t* title,
                                        const wchar_t* label,
                                        const std::wstring& before);
 
+// Shows a dialog of the program's resources that only tells something.
+void ShowText(HWND owner, int dialog);
+
 }  // namespace host
 
 #endif  // HOST_VIEW_ASK_DIALOG_H_

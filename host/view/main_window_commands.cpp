@@ -29,27 +29,6 @@ constexpr wchar_t kCaptureFilter[] =
     L"All files\0*.*\0";
 constexpr wchar_t kTextFilter[] = L"Texts (*.txt)\0*.txt\0All files\0*.*\0";
 
-constexpr wchar_t kKeysText[] =
-    L"Ctrl+O\topen a capture\n"
-    L"Ctrl+L\tfollow a capture that is still growing\n"
-    L"F5\tread the connection anew\n"
-    L"Esc\tstop reading, clear the filter\n"
-    L"Ctrl+1, Ctrl+2\tPDUs, messages\n"
-    L"Ctrl+K\tchoose the connection\n"
-    L"Ctrl+I\tnotes on the connection\n"
-    L"Ctrl+E\tfilter the rows: a text, dir:> or dir:<\n"
-    L"Ctrl+Down, Ctrl+Up\tnext, previous row\n"
-    L"Ctrl+G\tgo to a row\n"
-    L"Ctrl+J\tfrom a command to its response and back\n"
-    L"Ctrl+F, F3, Shift+F3\tfind in the tree\n"
-    L"Ctrl+C, Ctrl+Shift+C\tcopy the line, its value\n"
-    L"Ctrl+S, Ctrl+Shift+S\tsave the decode of the row, of all rows\n"
-    L"Ctrl+P\tprint the decode of the row\n"
-    L"Ctrl+Shift+E, Ctrl+Shift+W\texpand, collapse all\n"
-    L"Ctrl++, Ctrl+-\tfont size\n"
-    L"Tab, Shift+Tab\tnext, previous pane\n\n"
-    L"A click in the hex dump selects the line that describes the byte.";
-
 std::wstring WideFromCodePage1252(const std::string& text) {
   return WideFromUtf8(Utf8FromCodePage1252(text));
 }
@@ -494,7 +473,7 @@ void MainWindow::HandOverAs(bool clean_streams) {
   Reopen();
 }
 
-void MainWindow::ShowKeys() { MessageBoxW(window_, kKeysText, L"Keys", MB_OK); }
+void MainWindow::ShowKeys() { ShowText(window_, IDD_KEYS); }
 
 void MainWindow::ShowVersions() {
   document_.LoadModule();

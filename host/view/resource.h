@@ -7,6 +7,7 @@
 #define IDR_MENU 1
 #define IDR_ACCELERATORS 1
 #define IDD_ASK 1
+#define IDD_KEYS 2
 #define IDC_ASK_LABEL 100
 #define IDC_ASK_TEXT 101
 
