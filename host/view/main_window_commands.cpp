@@ -362,16 +362,13 @@ void MainWindow::FocusFilter() {
 }
 
 void MainWindow::ApplyFilter() {
-  const auto selected = rows_->Selected();
+  const auto place = pending_row_ ? pending_row_ : displayed_row_;
+  rows_->Mark({});
   model_.SetFilter(CodePage1252FromWide(TextOf(filter_)));
-  rows_->Update();
-  const bool shown = selected &&
-                     model_.IndexOf(*selected) < model_.ShownCount() &&
-                     model_.PositionAt(model_.IndexOf(*selected)) == *selected;
-  const auto pending = pending_row_;
-  rows_->Select(shown ? selected : std::nullopt);
-  pending_row_ = pending;
   ShowRows();
+  const bool shown = place && model_.IndexOf(*place) < model_.ShownCount() &&
+                     model_.PositionAt(model_.IndexOf(*place)) == *place;
+  if (shown) rows_->Mark(place);
 }
 
 void MainWindow::Find() {
