@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/dimse_status.h"
+
 namespace host {
 namespace {
 
@@ -217,6 +219,20 @@ std::vector<std::string> CaptureDocument::Notes() const {
     notes.insert(notes.end(), list.begin(), list.end());
   }
   return notes;
+}
+
+CaptureDocument::Failures CaptureDocument::FailedMessages() const {
+  Failures failures;
+  if (!chosen_) return failures;
+  std::uint32_t position = 0;
+  for (const WireRecord& message : ConnectionAt(*chosen_).messages) {
+    if (!message.listed) continue;
+    const bool failed =
+        message.status && KindOfStatus(*message.status) == StatusKind::kFailure;
+    if (failed && failures.count++ == 0) failures.first = position;
+    ++position;
+  }
+  return failures;
 }
 
 std::string CaptureDocument::Display(View view, std::uint32_t index, HWND tree,

@@ -66,6 +66,13 @@ class CaptureDocument {
   std::vector<ListedRow> Page(View view, std::uint32_t first);
   WireIndex* Wire(View view);  // null without a chosen connection
   std::vector<std::string> Notes() const;
+  // The responses with a failure status, and the first one's position in the
+  // message view.
+  struct Failures {
+    std::uint32_t count = 0;
+    std::uint32_t first = 0;
+  };
+  Failures FailedMessages() const;
 
   struct Switches {
     bool show_message_data = true;

@@ -4,6 +4,7 @@
 
 #include "host/decode_view.h"
 #include "host/tree_search.h"
+#include "host/view/ui_fonts.h"
 #include "plugin/host_interface.h"
 
 namespace host {
@@ -114,6 +115,17 @@ bool DecodeTreePane::SelectNext(const std::string& text, bool backwards) {
   const auto line = FindLine(Lines(), SelectedLine(), text, backwards);
   if (line) SelectLine(*line);
   return line.has_value();
+}
+
+LRESULT DecodeTreePane::Notify(NMHDR* header) {
+  if (header->code != NM_CUSTOMDRAW) return 0;
+  auto& draw = *reinterpret_cast<NMTVCUSTOMDRAW*>(header);
+  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+  if ((draw.nmcd.uItemState & CDIS_SELECTED) != 0 && GetFocus() != window_) {
+    draw.clrText = kRestingText;
+    draw.clrTextBk = kRestingGround;
+  }
+  return CDRF_DODEFAULT;
 }
 
 const std::vector<TreeLine>& DecodeTreePane::Lines() {

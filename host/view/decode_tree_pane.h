@@ -38,6 +38,8 @@ class DecodeTreePane {
   // The next line with the text (code page 1252); false when there is none.
   bool SelectNext(const std::string& text, bool backwards);
 
+  LRESULT Notify(NMHDR* header);
+
   // All lines, collapsed ones included.
   const std::vector<TreeLine>& Lines();
 

@@ -229,7 +229,7 @@ void MainWindow::CreateParts() {
   rows_->OnSelected([this](std::uint32_t position) { ShowRow(position); });
   hex_->OnByte([this](std::uint32_t byte) { tree_->SelectByte(byte); });
   MakeFonts();
-  rows_->SetColumns(settings_.columns, DpiOf(window_));
+  rows_->SetColumns(settings_.columns, TextScale());
 }
 
 void MainWindow::MakeFonts() {
@@ -246,6 +246,12 @@ void MainWindow::MakeFonts() {
   tree_->SetFont(fonts->pane.get());
   hex_->SetFont(fonts->fixed.get());
   fonts_ = std::move(fonts);
+}
+
+// 96 where a pixel is 1/96 inch and the panes have their usual font.
+unsigned MainWindow::TextScale() const {
+  return DpiOf(window_) * static_cast<unsigned>(settings_.font_points) /
+         static_cast<unsigned>(Settings().font_points);
 }
 
 PaneLayout MainWindow::Layout() const {
@@ -271,9 +277,8 @@ void MainWindow::Place() {
 }
 
 void MainWindow::ChangeDpi(const RECT& place) {
-  const RowList::Columns columns = rows_->GetColumns(DpiOf(window_));
   MakeFonts();
-  rows_->SetColumns(columns, DpiOf(window_));
+  rows_->SetColumns(rows_->GetColumns(), TextScale());
   SetWindowPos(window_, nullptr, place.left, place.top,
                place.right - place.left, place.bottom - place.top,
                SWP_NOZORDER | SWP_NOACTIVATE);
@@ -290,10 +295,9 @@ void MainWindow::DropFile(HDROP drop) {
 LRESULT MainWindow::Notify(NMHDR* header) {
   if (!rows_ || !tree_) return 0;
   if (header->hwndFrom == rows_->Handle()) return rows_->Notify(header);
-  const bool selected =
-      header->hwndFrom == tree_->Handle() && header->code == TVN_SELCHANGEDW;
-  if (selected) ShowBytes();
-  return 0;
+  if (header->hwndFrom != tree_->Handle()) return 0;
+  if (header->code == TVN_SELCHANGEDW) ShowBytes();
+  return tree_->Notify(header);
 }
 
 void MainWindow::KeepPlace() {

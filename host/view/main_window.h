@@ -74,6 +74,7 @@ class MainWindow {
   void CreateParts();
   void MakeFonts();
   void Place();
+  unsigned TextScale() const;
   PaneLayout Layout() const;
   void Drag(POINT point);
   void KeepPlace();
@@ -150,6 +151,8 @@ class MainWindow {
   void ShowBytes();
   void ShowDone();
   std::string CaptureText() const;
+  std::string FailedText() const;
+  std::wstring EmptyListText() const;
   void Say(const std::string& sentence);
 
   Settings settings_;
@@ -178,6 +181,7 @@ class MainWindow {
   std::optional<std::size_t> wanted_connection_;
   std::optional<std::uint32_t> wanted_row_;
   std::optional<std::uint32_t> pending_row_;  // selected, not yet displayed
+  std::optional<std::uint32_t> displayed_row_;
   std::wstring find_text_;
   bool find_when_shown_ = false;
 };

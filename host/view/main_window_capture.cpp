@@ -85,6 +85,7 @@ void MainWindow::OpenCapture(const std::wstring& path, bool keep_place) {
 // The panes before there is anything to show.
 void MainWindow::ShowNothing() {
   pending_row_.reset();
+  displayed_row_.reset();
   tree_->BeginFilling();
   document_.Clear(tree_->Handle(), hex_->Handle());
   tree_->EndFilling(0);
@@ -152,6 +153,7 @@ void MainWindow::ShowProgress(bool more) {
 void MainWindow::ShowRows() {
   TakePlaces();
   model_.Update();
+  rows_->SetHint(EmptyListText());
   rows_->Update();
   const std::string count = NumberText(model_.Count());
   const char* kind = model_.view() == View::kPdus ? " PDUs" : " messages";
@@ -172,8 +174,21 @@ void MainWindow::TakePlaces() {
     model_.Reset();
   }
   // The first row is shown as soon as it is there.
-  const bool nothing = !rows_->Selected() && !wanted_row_ && !pending_row_;
+  const bool nothing = !displayed_row_ && !wanted_row_ && !pending_row_;
   if (nothing && !wanted_connection_ && !model_.IsFiltered()) wanted_row_ = 0;
+}
+
+std::wstring MainWindow::EmptyListText() const {
+  if (!document_.IsOpen()) return L"Open a capture (Ctrl+O), or drop one here.";
+  if (model_.Count() > 0) return L"No row passes the filter; Esc clears it.";
+  if (was_busy_) return L"";
+  if (!document_.chosen()) return L"This capture holds no TCP connection.";
+  if (!document_.ConnectionAt(*document_.chosen()).carries_dicom) {
+    return L"No DICOM was found in this connection; choose another (Ctrl+K).";
+  }
+  return model_.view() == View::kPdus
+             ? L"This connection has no PDUs."
+             : L"This connection has no messages; Ctrl+1 shows its PDUs.";
 }
 
 // What is left to say when everything is read.
@@ -181,18 +196,31 @@ void MainWindow::ShowDone() {
   if (document_.IsOpen()) status_->SetText(CaptureText());
 }
 
+// What a person looks for first.
+std::string MainWindow::FailedText() const {
+  const auto [count, first] = document_.FailedMessages();
+  if (count == 0) return {};
+  return Counted(count, "message failed: row ",
+                 "messages failed, the first in row ") +
+         NumberText(first + 1) +
+         (model_.view() == View::kMessages ? ". "
+                                           : " of the messages, Ctrl+2. ");
+}
+
 std::string MainWindow::CaptureText() const {
+  const std::string failed = FailedText();
   const auto notes = document_.Notes();
   if (!notes.empty()) {
-    return notes.size() == 1 ? notes[0]
-                             : notes[0] + " (" + std::to_string(notes.size()) +
-                                   " notes, Ctrl+I)";
+    return failed + notes[0] +
+           (notes.size() == 1
+                ? ""
+                : " (" + std::to_string(notes.size()) + " notes, Ctrl+I)");
   }
   std::size_t dicom = 0;
   for (std::size_t i = 0; i < document_.ConnectionCount(); ++i) {
     dicom += document_.ConnectionAt(i).carries_dicom;
   }
-  return std::string(follow_ ? "Following the file: " : "") +
+  return failed + (follow_ ? "Following the file: " : "") +
          Counted(document_.ConnectionCount(), "TCP connection, ",
                  "TCP connections, ") +
          NumberText(dicom) + " with DICOM.";
@@ -218,6 +246,7 @@ void MainWindow::ShowPendingRow() {
   }
   const std::uint32_t position = *pending_row_;
   pending_row_.reset();
+  displayed_row_ = position;
   hex_->Highlight({});
   status_->SetBytes("");
   tree_->BeginFilling();

@@ -285,7 +285,7 @@ void MainWindow::AskAndPrint(std::optional<JobRows> rows) {
   PRINTDLGW question{};
   question.lStructSize = sizeof question;
   question.hwndOwner = window_;
-  question.Flags = PD_RETURNDC | PD_NOPAGENUMS | PD_NOSELECTION;
+  question.Flags = PD_RETURNDC | PD_NOPAGENUMS | PD_NOSELECTION | PD_NOWARNING;
   if (PrintDlgW(&question)) {
     job_ = std::make_unique<PrintJob>(*rows, question.hDC);
     was_busy_ = true;
@@ -461,6 +461,7 @@ void MainWindow::ChangeFont(int points) {
   settings_.font_points =
       std::clamp(settings_.font_points + points, kLeastPoints, kMostPoints);
   MakeFonts();
+  rows_->SetColumns(rows_->GetColumns(), TextScale());
   Place();
 }
 

@@ -2,12 +2,13 @@
 
 #include <algorithm>
 
+#include "host/view/ui_fonts.h"
 #include "host/wide_text.h"
 
 namespace host {
 namespace {
 
-constexpr int kLeastDetailWidth = 240;
+constexpr int kDetail = kRowColumns - 1;
 
 struct ColumnForm {
   const wchar_t* title;
@@ -73,34 +74,53 @@ void RowList::SetFonts(HFONT plain, HFONT bold) {
   SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(plain), TRUE);
 }
 
-RowList::Columns RowList::GetColumns(unsigned dpi) const {
+int RowList::DetailWidth() const {
+  const int now = ListView_GetColumnWidth(window_, kDetail);
+  return now == filled_detail_ ? least_detail_ : now;
+}
+
+RowList::Columns RowList::GetColumns() const {
   Columns columns;
   for (int i = 0; i < kRowColumns; ++i) {
-    columns.widths[static_cast<std::size_t>(i)] =
-        MulDiv(ListView_GetColumnWidth(window_, i), 96, static_cast<int>(dpi));
+    columns.widths[static_cast<std::size_t>(i)] = MulDiv(
+        i == kDetail ? DetailWidth() : ListView_GetColumnWidth(window_, i), 96,
+        static_cast<int>(scale_));
   }
   SendMessageW(window_, LVM_GETCOLUMNORDERARRAY, kRowColumns,
                reinterpret_cast<LPARAM>(columns.order.data()));
   return columns;
 }
 
-void RowList::SetColumns(const Columns& columns, unsigned dpi) {
+void RowList::SetColumns(const Columns& columns, unsigned scale) {
+  scale_ = scale;
+  SendMessageW(window_, WM_SETREDRAW, FALSE, 0);
   for (int i = 0; i < kRowColumns; ++i) {
     ListView_SetColumnWidth(window_, i,
                             MulDiv(columns.widths[static_cast<std::size_t>(i)],
-                                   static_cast<int>(dpi), 96));
+                                   static_cast<int>(scale), 96));
   }
+  least_detail_ = filled_detail_ = ListView_GetColumnWidth(window_, kDetail);
+  SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
+  InvalidateRect(window_, nullptr, TRUE);
   SendMessageW(window_, LVM_SETCOLUMNORDERARRAY, kRowColumns,
                reinterpret_cast<LPARAM>(columns.order.data()));
 }
 
 void RowList::FillWidth() {
-  constexpr int kDetail = kRowColumns - 1;
   RECT area;
   GetClientRect(window_, &area);
   int left = area.right;
   for (int i = 0; i < kDetail; ++i) left -= ListView_GetColumnWidth(window_, i);
-  ListView_SetColumnWidth(window_, kDetail, std::max(left, kLeastDetailWidth));
+  least_detail_ = DetailWidth();
+  filled_width_ = area.right;
+  filled_detail_ = std::max(left, least_detail_);
+  ListView_SetColumnWidth(window_, kDetail, filled_detail_);
+}
+
+void RowList::SetHint(const std::wstring& hint) {
+  if (hint_ == hint) return;
+  hint_ = hint;
+  InvalidateRect(window_, nullptr, TRUE);
 }
 
 void RowList::Update() {
@@ -108,6 +128,9 @@ void RowList::Update() {
   ListView_SetItemCountEx(window_, model_.ShownCount(),
                           LVSICF_NOSCROLL | LVSICF_NOINVALIDATEALL);
   silent_ = false;
+  RECT area;
+  GetClientRect(window_, &area);
+  if (area.right != filled_width_) FillWidth();  // a scroll bar came or went
   InvalidateRect(window_, nullptr, FALSE);
 }
 
@@ -115,8 +138,12 @@ void RowList::Update() {
 void RowList::Deselect() {
   const auto index = SelectedIndex();
   if (!index) return;
-  silent_ = true;
   ListView_SetItemState(window_, static_cast<int>(*index), 0, LVIS_SELECTED);
+}
+
+void RowList::Mark(std::optional<std::uint32_t> position) {
+  silent_ = true;
+  Select(position);
   silent_ = false;
 }
 
@@ -131,10 +158,15 @@ void RowList::Select(std::optional<std::uint32_t> position) {
   ListView_EnsureVisible(window_, static_cast<int>(index), FALSE);
 }
 
+bool RowList::IsSelected(std::uint32_t index) const {
+  return ListView_GetItemState(window_, static_cast<int>(index),
+                               LVIS_SELECTED) != 0;
+}
+
+// Not by a search in the list view, which may visit its items one by one.
 std::optional<std::uint32_t> RowList::SelectedIndex() const {
-  const int index = ListView_GetNextItem(window_, -1, LVNI_SELECTED);
-  if (index < 0) return {};
-  return static_cast<std::uint32_t>(index);
+  if (!IsSelected(selected_)) return {};
+  return selected_;
 }
 
 std::optional<std::uint32_t> RowList::Selected() const {
@@ -161,10 +193,9 @@ LRESULT RowList::Notify(NMHDR* header) {
       const auto& change = *reinterpret_cast<NMLISTVIEW*>(header);
       const bool selected = (change.uNewState & LVIS_SELECTED) != 0 &&
                             (change.uOldState & LVIS_SELECTED) == 0;
-      if (selected && change.iItem >= 0 && !silent_ && on_selected_) {
-        on_selected_(
-            model_.PositionAt(static_cast<std::uint32_t>(change.iItem)));
-      }
+      if (!selected || change.iItem < 0) return 0;
+      selected_ = static_cast<std::uint32_t>(change.iItem);
+      if (!silent_ && on_selected_) on_selected_(model_.PositionAt(selected_));
       return 0;
     }
     case NM_CUSTOMDRAW:
@@ -184,13 +215,40 @@ void RowList::FillText(LVITEMW& item) {
 }
 
 LRESULT RowList::Draw(NMLVCUSTOMDRAW& draw) {
-  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
-  if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT) return CDRF_DODEFAULT;
-  const std::uint32_t position =
-      model_.PositionAt(static_cast<std::uint32_t>(draw.nmcd.dwItemSpec));
-  const RowColors colors = ColorsOf(model_.Kind(position));
+  switch (draw.nmcd.dwDrawStage) {
+    case CDDS_PREPAINT:
+      return model_.ShownCount() > 0 ? CDRF_NOTIFYITEMDRAW
+                                     : CDRF_NOTIFYPOSTPAINT;
+    case CDDS_ITEMPREPAINT:
+      return DrawRow(draw);
+    case CDDS_POSTPAINT:
+      DrawHint(draw.nmcd.hdc);
+      return CDRF_DODEFAULT;
+    default:
+      return CDRF_DODEFAULT;
+  }
+}
+
+void RowList::DrawHint(HDC device) const {
+  RECT area;
+  GetClientRect(window_, &area);
+  area.top += (area.bottom - area.top) / 3;
+  SetBkMode(device, TRANSPARENT);
+  SetTextColor(device, GetSysColor(COLOR_GRAYTEXT));
+  DrawTextW(device, hint_.c_str(), static_cast<int>(hint_.size()), &area,
+            DT_CENTER | DT_WORDBREAK | DT_NOPREFIX);
+}
+
+LRESULT RowList::DrawRow(NMLVCUSTOMDRAW& draw) {
+  const auto index = static_cast<std::uint32_t>(draw.nmcd.dwItemSpec);
+  const RowColors colors = ColorsOf(model_.Kind(model_.PositionAt(index)));
   draw.clrText = colors.text;
   draw.clrTextBk = colors.ground;
+  if (GetFocus() != window_ && IsSelected(index)) {
+    draw.nmcd.uItemState &= ~static_cast<UINT>(CDIS_SELECTED);
+    draw.clrText = kRestingText;
+    draw.clrTextBk = kRestingGround;
+  }
   if (!colors.bold) return CDRF_DODEFAULT;
   SelectObject(draw.nmcd.hdc, bold_);
   return CDRF_NEWFONT;

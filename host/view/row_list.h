@@ -24,21 +24,27 @@ class RowList {
   HWND Handle() const { return window_; }
   void SetFonts(HFONT plain, HFONT bold);
 
-  // Column widths in pixels for 96 dpi, and the order of the columns.
+  // Column widths in pixels at scale 96, and the order of the columns. The
+  // detail column has at least its width.
   struct Columns {
-    std::array<int, kRowColumns> widths{60, 120, 90, 190, 90, 180, 420};
+    std::array<int, kRowColumns> widths{60, 120, 90, 190, 90, 180, 240};
     std::array<int, kRowColumns> order{0, 1, 2, 3, 4, 5, 6};
   };
-  Columns GetColumns(unsigned dpi) const;
-  void SetColumns(const Columns& columns, unsigned dpi);
+  Columns GetColumns() const;
+  void SetColumns(const Columns& columns, unsigned scale);
 
   // The detail column takes what the others leave of the width.
   void FillWidth();
+
+  // Stands in the list while it has no rows.
+  void SetHint(const std::wstring& hint);
 
   // The model's rows have come or changed; the place stays where it is.
   void Update();
   // Nothing is selected when there is no such row.
   void Select(std::optional<std::uint32_t> position);
+  // The same without telling the handler.
+  void Mark(std::optional<std::uint32_t> position);
   std::optional<std::uint32_t> Selected() const;
   // To the next (+1) or previous (-1) shown row.
   void Move(int step);
@@ -54,13 +60,23 @@ class RowList {
   void Deselect();
   void FillText(LVITEMW& item);
   LRESULT Draw(NMLVCUSTOMDRAW& draw);
+  LRESULT DrawRow(NMLVCUSTOMDRAW& draw);
+  void DrawHint(HDC device) const;
+  int DetailWidth() const;
+  bool IsSelected(std::uint32_t index) const;
   std::optional<std::uint32_t> SelectedIndex() const;
 
   RowModel& model_;
   HWND window_ = nullptr;
   HFONT bold_ = nullptr;
+  unsigned scale_ = 96;
+  int least_detail_ = 0;   // in pixels, as the person wants it
+  int filled_detail_ = 0;  // as FillWidth() has set it
+  LONG filled_width_ = 0;  // of the whole list at that time
+  std::wstring hint_;
   std::wstring text_;
-  bool silent_ = false;  // selections are our own
+  std::uint32_t selected_ = 0;  // the index that was selected last
+  bool silent_ = false;         // selections are our own
   std::function<void(std::uint32_t)> on_selected_;
 };
 

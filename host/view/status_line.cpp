@@ -20,8 +20,9 @@ constexpr int kBytesWidth = 230;
 
 StatusLine::StatusLine(HWND parent)
     : window_(CreateWindowW(
-          STATUSCLASSNAMEW, L"", WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0, 0,
-          0, 0, parent, nullptr, GetModuleHandleW(nullptr), nullptr)) {
+          STATUSCLASSNAMEW, L"",
+          WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP | SBARS_TOOLTIPS, 0, 0, 0, 0,
+          parent, nullptr, GetModuleHandleW(nullptr), nullptr)) {
   bar_ = CreateWindowW(PROGRESS_CLASSW, L"", WS_CHILD, 0, 0, 0, 0, window_,
                        nullptr, GetModuleHandleW(nullptr), nullptr);
 }
@@ -37,15 +38,21 @@ void StatusLine::SetFont(HFONT font) {
 }
 
 void StatusLine::Place(unsigned dpi) {
+  dpi_ = dpi;
   SendMessageW(window_, WM_SIZE, 0, 0);
+  PlaceParts();
+}
+
+// The sentence takes the place of the progress bar when there is none.
+void StatusLine::PlaceParts() {
   RECT area;
   GetClientRect(window_, &area);
-  const auto scaled = [dpi](int width) {
-    return MulDiv(width, static_cast<int>(dpi), 96);
+  const auto scaled = [this](int width) {
+    return MulDiv(width, static_cast<int>(dpi_), 96);
   };
   const int bytes = std::max<int>(area.right - scaled(kBytesWidth), 0);
   const int rows = std::max(bytes - scaled(kRowsWidth), 0);
-  const int text = std::max(rows - scaled(kProgressWidth), 0);
+  const int text = std::max(rows - (percent_ ? scaled(kProgressWidth) : 0), 0);
   const int ends[kParts] = {text, rows, bytes, -1};
   SendMessageW(window_, SB_SETPARTS, kParts, reinterpret_cast<LPARAM>(ends));
   RECT place;
@@ -60,13 +67,18 @@ void StatusLine::Place(unsigned dpi) {
 void StatusLine::SetPart(int part, const std::string& utf8) {
   if (shown_[part] == utf8) return;
   shown_[part] = utf8;
-  SendMessageW(window_, SB_SETTEXTW, static_cast<WPARAM>(part),
-               reinterpret_cast<LPARAM>(WideFromUtf8(utf8).c_str()));
+  const std::wstring text = WideFromUtf8(utf8);
+  for (const UINT message : {SB_SETTEXTW, SB_SETTIPTEXTW}) {
+    SendMessageW(window_, message, static_cast<WPARAM>(part),
+                 reinterpret_cast<LPARAM>(text.c_str()));
+  }
 }
 
 void StatusLine::SetProgress(std::optional<unsigned> percent) {
   if (percent == percent_) return;
+  const bool comes_or_goes = percent.has_value() != percent_.has_value();
   percent_ = percent;
+  if (comes_or_goes) PlaceParts();
   SetPart(kProgressPart,
           percent ? std::to_string(*percent) + " %" : std::string());
   ShowWindow(bar_, percent ? SW_SHOW : SW_HIDE);

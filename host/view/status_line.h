@@ -32,11 +32,13 @@ class StatusLine {
  private:
   static constexpr int kParts = 4;
   void SetPart(int part, const std::string& utf8);
+  void PlaceParts();
 
   HWND window_ = nullptr;
   HWND bar_ = nullptr;
   std::string shown_[kParts];
   std::optional<unsigned> percent_;
+  unsigned dpi_ = 96;
 };
 
 }  // namespace host

@@ -12,6 +12,11 @@ struct FontDelete {
 };
 using Font = std::unique_ptr<std::remove_pointer_t<HFONT>, FontDelete>;
 
+// Of a selection in a list or tree that has not the focus. The system's own
+// colour for it can hardly be told from white.
+inline constexpr COLORREF kRestingText = RGB(0, 0, 0);
+inline constexpr COLORREF kRestingGround = RGB(182, 200, 222);
+
 // Dots per inch of the screen that the window is on.
 unsigned DpiOf(HWND window);
 
