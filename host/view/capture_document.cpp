@@ -8,6 +8,9 @@
 namespace host {
 namespace {
 
+// More would take too long to be put in order at one go.
+constexpr unsigned kMostLooksPerSlice = 256;
+
 constexpr std::uint32_t kNoImages[DICOM_IMAGE_TABLE_ENTRIES] = {};
 
 std::size_t IndexOf(View view) { return view == View::kMessages ? 1 : 0; }
@@ -61,7 +64,8 @@ bool CaptureDocument::Work(const TimeIsUp& time_is_up) {
   if (!IsOpen()) return false;
   if (loader_->state() == CaptureLoader::State::kReading || look_again_) {
     look_again_ = false;
-    loader_->Read(time_is_up);
+    unsigned looks = 0;
+    loader_->Read([&] { return ++looks > kMostLooksPerSlice || time_is_up(); });
     ChooseFirstDicom();
   }
   if (Session* session = Current()) {

@@ -147,7 +147,7 @@ LRESULT MainWindow::Handle(UINT message, WPARAM wide, LPARAM data) {
       DropFile(reinterpret_cast<HDROP>(wide));
       return 0;
     case WM_TIMER:
-      if (wide == kFollowTimer) document_.LookAgain();
+      if (wide == kFollowTimer) LookAgain();
       Work();
       return 0;
     case WM_CLOSE:
@@ -306,7 +306,7 @@ void MainWindow::KeepPlace() {
   if (!GetWindowPlacement(window_, &placement)) return;
   settings_.place = placement.rcNormalPosition;
   settings_.maximized = placement.showCmd == SW_SHOWMAXIMIZED;
-  settings_.columns = rows_->GetColumns(DpiOf(window_));
+  settings_.columns = rows_->GetColumns();
   settings_.message_view = model_.view() == View::kMessages;
 }
 

@@ -143,6 +143,7 @@ class MainWindow {
   void Reopen();
   void ShowNothing();
   void ChooseConnection(std::size_t connection);
+  void LookAgain();
   void ShowProgress(bool more);
   void ShowRows();
   void TakePlaces();

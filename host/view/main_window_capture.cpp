@@ -78,8 +78,7 @@ void MainWindow::OpenCapture(const std::wstring& path, bool keep_place) {
   KillTimer(window_, kFollowTimer);
   if (follow_) SetTimer(window_, kFollowTimer, kFollowMilliseconds, nullptr);
   next_update_ = GetTickCount();
-  was_busy_ = true;
-  Work();
+  was_busy_ = true;  // Work() is called when the empty panes are painted
 }
 
 // The panes before there is anything to show.
@@ -123,12 +122,17 @@ bool MainWindow::Work() {
   }
   working_ = false;
   ShowProgress(more);
-  return more;
+  return was_busy_;
+}
+
+void MainWindow::LookAgain() {
+  document_.LookAgain();
+  was_busy_ = true;
 }
 
 void MainWindow::ShowProgress(bool more) {
   if (!document_.IsOpen()) return;
-  if (!more && !was_busy_ && !follow_) return;
+  if (!std::exchange(was_busy_, more) && !more) return;
   // Painting takes longer than reading; what comes first is shown at once.
   const DWORD now = GetTickCount();
   const bool first = model_.Count() == 0;
@@ -141,13 +145,13 @@ void MainWindow::ShowProgress(bool more) {
   status_->SetProgress(
       more ? std::optional(job ? job_->Percent() : document_.Percent())
            : std::nullopt);
-  if (more != was_busy_ && more) {
+  if (more) {
     SetTimer(window_, kWorkTimer, kWorkMilliseconds, nullptr);
+    if (!said_) status_->SetText("Reading; Esc stops.");
+  } else {
+    KillTimer(window_, kWorkTimer);
+    if (!said_) ShowDone();
   }
-  if (!more) KillTimer(window_, kWorkTimer);
-  was_busy_ = more;
-  if (more && !said_) status_->SetText("Reading; Esc stops.");
-  if (!more && !said_) ShowDone();
 }
 
 void MainWindow::ShowRows() {
