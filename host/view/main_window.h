@@ -148,6 +148,7 @@ class MainWindow {
   void ShowRows();
   void TakePlaces();
   void ShowRow(std::uint32_t position);
+  bool IsPendingRowThere() const;
   void ShowPendingRow();
   void ShowBytes();
   void ShowDone();

@@ -18,15 +18,16 @@ namespace host {
 namespace {
 
 constexpr DWORD kSliceMilliseconds = 25;
+constexpr DWORD kFirstSliceMilliseconds = 10;  // until there are rows to show
 constexpr DWORD kUpdateMilliseconds = 200;
 constexpr UINT_PTR kWorkTimer = 1;  // keeps working while a menu is open
 constexpr UINT_PTR kFollowTimer = 2;
 constexpr UINT kWorkMilliseconds = 40;
 constexpr UINT kFollowMilliseconds = 400;
 
-TimeIsUp Slice() {
+TimeIsUp After(DWORD milliseconds) {
   const DWORD begin = GetTickCount();
-  return [begin] { return GetTickCount() - begin >= kSliceMilliseconds; };
+  return [=] { return GetTickCount() - begin >= milliseconds; };
 }
 
 std::string Counted(std::size_t count, const char* one, const char* many) {
@@ -105,10 +106,15 @@ void MainWindow::ShowNothing() {
 
 bool MainWindow::Work() {
   if (working_ || window_ == nullptr) return false;
+  if (IsPendingRowThere()) {
+    ShowPendingRow();
+    return true;
+  }
   working_ = true;
   bool more = false;
   try {
-    const TimeIsUp time_is_up = Slice();
+    const TimeIsUp time_is_up = After(
+        model_.Count() == 0 ? kFirstSliceMilliseconds : kSliceMilliseconds);
     more = document_.Work(time_is_up);
     if (job_ && !more) {
       more = job_->Work(document_, time_is_up) || !document_.IsListed();
@@ -122,7 +128,7 @@ bool MainWindow::Work() {
   }
   working_ = false;
   ShowProgress(more);
-  return was_busy_;
+  return was_busy_ || IsPendingRowThere();
 }
 
 void MainWindow::LookAgain() {
@@ -165,10 +171,9 @@ void MainWindow::ShowRows() {
                        ? NumberText(model_.ShownCount()) + " of " + count + kind
                        : count + kind);
   if (wanted_row_ && *wanted_row_ < model_.Count()) {
-    rows_->Select(*wanted_row_);
-    wanted_row_.reset();
+    rows_->Mark(wanted_row_);
+    pending_row_ = std::exchange(wanted_row_, {});
   }
-  ShowPendingRow();
 }
 
 void MainWindow::TakePlaces() {
@@ -244,10 +249,12 @@ void MainWindow::ShowRow(std::uint32_t position) {
   ShowPendingRow();
 }
 
+bool MainWindow::IsPendingRowThere() const {
+  return pending_row_ && *pending_row_ < document_.Available(model_.view());
+}
+
 void MainWindow::ShowPendingRow() {
-  if (!pending_row_ || *pending_row_ >= document_.Available(model_.view())) {
-    return;
-  }
+  if (!IsPendingRowThere()) return;
   const std::uint32_t position = *pending_row_;
   pending_row_.reset();
   displayed_row_ = position;
