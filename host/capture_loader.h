@@ -35,7 +35,11 @@ class CaptureLoader {
 
   State state() const { return state_; }
   unsigned percent() const;
-  const std::string& damage() const { return reader_.damage(); }
+  // A file that is followed may end inside a frame for now.
+  std::string damage() const {
+    const bool grows = state_ == State::kFollowing && reader_.EndsInsideFrame();
+    return grows ? std::string() : reader_.damage();
+  }
   HandOver hand_over() const { return hand_over_; }
   TcpConnections& connections() { return connections_; }
 

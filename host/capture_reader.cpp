@@ -95,6 +95,7 @@ bool CaptureReader::ReadFrame(TcpFrame* frame, FrameKind* kind) {
   const int answer = pcap_next_ex(pcap_->handle, &header, &bytes);
   if (answer != 1) {
     if (answer == PCAP_ERROR) {
+      ends_inside_frame_ = std::feof(file) != 0;
       damage_ = "The capture file is damaged or breaks off after frame " +
                 std::to_string(frames_) + " (" + pcap_geterr(pcap_->handle) +
                 "); what comes before is shown.";

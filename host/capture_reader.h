@@ -49,6 +49,8 @@ class CaptureReader {
   std::uint64_t file_bytes() const { return file_bytes_; }
   // One sentence when the file broke off or is damaged; else empty.
   const std::string& damage() const { return damage_; }
+  // The damage is that the file ends too early.
+  bool EndsInsideFrame() const { return ends_inside_frame_; }
 
  private:
   struct Pcap;
@@ -63,6 +65,7 @@ class CaptureReader {
   std::uint32_t fragments_ = 0;
   std::uint64_t file_bytes_ = 0;
   std::string damage_;
+  bool ends_inside_frame_ = false;
 };
 
 }  // namespace host

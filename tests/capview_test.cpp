@@ -221,6 +221,7 @@ TEST_F(CapviewTest, FollowsAGrowingFileUntilItIsTurnedOff) {
   Command(IDM_FOLLOW);
   const int before = RowCount();
   ASSERT_LT(before, 6);
+  EXPECT_TRUE(StatusHas("Following")) << Status();  // the last frame is cut
   Write(file, whole.substr(1700), true);
   SendMessageW(window_->Handle(), WM_TIMER, 2, 0);  // as twice a second
   Settle();

@@ -92,6 +92,7 @@ void MainWindow::ShowNothing() {
   hex_->Highlight({});
   model_.Reset();
   rows_->Select({});
+  rows_->SetHint(EmptyListText());
   rows_->Update();
   connections_->Update();
   const bool messages = model_.view() == View::kMessages;
