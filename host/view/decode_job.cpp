@@ -7,6 +7,11 @@
 #include "host/wide_text.h"
 
 namespace host {
+namespace {
+
+constexpr int kPrintPoints = 8;  // some 110 characters in a line of A4
+
+}  // namespace
 
 bool DecodeJob::Work(CaptureDocument& document, const TimeIsUp& time_is_up) {
   while (rows_.next < rows_.end && document.IsListed()) {
@@ -46,7 +51,10 @@ std::string SaveJob::Target() const {
 }
 
 PrintJob::PrintJob(const JobRows& rows, HDC printer)
-    : DecodeJob(rows), printer_(printer) {
+    : DecodeJob(rows),
+      printer_(printer),
+      font_(MakeFixedFont(kPrintPoints, static_cast<unsigned>(GetDeviceCaps(
+                                            printer, LOGPIXELSY)))) {
   DOCINFOW document{};
   document.cbSize = sizeof document;
   document.lpszDocName = L"DICOM decode";
@@ -54,6 +62,7 @@ PrintJob::PrintJob(const JobRows& rows, HDC printer)
     DeleteDC(printer_);
     throw Failure("the printer takes no document; choose another printer");
   }
+  SelectObject(printer_, font_.get());  // the module draws with what is there
   TEXTMETRICW font;
   GetTextMetricsW(printer_, &font);
   paper_.printer = printer_;

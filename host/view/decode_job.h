@@ -9,6 +9,7 @@
 
 #include "host/save_file.h"
 #include "host/view/capture_document.h"
+#include "host/view/ui_fonts.h"
 
 namespace host {
 
@@ -72,6 +73,7 @@ class PrintJob final : public DecodeJob {
 
  private:
   HDC printer_;
+  Font font_;
   CaptureDocument::Paper paper_;
 };
 

@@ -44,10 +44,14 @@ unsigned DpiOf(HWND window) {
   return static_cast<unsigned>(all);
 }
 
+Font MakeFixedFont(int points, unsigned dpi) {
+  return Make(FixedFont(), points, dpi, FW_NORMAL);
+}
+
 UiFonts::UiFonts(int points, unsigned dpi)
     : chrome(Make(SystemFont(), kChromePoints, dpi, FW_NORMAL)),
       pane(Make(SystemFont(), points, dpi, FW_NORMAL)),
       pane_bold(Make(SystemFont(), points, dpi, FW_BOLD)),
-      fixed(Make(FixedFont(), points, dpi, FW_NORMAL)) {}
+      fixed(MakeFixedFont(points, dpi)) {}
 
 }  // namespace host

@@ -20,6 +20,9 @@ inline constexpr COLORREF kRestingGround = RGB(182, 200, 222);
 // Dots per inch of the screen that the window is on.
 unsigned DpiOf(HWND window);
 
+// For texts in columns; of a screen or a printer with so many dots per inch.
+Font MakeFixedFont(int points, unsigned dpi);
+
 // The fonts of the window, made for a screen and a size.
 struct UiFonts {
   UiFonts(int points, unsigned dpi);
