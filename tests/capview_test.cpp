@@ -253,7 +253,7 @@ TEST_F(CapviewTest, AModuleThatFailsIsLoadedAgain) {
   ASSERT_GE(rows, 2);
   // The list ends where the module fails again and again; its message box was
   // answered and quoted.
-  EXPECT_TRUE(StatusHas("the module showed a message box")) << Status();
+  EXPECT_TRUE(StatusHas("The module showed a message box")) << Status();
   SelectRow(1);
   EXPECT_TRUE(
       StatusHas("Row 2 could not be decoded to its end (Out of "

@@ -141,8 +141,15 @@ void CaptureDocument::Refresh() {
   Session* session = Current();
   if (session == nullptr) return;
   module_->RefreshDecode(session->window.Handle());
-  session->list.Begin();
-  session->listed = false;
+  // Whatever went wrong in the old one is forgotten; its rows stay in sight.
+  auto fresh = std::make_unique<Session>(*module_, ConnectionAt(*chosen_));
+  fresh->shown = session->shown;
+  sessions_[*chosen_] = std::move(fresh);
+}
+
+bool CaptureDocument::HasModuleFailed() const {
+  const Session* session = Current();
+  return session != nullptr && !session->list.Notes().empty();
 }
 
 CaptureDocument::Session* CaptureDocument::Current() const {

@@ -66,6 +66,7 @@ class CaptureDocument {
   std::vector<ListedRow> Page(View view, std::uint32_t first);
   WireIndex* Wire(View view);  // null without a chosen connection
   std::vector<std::string> Notes() const;
+  bool HasModuleFailed() const;  // while it listed the chosen connection
   // The responses with a failure status, and the first one's position in the
   // message view.
   struct Failures {

@@ -30,6 +30,14 @@ TimeIsUp After(DWORD milliseconds) {
   return [=] { return GetTickCount() - begin >= milliseconds; };
 }
 
+// Failures are told as capdump prints them, behind its name.
+std::string WholeSentence(std::string text) {
+  if (text.empty()) return text;
+  if (text[0] >= 'a' && text[0] <= 'z') text[0] ^= 'a' ^ 'A';
+  if (text.back() != '.') text += '.';
+  return text;
+}
+
 std::string Counted(std::size_t count, const char* one, const char* many) {
   return NumberText(count) + " " + (count == 1 ? one : many);
 }
@@ -37,7 +45,7 @@ std::string Counted(std::size_t count, const char* one, const char* many) {
 }  // namespace
 
 void MainWindow::Say(const std::string& sentence) {
-  status_->SetText(sentence);
+  status_->SetText(WholeSentence(sentence));
   said_ = !sentence.empty();
 }
 
@@ -221,7 +229,9 @@ std::string MainWindow::CaptureText() const {
   const std::string failed = FailedText();
   const auto notes = document_.Notes();
   if (!notes.empty()) {
-    return failed + notes[0] +
+    return failed + WholeSentence(notes[0]) +
+           (document_.HasModuleFailed() ? " F5 lets the module try again."
+                                        : "") +
            (notes.size() == 1
                 ? ""
                 : " (" + std::to_string(notes.size()) + " notes, Ctrl+I)");
@@ -246,7 +256,7 @@ void MainWindow::ChooseConnection(std::size_t connection) {
 
 void MainWindow::ShowRow(std::uint32_t position) {
   pending_row_ = position;
-  said_ = false;
+  if (std::exchange(said_, false)) ShowDone();
   ShowPendingRow();
 }
 

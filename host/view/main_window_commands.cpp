@@ -214,8 +214,8 @@ void MainWindow::ToggleFollow() {
 }
 
 void MainWindow::ReloadDecode() {
+  wanted_row_ = rows_->Selected();
   document_.Refresh();
-  pending_row_ = rows_->Selected();
   was_busy_ = true;
   Say("");
   Work();

@@ -12,6 +12,7 @@ namespace host {
 namespace {
 
 constexpr int kProgressPart = 1;
+constexpr int kRowsPart = 2;
 constexpr int kProgressWidth = 170;  // at 96 dpi, as the two below
 constexpr int kRowsWidth = 190;
 constexpr int kBytesWidth = 230;
@@ -50,8 +51,10 @@ void StatusLine::PlaceParts() {
   const auto scaled = [this](int width) {
     return MulDiv(width, static_cast<int>(dpi_), 96);
   };
-  const int bytes = std::max<int>(area.right - scaled(kBytesWidth), 0);
-  const int rows = std::max(bytes - scaled(kRowsWidth), 0);
+  const bool counts = !shown_[kRowsPart].empty();  // a capture is open
+  const int right = area.right;
+  const int bytes = counts ? std::max(right - scaled(kBytesWidth), 0) : right;
+  const int rows = counts ? std::max(bytes - scaled(kRowsWidth), 0) : right;
   const int text = std::max(rows - (percent_ ? scaled(kProgressWidth) : 0), 0);
   const int ends[kParts] = {text, rows, bytes, -1};
   SendMessageW(window_, SB_SETPARTS, kParts, reinterpret_cast<LPARAM>(ends));
@@ -66,7 +69,9 @@ void StatusLine::PlaceParts() {
 
 void StatusLine::SetPart(int part, const std::string& utf8) {
   if (shown_[part] == utf8) return;
+  const bool comes_or_goes = shown_[part].empty() != utf8.empty();
   shown_[part] = utf8;
+  if (part == kRowsPart && comes_or_goes) PlaceParts();
   const std::wstring text = WideFromUtf8(utf8);
   for (const UINT message : {SB_SETTEXTW, SB_SETTIPTEXTW}) {
     SendMessageW(window_, message, static_cast<WPARAM>(part),
