@@ -4,7 +4,10 @@
 #include <windows.h>
 // After windows.h.
 #include <commctrl.h>
+#include <shlobj.h>
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -78,6 +81,19 @@ class CapviewTest : public testing::Test {
 
   void Open(const fs::path& capture) {
     window_->Open(capture.wstring());
+    Settle();
+  }
+  void Drop(const fs::path& file) {
+    const std::wstring name = file.wstring();
+    const std::size_t bytes = sizeof(DROPFILES) + (name.size() + 2) * 2;
+    const HGLOBAL block = GlobalAlloc(GHND, bytes);
+    auto* drop = static_cast<DROPFILES*>(GlobalLock(block));
+    drop->pFiles = sizeof *drop;
+    drop->fWide = TRUE;
+    std::copy(name.begin(), name.end(), reinterpret_cast<wchar_t*>(drop + 1));
+    GlobalUnlock(block);
+    SendMessageW(window_->Handle(), WM_DROPFILES,
+                 reinterpret_cast<WPARAM>(block), 0);
     Settle();
   }
   void Command(int id) {
@@ -196,6 +212,11 @@ TEST_F(CapviewTest, FilterKeepsMatchingRowsAndEscapeClearsIt) {
   EXPECT_EQ(RowCount(), 0);
   Command(IDCANCEL);
   EXPECT_EQ(RowCount(), 15);
+  SelectRow(12);
+  Filter(L"associate");
+  EXPECT_FALSE(window_->Rows().Selected());
+  Command(IDCANCEL);
+  EXPECT_EQ(window_->Rows().Selected(), 12u);
 }
 
 TEST_F(CapviewTest, SavesDecodes) {
@@ -263,6 +284,26 @@ TEST_F(CapviewTest, AModuleThatFailsIsLoadedAgain) {
   EXPECT_EQ(RowCount(), rows);
   SelectRow(0);
   EXPECT_EQ(window_->Tree().Lines().size(), 5u);
+  SetEnvironmentVariableA("FAULT", "");
+  Command(IDM_RELOAD);
+  EXPECT_GT(RowCount(), rows);
+  EXPECT_EQ(window_->Rows().Selected(), 0u);
+}
+
+TEST_F(CapviewTest, EscapeEndsReadingAndKeepsWhatIsThere) {
+  const std::string sample = Contents("samples/echo.pcap");
+  std::string capture = sample;
+  for (int i = 0; i < 4000; ++i) capture += sample.substr(24);
+  const fs::path file = folder_ / L"long.pcap";
+  Write(file, capture);
+  window_->Open(file.wstring());
+  for (int slice = 0; slice < 3; ++slice) window_->Work();
+  Command(IDCANCEL);
+  EXPECT_TRUE(StatusHas("Stopped")) << Status();
+  EXPECT_EQ(RowCount(), 6);
+  const std::size_t connections = window_->Connections().Connections().size();
+  EXPECT_GT(connections, 0u);
+  EXPECT_LT(connections, 4001u);
 }
 
 TEST_F(CapviewTest, WithoutAModuleTheWindowSaysSo) {
@@ -272,18 +313,39 @@ TEST_F(CapviewTest, WithoutAModuleTheWindowSaysSo) {
 }
 
 TEST_F(CapviewTest, RemembersItsSettings) {
-  Open("samples/reject_called_aet.pcap");
+  for (int i = 1; i <= 9; ++i) {
+    const fs::path copy = folder_ / (L"\u4E2D" + std::to_wstring(i) + L".pcap");
+    fs::copy_file("samples/echo.pcap", copy);
+    Drop(copy);
+  }
   Command(IDM_LARGER);
   Command(IDM_SHOW_MESSAGE_DATA);
+  Command(IDM_FIRST_SECTION);
+  Command(IDM_TALLER_LIST);
+  const HWND list = window_->Rows().Handle();
+  const int width = 2 * ListView_GetColumnWidth(list, 6);
+  ListView_SetColumnWidth(list, 6, width);  // as by dragging its edge
+  std::array<int, kRowColumns> order{0, 5, 6, 1, 2, 3, 4};
+  SendMessageW(list, LVM_SETCOLUMNORDERARRAY, kRowColumns,
+               reinterpret_cast<LPARAM>(order.data()));
   SendMessageW(window_->Handle(), WM_CLOSE, 0, 0);
-  const Settings read =
-      ReadSettings((folder_ / L"settings" / L"capview.ini").wstring());
+
+  const std::wstring file = (folder_ / L"settings" / L"capview.ini").wstring();
+  const Settings read = ReadSettings(file);
   EXPECT_EQ(read.font_points, Settings().font_points + 1);
   EXPECT_FALSE(read.show_message_data);
-  EXPECT_EQ(read.columns.order, Settings().columns.order);
-  ASSERT_EQ(read.recent_files.size(), 1u);
-  EXPECT_EQ(read.recent_files[0], L"samples/reject_called_aet.pcap");
+  EXPECT_EQ(read.expand_mask, Settings().expand_mask & ~2u);
+  EXPECT_GT(read.list_share, Settings().list_share);
+  EXPECT_EQ(read.columns.order, order);
+  ASSERT_EQ(read.recent_files.size(), 8u);
+  EXPECT_EQ(read.recent_files[0], (folder_ / L"\u4E2D9.pcap").wstring());
   EXPECT_EQ(read.place.right - read.place.left, 1200);
+
+  Start(BuildFolder() + L"\\bin\\DicomDecode.dll");
+  EXPECT_EQ(window_->Rows().GetColumns().order, order);
+  EXPECT_NEAR(ListView_GetColumnWidth(window_->Rows().Handle(), 6), width, 2);
+  Command(IDM_FIRST_RECENT + 7);
+  EXPECT_EQ(RowCount(), 6);
 }
 
 }  // namespace
