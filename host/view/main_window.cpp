@@ -197,9 +197,17 @@ LRESULT MainWindow::HandleMouse(UINT message, LPARAM data, bool* done) {
 }
 
 void MainWindow::Drag(POINT point) {
-  int& share = *dragged_ == Splitter::kBelowList ? settings_.list_share
-                                                 : settings_.tree_share;
-  share = Layout().ShareAt(*dragged_, point);
+  ShareOf(*dragged_) = Layout().ShareAt(*dragged_, point);
+  Place();
+}
+
+int& MainWindow::ShareOf(Splitter splitter) {
+  return splitter == Splitter::kBelowList ? settings_.list_share
+                                          : settings_.tree_share;
+}
+
+void MainWindow::MoveSplitter(Splitter splitter, int by) {
+  ShareOf(splitter) = PaneLayout::NearestShare(ShareOf(splitter) + by);
   Place();
 }
 

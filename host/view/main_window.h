@@ -66,6 +66,8 @@ class MainWindow {
   };
   static const CommandEntry kCommands[];
 
+  static constexpr int kShareStep = 4;  // per cent
+
   // Window.
   static LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wide,
                                     LPARAM data);
@@ -77,6 +79,7 @@ class MainWindow {
   unsigned TextScale() const;
   PaneLayout Layout() const;
   void Drag(POINT point);
+  int& ShareOf(Splitter splitter);
   void KeepPlace();
   void Close();
   LRESULT Notify(NMHDR* header);
@@ -132,6 +135,11 @@ class MainWindow {
   void LargerFont() { ChangeFont(+1); }
   void SmallerFont() { ChangeFont(-1); }
   void ChangeFont(int points);
+  void TallerList() { MoveSplitter(Splitter::kBelowList, +kShareStep); }
+  void ShorterList() { MoveSplitter(Splitter::kBelowList, -kShareStep); }
+  void WiderTree() { MoveSplitter(Splitter::kBesideTree, +kShareStep); }
+  void NarrowerTree() { MoveSplitter(Splitter::kBesideTree, -kShareStep); }
+  void MoveSplitter(Splitter splitter, int by);
   void UseCleanStreams() { HandOverAs(true); }
   void UseCaptured() { HandOverAs(false); }
   void HandOverAs(bool clean_streams);

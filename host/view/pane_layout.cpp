@@ -60,8 +60,11 @@ int PaneLayout::ShareAt(Splitter splitter, POINT point) const {
   const LONG place = list ? point.y - panes_.top : point.x;
   const LONG whole =
       std::max<LONG>(list ? panes_.bottom - panes_.top : panes_.right, 1);
-  return std::clamp(static_cast<int>(place * 100 / whole), kLeastShare,
-                    kMostShare);
+  return NearestShare(static_cast<int>(place * 100 / whole));
+}
+
+int PaneLayout::NearestShare(int share) {
+  return std::clamp(share, kLeastShare, kMostShare);
 }
 
 }  // namespace host

@@ -24,6 +24,8 @@ class PaneLayout {
   std::optional<Splitter> SplitterAt(POINT point) const;
   // The share that puts the bar at the point.
   int ShareAt(Splitter splitter, POINT point) const;
+  // The nearest share that leaves something of both panes.
+  static int NearestShare(int share);
 
  private:
   void PlaceBar(int width, unsigned dpi);
