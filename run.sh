@@ -43,18 +43,25 @@ is_complete() {
   return 1
 }
 
+no_display=3  # capview's exit code
+
+explain_no_display() {
+  echo "run.sh: there is no display for a window here; show the capture as text with" \
+    "./run.sh ${*@Q} instead (capdump)." >&2
+  exit 1
+}
+
 show_window() {
-  if [[ -z ${DISPLAY-} ]]; then
-    echo "run.sh: there is no display for a window here; show the capture as text with" \
-      "./run.sh ${*@Q} instead (capdump)." >&2
-    exit 1
-  fi
+  [[ -n ${DISPLAY-} ]] || explain_no_display "$@"
   build
   (($#)) || set -- "$sample"
   # A prefix of its own: the other one's desktop is on the virtual display.
   export WINEPREFIX=${WINEPREFIX:-$root/build/wine-prefix-window} WINEARCH=win32 LC_ALL=C.UTF-8
   export WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
-  exec wine "$root/build/win32/bin/capview.exe" "$@"
+  local code=0
+  wine "$root/build/win32/bin/capview.exe" "$@" || code=$?
+  ((code != no_display)) || explain_no_display "$@"
+  exit "$code"
 }
 
 "$root/tools/install-packages.sh"

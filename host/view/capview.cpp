@@ -10,10 +10,13 @@
 
 #include <string>
 
+#include "host/failure.h"
 #include "host/module_files.h"
 #include "host/view/main_window.h"
 #include "host/view/settings.h"
 #include "host/wide_text.h"
+
+constexpr int kNoDisplay = 3;  // run.sh knows it
 
 namespace host {
 namespace {
@@ -95,5 +98,9 @@ int Main(int show) {
 }  // namespace host
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t*, int show) {
-  return host::Main(show);
+  try {
+    return host::Main(show);
+  } catch (const host::Failure&) {
+    return kNoDisplay;  // there is nowhere to say so
+  }
 }

@@ -8,6 +8,7 @@
 #include <exception>
 #include <utility>
 
+#include "host/failure.h"
 #include "host/view/resource.h"
 
 namespace host {
@@ -67,6 +68,7 @@ MainWindow::MainWindow(const std::wstring& module_path,
                   placed ? place.right - place.left : 1180,
                   placed ? place.bottom - place.top : 760, nullptr, nullptr,
                   GetModuleHandleW(nullptr), this);
+  if (window_ == nullptr) throw Failure("no window can be made");
   model_.SetView(settings_.message_view ? View::kMessages : View::kPdus);
   ShowNothing();
 }

@@ -34,6 +34,7 @@ struct ViewRequest {
 // goes wrong becomes one sentence in the status line.
 class MainWindow {
  public:
+  // Throws Failure where there is no display.
   MainWindow(const std::wstring& module_path, std::wstring settings_path);
   ~MainWindow();
   MainWindow(const MainWindow&) = delete;
