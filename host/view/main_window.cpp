@@ -5,6 +5,7 @@
 #include <commctrl.h>
 #include <shellapi.h>
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -17,6 +18,7 @@ namespace {
 constexpr wchar_t kClassName[] = L"DicomCaptureView";
 constexpr UINT_PTR kFollowTimer = 2;
 constexpr SIZE kLeastSize{520, 320};
+constexpr SIZE kUsualSize{1180, 760};  // at 96 dpi
 #ifndef WM_DPICHANGED
 #define WM_DPICHANGED 0x02E0
 #endif
@@ -43,6 +45,17 @@ HWND MakeButton(HWND parent, const wchar_t* text, int id, DWORD style) {
                        GetModuleHandleW(nullptr), nullptr);
 }
 
+// The usual size where the screen has room for it.
+SIZE FirstSize() {
+  RECT area{};
+  SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
+  const auto scaled = [](LONG pixels) {
+    return MulDiv(pixels, static_cast<int>(DpiOf(nullptr)), 96);
+  };
+  return {std::min<LONG>(scaled(kUsualSize.cx), area.right - area.left),
+          std::min<LONG>(scaled(kUsualSize.cy), area.bottom - area.top)};
+}
+
 void Move(HWND window, const RECT& place) {
   MoveWindow(window, place.left, place.top, place.right - place.left,
              place.bottom - place.top, TRUE);
@@ -61,13 +74,13 @@ MainWindow::MainWindow(const std::wstring& module_path,
                             MAKEINTRESOURCEW(IDR_ACCELERATORS));
   const RECT& place = settings_.place;
   const bool placed = !IsRectEmpty(&place);
+  const SIZE kept{place.right - place.left, place.bottom - place.top};
+  const SIZE size = placed ? kept : FirstSize();
   CreateWindowExW(WS_EX_ACCEPTFILES | WS_EX_CONTROLPARENT, kClassName,
                   L"capview", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
                   placed ? place.left : CW_USEDEFAULT,
-                  placed ? place.top : CW_USEDEFAULT,
-                  placed ? place.right - place.left : 1180,
-                  placed ? place.bottom - place.top : 760, nullptr, nullptr,
-                  GetModuleHandleW(nullptr), this);
+                  placed ? place.top : CW_USEDEFAULT, size.cx, size.cy, nullptr,
+                  nullptr, GetModuleHandleW(nullptr), this);
   if (window_ == nullptr) throw Failure("no window can be made");
   model_.SetView(settings_.message_view ? View::kMessages : View::kPdus);
   ShowNothing();
