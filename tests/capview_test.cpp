@@ -313,11 +313,14 @@ TEST_F(CapviewTest, WithoutAModuleTheWindowSaysSo) {
 }
 
 TEST_F(CapviewTest, RemembersItsSettings) {
-  for (int i = 1; i <= 9; ++i) {
-    const fs::path copy = folder_ / (L"\u4E2D" + std::to_wstring(i) + L".pcap");
-    fs::copy_file("samples/echo.pcap", copy);
-    Drop(copy);
-  }
+  const auto copy = [this](int number) {
+    const fs::path path = folder_ / (L"\u4E2D" + std::to_wstring(number));
+    fs::copy_file("samples/echo.pcap", path);
+    return path;
+  };
+  for (int i = 1; i <= 8; ++i) window_->Open(copy(i).wstring());
+  Drop(copy(9));
+  EXPECT_EQ(RowCount(), 6);
   Command(IDM_LARGER);
   Command(IDM_SHOW_MESSAGE_DATA);
   Command(IDM_FIRST_SECTION);
@@ -338,7 +341,7 @@ TEST_F(CapviewTest, RemembersItsSettings) {
   EXPECT_GT(read.list_share, Settings().list_share);
   EXPECT_EQ(read.columns.order, order);
   ASSERT_EQ(read.recent_files.size(), 8u);
-  EXPECT_EQ(read.recent_files[0], (folder_ / L"\u4E2D9.pcap").wstring());
+  EXPECT_EQ(read.recent_files[0], (folder_ / L"\u4E2D9").wstring());
   EXPECT_EQ(read.place.right - read.place.left, 1200);
 
   Start(BuildFolder() + L"\\bin\\DicomDecode.dll");

@@ -5,7 +5,9 @@
 #include <commctrl.h>
 
 #include <exception>
+#include <filesystem>
 #include <new>
+#include <system_error>
 #include <utility>
 
 #include "host/note_text.h"
@@ -79,7 +81,9 @@ void MainWindow::OpenCapture(const std::wstring& path, bool keep_place) {
     SetWindowTextW(filter_, L"");
     model_.SetFilter("");
   }
-  settings_.AddRecentFile(path);
+  std::error_code unknown;
+  const auto whole_path = std::filesystem::absolute(path, unknown);
+  settings_.AddRecentFile(unknown ? path : whole_path.wstring());
   SetWindowTextW(
       window_, (document_.path().filename().wstring() + L" - capview").c_str());
   Say("");

@@ -27,7 +27,7 @@ class RowList {
   // Column widths in pixels at scale 96, and the order of the columns. The
   // detail column has at least its width.
   struct Columns {
-    std::array<int, kRowColumns> widths{60, 120, 90, 190, 90, 180, 240};
+    std::array<int, kRowColumns> widths{50, 120, 90, 190, 80, 150, 240};
     std::array<int, kRowColumns> order{0, 1, 2, 3, 4, 5, 6};
   };
   Columns GetColumns() const;
