@@ -47,8 +47,12 @@ std::string Counted(std::size_t count, const char* one, const char* many) {
 }  // namespace
 
 void MainWindow::Say(const std::string& sentence) {
-  status_->SetText(WholeSentence(sentence));
   said_ = !sentence.empty();
+  if (said_) {
+    status_->SetText(WholeSentence(sentence));
+  } else {
+    ShowDone();
+  }
 }
 
 void MainWindow::Open(const std::wstring& path) {
@@ -84,6 +88,7 @@ void MainWindow::OpenCapture(const std::wstring& path, bool keep_place) {
   std::error_code unknown;
   const auto whole_path = std::filesystem::absolute(path, unknown);
   settings_.AddRecentFile(unknown ? path : whole_path.wstring());
+  was_busy_ = true;  // Work() is called when the empty panes are painted
   SetWindowTextW(
       window_, (document_.path().filename().wstring() + L" - capview").c_str());
   Say("");
@@ -91,7 +96,6 @@ void MainWindow::OpenCapture(const std::wstring& path, bool keep_place) {
   KillTimer(window_, kFollowTimer);
   if (follow_) SetTimer(window_, kFollowTimer, kFollowMilliseconds, nullptr);
   next_update_ = GetTickCount();
-  was_busy_ = true;  // Work() is called when the empty panes are painted
 }
 
 // The panes before there is anything to show.
@@ -166,11 +170,10 @@ void MainWindow::ShowProgress(bool more) {
            : std::nullopt);
   if (more) {
     SetTimer(window_, kWorkTimer, kWorkMilliseconds, nullptr);
-    if (!said_) status_->SetText("Reading; Esc stops.");
   } else {
     KillTimer(window_, kWorkTimer);
-    if (!said_) ShowDone();
   }
+  if (!said_) ShowDone();
 }
 
 void MainWindow::ShowRows() {
@@ -213,9 +216,10 @@ std::wstring MainWindow::EmptyListText() const {
              : L"This connection has no messages; Ctrl+1 shows its PDUs.";
 }
 
-// What is left to say when everything is read.
+// What is left to say when nothing else is.
 void MainWindow::ShowDone() {
-  if (document_.IsOpen()) status_->SetText(CaptureText());
+  if (!document_.IsOpen()) return;
+  status_->SetText(was_busy_ ? "Reading; Esc stops." : CaptureText());
 }
 
 // What a person looks for first.

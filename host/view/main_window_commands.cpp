@@ -211,8 +211,8 @@ void MainWindow::ToggleFollow() {
     Reopen();
   } else {
     document_.Stop();
-    Say("");
     was_busy_ = true;
+    Say("");
     Work();
   }
 }
