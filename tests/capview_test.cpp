@@ -198,6 +198,21 @@ TEST_F(CapviewTest, ShowsRowsTreeAndBytesOfASample) {
   EXPECT_EQ(window_->Rows().Selected(), 2u);
 }
 
+TEST_F(CapviewTest, TellsWhichMessageFailed) {
+  std::string capture = Contents("samples/echo.pcap");
+  const std::string success("\0\0\0\x09\2\0\0\0\0\0", 10);  // (0000,0900)
+  const std::size_t status = capture.find(success);
+  ASSERT_NE(status, capture.npos);
+  capture[status + 9] = '\xA7';
+  const fs::path file = folder_ / L"failing.pcap";
+  Write(file, capture);
+  Open(file);
+  EXPECT_TRUE(StatusHas("1 message failed: row 2 of the messages")) << Status();
+  Command(IDM_MESSAGE_VIEW);
+  EXPECT_EQ(Cell(1, RowColumn::kDetail),
+            "Message Id: 1 \u00B7 status A700h, a failure");
+}
+
 TEST_F(CapviewTest, FilterKeepsMatchingRowsAndEscapeClearsIt) {
   Open("samples/find_worklist.pcapng");
   ASSERT_EQ(RowCount(), 15);

@@ -232,11 +232,11 @@ std::vector<std::string> CaptureDocument::Notes() const {
   return notes;
 }
 
-CaptureDocument::Failures CaptureDocument::FailedMessages() const {
+CaptureDocument::Failures CaptureDocument::FailedMessages(
+    std::size_t connection) const {
   Failures failures;
-  if (!chosen_) return failures;
   std::uint32_t position = 0;
-  for (const WireRecord& message : ConnectionAt(*chosen_).messages) {
+  for (const WireRecord& message : ConnectionAt(connection).messages) {
     if (!message.listed) continue;
     const bool failed =
         message.status && KindOfStatus(*message.status) == StatusKind::kFailure;

@@ -67,13 +67,13 @@ class CaptureDocument {
   WireIndex* Wire(View view);  // null without a chosen connection
   std::vector<std::string> Notes() const;
   bool HasModuleFailed() const;  // while it listed the chosen connection
-  // The responses with a failure status, and the first one's position in the
-  // message view.
+  // A connection's responses with a failure status, and the first one's
+  // position in the message view.
   struct Failures {
     std::uint32_t count = 0;
     std::uint32_t first = 0;
   };
-  Failures FailedMessages() const;
+  Failures FailedMessages(std::size_t connection) const;
 
   struct Switches {
     bool show_message_data = true;

@@ -11,6 +11,7 @@ namespace {
 constexpr std::size_t kMostMeasured = 50;  // items
 constexpr int kGap = 14;                   // behind a column
 constexpr int kMargin = 4;
+constexpr COLORREF kFailedText = RGB(170, 0, 0);
 constexpr int kLeastWidth = 60;  // of a column that has to give way
 constexpr std::size_t kEndpoints = 1;
 constexpr std::size_t kContents = 3;
@@ -134,10 +135,12 @@ void ConnectionChooser::Draw(const DRAWITEMSTRUCT& item) const {
   const bool selected = (item.itemState & ODS_SELECTED) != 0;
   FillRect(item.hDC, &item.rcItem,
            GetSysColorBrush(selected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
-  SetTextColor(item.hDC,
-               GetSysColor(selected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
   SetBkMode(item.hDC, TRANSPARENT);
   if (item.itemID >= items_.size()) return;
+  const bool failed = document_.FailedMessages(items_[item.itemID]).count > 0;
+  SetTextColor(item.hDC, selected ? GetSysColor(COLOR_HIGHLIGHTTEXT)
+                         : failed ? kFailedText
+                                  : GetSysColor(COLOR_WINDOWTEXT));
   const ConnectionColumns texts = Texts(items_[item.itemID]);
   const Widths widths =
       WidthsIn(item.rcItem.right - item.rcItem.left - 2 * kMargin);

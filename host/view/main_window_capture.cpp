@@ -224,13 +224,20 @@ void MainWindow::ShowDone() {
 
 // What a person looks for first.
 std::string MainWindow::FailedText() const {
-  const auto [count, first] = document_.FailedMessages();
-  if (count == 0) return {};
-  return Counted(count, "message failed: row ",
-                 "messages failed, the first in row ") +
-         NumberText(first + 1) +
-         (model_.view() == View::kMessages ? ". "
-                                           : " of the messages, Ctrl+2. ");
+  if (!document_.chosen()) return {};
+  const auto [count, first] = document_.FailedMessages(*document_.chosen());
+  if (count > 0) {
+    const bool here = model_.view() == View::kMessages;
+    return Counted(count, "message failed: row ",
+                   "messages failed, the first in row ") +
+           NumberText(first + 1) + (here ? ". " : " of the messages, Ctrl+2. ");
+  }
+  for (std::size_t i = 0; i < document_.ConnectionCount(); ++i) {
+    if (document_.FailedMessages(i).count == 0) continue;
+    return "A message of connection " + NumberText(i + 1) +
+           " failed; Ctrl+K lists such connections in red. ";
+  }
+  return {};
 }
 
 std::string MainWindow::CaptureText() const {
