@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include "host/dimse_status.h"
-#include "host/report.h"
 
 namespace host {
 namespace {
@@ -36,8 +35,25 @@ RowKind KindOf(const ListedRow& row, const WireRecord* wire) {
   return KindOfSummary(row.summary);
 }
 
+// By hand, since a filter asks for the time of every row.
 std::string TimeOfDay(Nanoseconds time) {
-  return UtcTime(time, 6).substr(11, 15);
+  constexpr Nanoseconds kDay = 86'400'000'000'000;
+  const Nanoseconds nanoseconds = (time % kDay + kDay) % kDay;
+  const auto seconds = static_cast<std::uint32_t>(nanoseconds / 1'000'000'000);
+  const auto micros =
+      static_cast<std::uint32_t>(nanoseconds / 1000 % 1'000'000);
+  std::string text = "00:00:00.000000";
+  const auto put = [&text](std::size_t last, std::size_t digits,
+                           std::uint32_t number) {
+    for (; digits > 0; --digits, number /= 10) {
+      text[last--] = static_cast<char>('0' + number % 10);
+    }
+  };
+  put(1, 2, seconds / 3600);
+  put(4, 2, seconds / 60 % 60);
+  put(7, 2, seconds % 60);
+  put(14, 6, micros);
+  return text;
 }
 
 std::optional<std::uint32_t> MessageIdOf(const ListedRow& row) {
