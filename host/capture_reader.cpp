@@ -53,6 +53,8 @@ CaptureReader::CaptureReader(const std::filesystem::path& path,
         ", which is not read here: capture on Ethernet, loopback, raw IP or "
         "with Linux's \"any\" interface.");
   }
+  constexpr int kVersionOfPcapng = 1;  // older than any pcap file's
+  is_pcapng_ = pcap_major_version(pcap_->handle) == kVersionOfPcapng;
   CompileFilter(filter);
   std::error_code ignored;
   const auto size = std::filesystem::file_size(path, ignored);
@@ -84,23 +86,19 @@ bool CaptureReader::Next(TcpFrame* frame) {
 // Frames are filtered here and not by pcap_setfilter, so that they keep the
 // numbers under which other tools show them.
 bool CaptureReader::ReadFrame(TcpFrame* frame, FrameKind* kind) {
-  std::FILE* file = pcap_file(pcap_->handle);
-  long start = 0;
-  if (mode_ == Mode::kFollow) {
-    std::clearerr(file);  // the file may have grown since its end was met
-    start = std::ftell(file);
-  }
+  if (mode_ == Mode::kFollow && !MayReadOn()) return false;
+  const long start = std::ftell(pcap_file(pcap_->handle));
   pcap_pkthdr* header = nullptr;
   const u_char* bytes = nullptr;
   const int answer = pcap_next_ex(pcap_->handle, &header, &bytes);
   if (answer != 1) {
     if (answer == PCAP_ERROR) {
-      ends_inside_frame_ = std::feof(file) != 0;
-      damage_ = "The capture file is damaged or breaks off after frame " +
-                std::to_string(frames_) + " (" + pcap_geterr(pcap_->handle) +
-                "); what comes before is shown.";
+      NoteDamage(pcap_geterr(pcap_->handle));
+      ends_inside_frame_ = std::feof(pcap_file(pcap_->handle)) != 0;
     }
-    if (mode_ == Mode::kFollow) std::fseek(file, start, SEEK_SET);
+    if (mode_ != Mode::kFollow) return false;
+    is_over_ = answer == PCAP_ERROR && is_pcapng_;  // its blocks were whole
+    std::fseek(pcap_file(pcap_->handle), start, SEEK_SET);
     return false;
   }
   damage_.clear();
@@ -112,6 +110,26 @@ bool CaptureReader::ReadFrame(TcpFrame* frame, FrameKind* kind) {
     *kind = ParseFrame(link_type_, {bytes, header->caplen}, header->len, frame);
   }
   return true;
+}
+
+// Of a file that grows: whether libpcap can be asked for a frame now.
+bool CaptureReader::MayReadOn() {
+  if (is_over_) return false;
+  std::FILE* file = pcap_file(pcap_->handle);
+  std::clearerr(file);  // the file may have grown since its end was met
+  if (!is_pcapng_) return true;
+  const auto next = scanner_.Look(file, std::ftell(file));
+  if (next == BlockScanner::Next::kCut) NoteDamage("a block is cut");
+  ends_inside_frame_ = next == BlockScanner::Next::kCut;
+  if (next == BlockScanner::Next::kEnd) damage_.clear();
+  return next == BlockScanner::Next::kPacket ||
+         next == BlockScanner::Next::kDamaged;
+}
+
+void CaptureReader::NoteDamage(const std::string& reason) {
+  damage_ = "The capture file is damaged or breaks off after frame " +
+            std::to_string(frames_) + " (" + reason +
+            "); what comes before is shown.";
 }
 
 std::uint64_t CaptureReader::bytes_read() const {

@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "host/block_scanner.h"
 #include "host/frame_parser.h"
 
 namespace host {
@@ -57,9 +58,14 @@ class CaptureReader {
 
   void CompileFilter(const std::string& filter);
   bool ReadFrame(TcpFrame* frame, FrameKind* kind);
+  bool MayReadOn();
+  void NoteDamage(const std::string& reason);
 
   std::unique_ptr<Pcap> pcap_;
   Mode mode_;
+  BlockScanner scanner_;  // for a pcapng file that grows
+  bool is_pcapng_ = false;
+  bool is_over_ = false;  // what follows cannot be read, even later
   int link_type_ = 0;
   std::uint32_t frames_ = 0;
   std::uint32_t fragments_ = 0;

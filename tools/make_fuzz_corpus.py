@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Makes the seeds of the fuzz targets from the sample captures.
 
-Writes fuzz/corpus/{module,upper_layer,message,dictionary}/. Seeds are kept small: of a long PDU
+Writes fuzz/corpus/{module,upper_layer,message,dictionary,capture}/. Seeds are kept small: of a long PDU
 its first bytes do. Reads the captures through tcpdump, which knows both formats.
 
     tools/make_fuzz_corpus.py
@@ -87,6 +87,28 @@ def module_seed(capture):
     return seed + bytes([LIST, 4, 0])
 
 
+SEND_RAW = 3 | 2 << 4  # of the capture's target; the other side acknowledges
+
+
+def conversation_seed(capture):
+    opened_and_looked_at_often = 1 | 1 << 1
+    seed = bytes([1, opened_and_looked_at_often])
+    for direction, pdu in pdus(capture):
+        pdu = shorter(pdu)
+        if len(seed) + len(pdu) > MOST_OF_A_SEED:
+            break
+        for at in range(0, len(pdu), 255):
+            piece = pdu[at:at + 255]
+            seed += bytes([SEND_RAW | direction << 4, len(piece)]) + piece
+    swap, repeat, send_again = 7, 8, 9
+    return seed + bytes([swap, 3, repeat, 5, send_again, 40, 0])
+
+
+def file_seed(capture):
+    pace, piece = 3, 700
+    return bytes([0, pace]) + struct.pack("<H", piece) + capture.read_bytes()[:MOST_OF_A_SEED]
+
+
 def message_seeds(capture):
     """Context, command length, command set and data set, each PDV whole."""
     command, data = {}, {}
@@ -129,6 +151,8 @@ def main():
     seen = set()
     for capture in sorted((ROOT / "samples").glob("*.pcap*")):
         write("module", capture.stem, module_seed(capture))
+        write("capture", capture.stem, conversation_seed(capture))
+        write("capture", capture.name, file_seed(capture))
         for number, (_, pdu) in enumerate(pdus(capture)):
             seed = b"\1" + shorter(pdu)
             if seed[:8] + seed[74:] not in seen:
