@@ -1,18 +1,9 @@
-// Captures that are built to hurt. Each is listed and shown as a host does it:
-// every call ends, what it reads and shows stays in proportion to the capture,
-// and all memory of the lines comes back.
-#include <gtest/gtest.h>
-
-#include <array>
+// Captures and messages that are built to hurt.
 #include <string>
 #include <vector>
 
 #include "dimse/message_decoder.h"
-#include "plugin/exports.h"
-#include "tests/bytes.h"
-#include "tests/recorders.h"
-#include "tests/test_dictionary.h"
-#include "tests/test_host.h"
+#include "tests/shape_test.h"
 #include "upper_layer/upper_layer_decoder.h"
 
 namespace dicom::testing {
@@ -21,8 +12,9 @@ namespace {
 constexpr std::uint32_t kLengths[] = {
     0,          1,          2,          3,          4,          5,
     0x7FFF,     0xFFFC,     0xFFFF,     0x10000,    0x7FFFFFFF, 0x80000000,
-    0xFFFFFFF0, 0xFFFFFFF4, 0xFFFFFFF8, 0xFFFFFFF9, 0xFFFFFFFA, 0xFFFFFFFB,
-    0xFFFFFFFD, 0xFFFFFFFE, 0xFFFFFFFF};
+    0xFFFFFFF0, 0xFFFFFFF1, 0xFFFFFFF2, 0xFFFFFFF3, 0xFFFFFFF4, 0xFFFFFFF5,
+    0xFFFFFFF6, 0xFFFFFFF7, 0xFFFFFFF8, 0xFFFFFFF9, 0xFFFFFFFA, 0xFFFFFFFB,
+    0xFFFFFFFC, 0xFFFFFFFD, 0xFFFFFFFE, 0xFFFFFFFF};
 
 constexpr std::string_view kVrs[] = {
     "AE", "AS", "AT", "CS", "DA", "DS", "DT", "FL", "FD", "IS",
@@ -40,81 +32,8 @@ std::string DictionaryOfAllVrs() {
   return lines;
 }
 
-class CaptureShapeTest : public ::testing::Test {
- protected:
-  CaptureShapeTest() {
-    WriteFileBytes(kDataDicPath, "0008,0016;SOP Class UID;UI\n");
-    WriteFileBytes(kUidDicPath, "1.2;A UID\n");
-    EXPECT_TRUE(LoadModule());
-  }
-  ~CaptureShapeTest() override { UnloadModule(); }
-
-  std::uint32_t List(std::uint32_t view, std::uint32_t live) {
-    std::array<PacketListRow, DICOM_ROWS_PER_CALL> rows;
-    std::int32_t first = 0;
-    std::uint32_t count = DICOM_ROWS_PER_CALL;
-    std::uint32_t first_available = 0;
-    return GetDicomPacketList(host_.Window(), rows.data(), &first, &count,
-                              &first_available, &last_, view, live) &
-           0xFFFF;
-  }
-
-  void Show(std::int32_t row, std::uint32_t view) {
-    EXPECT_EQ(RaisedText([&] {
-                DisplayDicomPacket(host_.Window(), host_.Tree(), row,
-                                   host_.Images(), host_.Hex(), view);
-              }),
-              "");
-    EXPECT_LE(host_.TreeCount(), 8 * CaptureBytes() + 64);
-  }
-
-  std::size_t CaptureBytes() const {
-    std::size_t bytes = 0;
-    for (const CapturedPacket& packet : host_.packets) {
-      bytes += packet.tcp_bytes.size();
-    }
-    return bytes;
-  }
-
-  // A live pass, then a whole one, then the first and the last row of each
-  // view.
-  void ReadAndShow() {
-    MessageBoxRecorder recorder;
-    host_.TakeRequests();
-    RefreshDicomDecode(host_.Window());
-    List(0, 1);
-    std::size_t calls = 0;
-    while (List(0, 0) == DICOM_LIST_CALL_AGAIN) {
-      ASSERT_LE(++calls, host_.packets.size());
-    }
-    // A few messages to the host for each packet, and a few bytes for PDVs.
-    EXPECT_LE(host_.TakeRequests().size(), 60 * CaptureBytes() + 2000);
-    for (std::uint32_t view : {0u, 1u}) {
-      Show(0, view);
-      Show(0x7FFFFFFF, view);
-    }
-    ClearDicomDisplay(0, host_.Tree(), host_.Hex());
-    EXPECT_EQ(GlobalBlocks(), blocks_before_);
-  }
-
-  // The bytes in segments of `size` bytes, each acknowledged.
-  void ReadAndShow(const Bytes& stream, std::size_t size = 1448) {
-    Conversation talk(0xFFFFFF80);  // these numbers wrap soon
-    talk.Open();
-    for (std::size_t at = 0; at < stream.size(); at += size) {
-      talk.Send(0, stream.Part(at, size)).Acknowledge(1);
-    }
-    host_.packets = talk.Packets();
-    ReadAndShow();
-  }
-
-  const std::size_t blocks_before_ = GlobalBlocks();
-  TestHost host_;
-  std::uint32_t last_ = 0;
-};
-
 TEST_F(CaptureShapeTest, AnyPduAndPdvLength) {
-  const Bytes rest = Repeat(0x04, 5000);
+  const Bytes rest = Repeat(0x04, 2000);
   for (std::uint32_t length : kLengths) {
     SCOPED_TRACE(length);
     const Bytes pdu =
@@ -152,20 +71,67 @@ TEST_F(CaptureShapeTest, OtherProtocolsAndOddTurns) {
 TEST_F(CaptureShapeTest, AnyDataOffsetAndAnyPacketLength) {
   for (std::uint8_t words = 0; words < 16; ++words) {
     for (std::size_t size : {0u, 1u, 13u, 14u, 19u, 20u, 23u, 40u, 59u, 60u}) {
-      SCOPED_TRACE(words * 100 + static_cast<int>(size));
-      Conversation talk;
-      talk.Open().Send(0, Repeat(4, 40)).Send(1, Repeat(4, 40));
-      host_.packets = talk.Packets();
-      for (std::size_t i = 3; i < 5; ++i) {
-        Bytes& bytes = host_.packets[i].tcp_bytes;
-        bytes[12] = static_cast<std::uint8_t>(words << 4);
-        bytes.resize(size);
-      }
-      ReadAndShow();
+      ReadOddPackets(words, size);
     }
   }
   host_.claimed_bytes[3] = 0xFFFFFFFF;
   ReadAndShow();
+}
+
+TEST_F(CaptureShapeTest, SecondHandshakeAnywhere) {
+  Conversation first, second(70000, 90000);
+  for (Conversation* talk : {&first, &second}) {
+    talk->Open().Send(0, Pdu(1, Repeat(1, 90))).Send(1, Pdu(2, Repeat(2, 90)));
+    talk->Send(0, PData(Pdv(1, kLastCommand, Command(1, 1)))).Close();
+  }
+  const auto& packets = first.Packets();
+  for (std::size_t at = 0; at <= packets.size(); ++at) {
+    SCOPED_TRACE(at);
+    const auto middle = packets.begin() + static_cast<std::ptrdiff_t>(at);
+    for (const auto& inserted : {first.Packets(), second.Packets()}) {
+      host_.packets.assign(packets.begin(), middle);
+      host_.packets.insert(host_.packets.end(), inserted.begin(),
+                           inserted.end());
+      host_.packets.insert(host_.packets.end(), middle, packets.end());
+      ReadAndShow();
+    }
+  }
+}
+
+TEST_F(CaptureShapeTest, CommandSetWithoutAnElementOrCut) {
+  const Bytes elements[] = {ImplicitElement(0, 0, Little32(80)),
+                            ImplicitElement(0, 2, Uid("1.2.840.10008.1.1")),
+                            ImplicitElement(0, 0x100, Little16(1)),
+                            ImplicitElement(0, 0x110, Little16(1)),
+                            ImplicitElement(0, 0x700, Little16(0)),
+                            ImplicitElement(0, 0x800, Little16(1)),
+                            ImplicitElement(0, 0x1000, Uid("1.2"))};
+  const Bytes data = PData(Pdv(1, kLastData, Repeat(8, 40)));
+  Bytes whole;
+  for (const Bytes& left_out : elements) {
+    Bytes set;
+    for (const Bytes& element : elements) {
+      if (&element != &left_out) set += element;
+    }
+    ReadAndShow(PData(Pdv(1, kLastCommand, set)) + data);
+    whole += left_out;
+  }
+  for (std::size_t cut = 0; cut <= whole.size(); ++cut) {
+    SCOPED_TRACE(cut);
+    ReadAndShow(PData(Pdv(1, kLastCommand, whole.First(cut))) + data);
+  }
+}
+
+TEST_F(CaptureShapeTest, MinimalPdusWithoutNumber) {
+  const std::size_t count = RunsWhole() ? 10'000'000 : 50'000;
+  const Bytes pdu = Pdu(7, {});
+  constexpr std::size_t kPdusOfAPacket = 2659;
+  Bytes stream;
+  stream.reserve(count * pdu.size());
+  for (std::size_t i = 0; i < count; ++i) stream += pdu;
+  ReadAndShow(stream, kPdusOfAPacket * pdu.size());
+  List(0, 0);
+  EXPECT_EQ(last_, count - 1);
 }
 
 class DecoderShapeTest : public ::testing::Test {
@@ -182,6 +148,7 @@ class DecoderShapeTest : public ::testing::Test {
 
   void DecodePdu(const Bytes& pdu) {
     {
+      const CostLimit limit(pdu.size());
       DecodeTreeWriter writer(host_.Window(), host_.Tree(), 0, nullptr);
       UpperLayerDecoder(pdu.data(), pdu.Length(), writer, dictionary_.Get())
           .DecodePdu();
@@ -197,6 +164,7 @@ class DecoderShapeTest : public ::testing::Test {
     contexts.AddPresentationContext(2, "1.2.840.10008.1.2.2");
     for (std::uint8_t context = 0; context < 4; ++context) {
       {
+        const CostLimit limit(bytes.size());
         DecodeTreeWriter writer(host_.Window(), host_.Tree(), 0, nullptr);
         MessageDecoder(dictionary_.Get(), contexts, writer)
             .DecodeMessage({{bytes.data(), bytes.Length()},
@@ -210,6 +178,12 @@ class DecoderShapeTest : public ::testing::Test {
   }
 
   const std::size_t blocks_before_ = GlobalBlocks();
+  // The beginning of one of undefined length.
+  static Bytes Sequence() {
+    return Little16(8) + Little16(18) + Text("SQ") + Bytes{0, 0} +
+           Little32(0xFFFFFFFF);
+  }
+
   static void ReadAccept(const Bytes& pdu) {
     PresentationContextTable contexts;
     contexts.AddAcceptedContexts({pdu.data(), pdu.Length()});
@@ -236,16 +210,21 @@ TEST_F(DecoderShapeTest, AnyValueLengthOfAnyVr) {
       DecodeMessage(long_form);
       DecodeMessage(Little16(0xFFFE) + Little16(0xE000) + Little32(length) +
                     rest);
-      DecodeMessage(tag + Text("SQ") + Bytes{0, 0} + Little32(0xFFFFFFFF) +
-                    Little16(0xFFFE) + Little16(0xE000) + Little32(length) +
-                    rest);
+      DecodeMessage(Sequence() + Little16(0xFFFE) + Little16(0xE000) +
+                    Little32(length) + rest);
+      // In an item.
+      DecodeMessage(Sequence() + Little16(0xFFFE) + Little16(0xE000) +
+                    Little32(0xFFFFFFFF) + long_form);
     }
+    Bytes ten;
+    for (int n = 0; n < 10; ++n)
+      ten += tag + Text(kVrs[i]) + Bytes{0, 0} + Little32(0xFFFFFFFF);
+    DecodeMessage(ten);
   }
 }
 
 TEST_F(DecoderShapeTest, UndefinedLengthsInARowAndDeep) {
-  const Bytes sequence = Little16(8) + Little16(18) + Text("SQ") + Bytes{0, 0} +
-                         Little32(0xFFFFFFFF);
+  const Bytes sequence = Sequence();
   const Bytes item = Little16(0xFFFE) + Little16(0xE000);
   const Bytes end = Little16(0xFFFE) + Little16(0xE0DD) + Little32(0);
   Bytes row, deep, items;
@@ -267,8 +246,9 @@ TEST_F(DecoderShapeTest, AnyItemWithAnyLength) {
     const Bytes item =
         Item(static_cast<std::uint8_t>(type), Bytes{1, 0, 0, 0} + rest);
     const std::uint32_t exact = item.Length() - 4;
-    for (std::uint32_t length : {0u, 1u, 2u, 3u, 4u, exact - 1, exact + 1,
-                                 exact + 30, 0x7FFFu, 0xFFFCu, 0xFFFFu}) {
+    for (std::uint32_t length :
+         {0u, 1u, 2u, 3u, 4u, exact - 1, exact + 1, exact + rest.Length() + 1,
+          0x7FFFu, 0xFFFCu, 0xFFFFu}) {
       SCOPED_TRACE(length);
       const Bytes wrong = item.Patched(2, Big16(length));
       for (const Bytes& items :
@@ -277,7 +257,48 @@ TEST_F(DecoderShapeTest, AnyItemWithAnyLength) {
         DecodePdu(AssociateAccept(items));
         ReadAccept(AssociateAccept(items));
       }
-      ReadAccept(AssociateAccept(wrong + Repeat(0, 70000)));
+      const Bytes filler = Item(0x99, Repeat(0, 65400));
+      for (const Bytes& items :
+           {wrong + filler, Item(0x50, wrong) + filler, filler + wrong,
+            filler + Item(0x50, wrong) + filler}) {
+        ReadAccept(AssociateAccept(items));
+      }
+    }
+  }
+}
+
+// An item or sub-item of length FFFCh ends where it begins, by 16-bit offsets.
+TEST_F(DecoderShapeTest, AcceptWhoseItemsLeadNowhere) {
+  const Bytes filler = Item(0x99, Repeat(0, 65400));
+  for (int type : {0x10, 0x21, 0x40, 0x50, 0x51, 0x54, 0x56, 0x99}) {
+    SCOPED_TRACE(type);
+    const Bytes item = Item(static_cast<std::uint8_t>(type), Repeat(0, 8))
+                           .Patched(2, Big16(0xFFFC));
+    for (const Bytes& items :
+         {item, Item(0x50, item), item + filler, Item(0x50, item) + filler,
+          filler + item + filler, filler + Item(0x50, item) + filler}) {
+      DecodePdu(AssociateRequest(items));
+      DecodePdu(AssociateAccept(items));
+      ReadAccept(AssociateAccept(items));
+    }
+  }
+}
+
+TEST_F(DecoderShapeTest, NegotiationWhoseUidIsLongerThanItsItem) {
+  const Bytes uid = Text("1.2.840.10008.1.1");
+  for (int type : {0x54, 0x56}) {
+    const std::uint32_t exact = uid.Length();
+    for (std::uint32_t length : {0u, exact - 1, exact + 1, exact + 2, exact + 3,
+                                 exact + 30, 0x7FFFu, 0xFFFCu, 0xFFFFu}) {
+      SCOPED_TRACE(type * 100000 + static_cast<int>(length));
+      const Bytes item = Item(static_cast<std::uint8_t>(type),
+                              Big16(length) + uid + Bytes{1, 1});
+      for (const Bytes& items : {Item(0x50, item), Item(0x50, item + item),
+                                 Item(0x50, item) + Item(0x40, uid), item}) {
+        DecodePdu(AssociateRequest(items));
+        DecodePdu(AssociateAccept(items));
+        ReadAccept(AssociateAccept(items));
+      }
     }
   }
 }

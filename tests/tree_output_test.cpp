@@ -179,14 +179,21 @@ TEST_F(TreeOutputTest, PrintingTurnsPages) {
   EXPECT_EQ(host_.TreeText(), "");
 }
 
-TEST_F(TreeOutputTest, LongLinesAreSavedWholeAndTheirRecordsKept) {
-  host_.StartSaving();
-  const std::size_t before = GlobalBlocks();
-  const std::string text(65534, 'x');
-  const HTREEITEM marker = Insert(nullptr, text.c_str());
-  Insert(marker, text.c_str());
-  EXPECT_EQ(host_.StopOutput(), text + "\r\n    " + text + "\r\n");
-  EXPECT_EQ(GlobalBlocks(), before + 2);
+TEST_F(TreeOutputTest, LongLinesArePrintedAndSavedWholeAndTheirRecordsKept) {
+  for (std::size_t length : {252u, 253u, 65534u}) {
+    SCOPED_TRACE(length);
+    const std::string text(length, 'x');
+    const std::size_t before = GlobalBlocks();
+    host_.StartSaving();
+    Insert(Insert(nullptr, text.c_str()), text.c_str());
+    EXPECT_EQ(host_.StopOutput(), text + "\r\n    " + text + "\r\n");
+    PrinterRecorder printer;
+    host_.StartPrinting(printer.DeviceContext(), 16, 100);
+    Insert(Insert(nullptr, text.c_str()), text.c_str());
+    host_.StopOutput();
+    EXPECT_EQ(printer.Printed(), "0,16 " + text + "\n0,32     " + text + "\n");
+    EXPECT_EQ(GlobalBlocks(), before + 4);
+  }
 }
 
 }  // namespace
