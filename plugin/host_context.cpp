@@ -56,9 +56,4 @@ void HostContexts::Remove(HWND host_window) {
   accessors_.erase(KeyOf(host_window));
 }
 
-void HostContexts::Clear() {
-  contexts_.clear();
-  accessors_.clear();
-}
-
 }  // namespace dicom

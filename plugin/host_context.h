@@ -65,8 +65,6 @@ class HostContexts {
   // Drops both; the next list call reads the capture from its first packet.
   void Remove(HWND host_window);
 
-  void Clear();
-
  private:
   std::map<std::uint32_t, std::shared_ptr<HostContext>> contexts_;
   std::map<std::uint32_t, std::shared_ptr<PacketAccessor>> accessors_;

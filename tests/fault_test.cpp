@@ -153,24 +153,26 @@ class FaultTest : public ::testing::Test {
 };
 
 TEST_F(FaultTest, ListSurvivesEveryFailedAllocation) {
-  unsigned step = 1;
-  for (bool failed = true; failed; ++step) {
-    SCOPED_TRACE(step);
-    ASSERT_LT(step, kMostSteps);
-    RefreshDicomDecode(host_.Window());
-    MessageBoxRecorder recorder;
-    std::array<PacketListRow, DICOM_ROWS_PER_CALL> rows;
-    allocations_to_failure = step;
-    const std::uint32_t word =
-        GetDicomPacketList(host_.Window(), rows.data(), nullptr, nullptr,
-                           nullptr, nullptr, step % 2, 0);
-    failed = std::exchange(allocations_to_failure, 0) == 0;
-    // Reloaded each time, so it is the first failure: it is not shown.
-    EXPECT_EQ(word & 0xFFFF, DICOM_LIST_UP_TO_DATE);
-    EXPECT_TRUE(recorder.Boxes().empty());
-    ExpectAllIsWell(true);
+  for (std::uint32_t view : {0u, 1u}) {
+    unsigned step = 1;
+    for (bool failed = true; failed; ++step) {
+      SCOPED_TRACE(step);
+      ASSERT_LT(step, kMostSteps);
+      RefreshDicomDecode(host_.Window());
+      MessageBoxRecorder recorder;
+      std::array<PacketListRow, DICOM_ROWS_PER_CALL> rows;
+      allocations_to_failure = step;
+      const std::uint32_t word =
+          GetDicomPacketList(host_.Window(), rows.data(), nullptr, nullptr,
+                             nullptr, nullptr, view, 0);
+      failed = std::exchange(allocations_to_failure, 0) == 0;
+      // Reloaded each time, so it is the first failure: it is not shown.
+      EXPECT_EQ(word & 0xFFFF, DICOM_LIST_UP_TO_DATE);
+      EXPECT_TRUE(recorder.Boxes().empty());
+      ExpectAllIsWell(true);
+    }
+    EXPECT_GT(step, 10u);
   }
-  EXPECT_GT(step, 10u);
 }
 
 TEST_F(FaultTest, DisplaySurvivesEveryFailedAllocation) {
@@ -187,11 +189,16 @@ TEST_F(FaultTest, DisplaySurvivesEveryFailedAllocation) {
   }
 }
 
-TEST_F(FaultTest, ClearNeedsNoMemory) {
+TEST_F(FaultTest, ClearNeedsNoMemoryAndTheListNoBlocks) {
   allocations_to_failure = 1;
+  FailGlobalAlloc(1);
   Clear();
   RefreshDicomDecode(host_.Window());
   EXPECT_EQ(std::exchange(allocations_to_failure, 0), 1u);
+  ListAll(0);
+  ListAll(1);
+  EXPECT_EQ(Show(1, 0), "");
+  EXPECT_EQ(host_.HexText(), "");  // the block that failed is the dump's
   ExpectAllIsWell(false);
 }
 
@@ -229,10 +236,11 @@ TEST_F(FaultTest, EveryLineIsShownWithoutItsRecordWhenABlockFails) {
 }
 
 TEST_F(FaultTest, HostMayRefuseAnyMessage) {
-  const auto refuse = [this](unsigned message) {
-    host_.before_answer = [this, message, seen = 0u](WPARAM,
-                                                     std::int32_t) mutable {
-      const bool now = ++seen == message;
+  const auto refuse = [this](unsigned message, bool from_then_on) {
+    host_.before_answer = [this, message, from_then_on, seen = 0u](
+                              WPARAM, std::int32_t) mutable {
+      ++seen;
+      const bool now = from_then_on ? seen >= message : seen == message;
       host_.refuse_count = host_.refuse_next = now;
       host_.refused.clear();
       for (int i = 0; now && i < 20; ++i) host_.refused.insert(i);
@@ -250,16 +258,19 @@ TEST_F(FaultTest, HostMayRefuseAnyMessage) {
   const auto messages = static_cast<unsigned>(
       std::count(requests.begin(), requests.end(), ' ') + 1);
   EXPECT_GT(messages, 20u);
-  for (unsigned message = 1; message <= messages; ++message) {
-    SCOPED_TRACE(message);
+  for (unsigned step = 0; step < 2 * messages; ++step) {
+    SCOPED_TRACE(step);
+    const unsigned message = 1 + step / 2;
+    const std::uint32_t view = step / 2 % 2;
+    const bool from_then_on = step % 2 != 0;
     RefreshDicomDecode(host_.Window());
-    refuse(message);
-    ListAll(message % 2);
+    refuse(message, from_then_on);
+    ListAll(view);
     EXPECT_EQ(last_word_ & 0xFFFF, message == 1 ? 0u : 1u);
     stop_refusing();
     ExpectAllIsWell(true);
-    refuse(message);
-    const std::string failure = Show(1, 1);
+    refuse(message, from_then_on);
+    const std::string failure = Show(1, view);
     stop_refusing();
     ExpectAllIsWell(!failure.empty());
   }

@@ -2,10 +2,14 @@
 // does not.
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "errors/errors.h"
 #include "plugin/exports.h"
+#include "plugin/packet_accessor.h"
 #include "tests/bytes.h"
 #include "tests/recorders.h"
 #include "tests/test_dictionary.h"
@@ -107,6 +111,8 @@ Conversation EchoConversation() {
 }
 
 TEST_F(PluginTest, AnswersItsVersionAndRefusesToSaveAndPrint) {
+  DicomRegisterParent(1);  // both do nothing
+  DicomPacketCaptureStart(1);
   EXPECT_EQ(GetDicomDllVersion(), 257);
   MessageBoxRecorder recorder;
   SaveDicomDecodeToFile(host_.Window());
@@ -370,6 +376,30 @@ TEST_F(PluginTest, NestedCallsAreTurnedAwayAndOthersServed) {
   EXPECT_EQ(List(host_, kPduView, kLive).last_available, 5u);
   EXPECT_EQ(log, "2 1 1");
   EXPECT_EQ(List(host_, kPduView, kLive).last_available, 5u);
+}
+
+TEST_F(PluginTest, QuitIsLeftToTheHostsOwnLoop) {
+  host_.packets = EchoConversation().Packets();
+  host_.before_answer = [](WPARAM, std::int32_t) { AdvanceTicks(2001); };
+  ::PostQuitMessage(7);
+  EXPECT_EQ(List(host_, kPduView, kLive).last_available, 5u);
+  MSG message{};
+  EXPECT_TRUE(::PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE));
+  EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
+  EXPECT_EQ(message.wParam, 7u);
+}
+
+TEST_F(PluginTest, AccessorNeedsAHostWindow) {
+  PacketAccessor accessor(std::make_shared<SegmentHistory>());
+  TcpSegment segment;
+  EXPECT_THROW(accessor.ReadNextSegment(segment), HandleNotSet);
+  accessor.SetHostWindow(host_.Window());
+  EXPECT_FALSE(accessor.ReadNextSegment(segment));
+  host_.packets = EchoConversation().Packets();
+  EXPECT_EQ(accessor.GetPacketCount(),
+            static_cast<std::int32_t>(host_.packets.size()));
+  host_.refuse_count = true;
+  EXPECT_EQ(accessor.GetPacketCount(), std::nullopt);
 }
 
 TEST_F(PluginTest, WindowsKeepSeparateLists) {

@@ -19,6 +19,26 @@ TcpSegment Parsed(const Bytes& packet, std::uint32_t number = 0,
   return segment;
 }
 
+TEST(ErrorsTest, EachFailureHasItsText) {
+  EXPECT_STREQ(OutOfMemory().what(), "Out of Memory");
+  EXPECT_STREQ(OutOfRange().what(), "Out of Range");
+  EXPECT_STREQ(Unexpected().what(), "Unexpected");
+  EXPECT_STREQ(ErrorWhileOpenFile().what(),
+               "An Error occured after trying to open a file!");
+  EXPECT_STREQ(ArrayTooShort().what(), "Packet too short for Tcp Header!");
+  EXPECT_STREQ(WrongTreeDepth().what(),
+               "The tree depth has reached the maximum or is too low!");
+  EXPECT_STREQ(DoublePresentationContextId().what(),
+               "The Presentation context already exist.");
+  EXPECT_STREQ(PresentationContextDoesNotExist().what(),
+               "The Presentation context does not exist.");
+  EXPECT_STREQ(HandleNotSet().what(), "Handle needs to be set!!!");
+  EXPECT_STREQ(TransferSyntaxNotExist().what(),
+               "The Transfer Syntax does not exist!");
+  EXPECT_STREQ(UnableToGetPacketFromTapvane().what(),
+               "Unable to get Packet From Tapvane");
+}
+
 TEST(TcpSegmentTest, FourteenBytesAreEnoughAndThirteenAreNot) {
   const Bytes header = TcpSegmentBytes({.sequence = 0xFFFFFFFE,
                                         .acknowledgement = 7,
@@ -30,6 +50,8 @@ TEST(TcpSegmentTest, FourteenBytesAreEnoughAndThirteenAreNot) {
   }
   const Bytes short_header = header.First(14);
   const TcpSegment segment = Parsed(short_header, 9, 1);
+  EXPECT_EQ(segment.SourcePort(), 40000);
+  EXPECT_EQ(segment.DestinationPort(), 104);
   EXPECT_EQ(segment.SequenceNumber(), 0xFFFFFFFEu);
   EXPECT_EQ(segment.AcknowledgementNumber(), 7u);
   EXPECT_TRUE(segment.HasFin() && segment.HasSyn() && segment.HasRst() &&
