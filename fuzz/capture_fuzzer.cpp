@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "fuzz/fuzz_input.h"
+#include "host/capture_loader.h"
 #include "host/capture_reader.h"
 #include "host/pdu_cutter.h"
 #include "host/tcp_connections.h"
@@ -294,6 +295,28 @@ std::vector<KeptFrame> FollowedFramesOf(const Bytes& file_bytes,
   return frames;
 }
 
+constexpr std::size_t kFramesOfASlice = 32;  // as CaptureLoader looks
+
+// The same in slices, as a window loads it.
+std::vector<std::uint64_t> LoadedPacketsOf(const Bytes& file_bytes) {
+  MemoryFile file;
+  file.Append(file_bytes);
+  Watched watched;
+  try {
+    host::CaptureLoader loader(file.Path(), HandOver::kCleanStreams, false);
+    while (loader.state() != host::CaptureLoader::State::kDone) {
+      loader.Read([] { return true; });
+      Require(loader.percent() <= 100, "the progress is a percentage");
+      if (loader.connections().size() != 0)
+        watched.Look(loader.connections().at(0));
+    }
+    if (loader.connections().size() != 0)
+      watched.LookAgain(loader.connections().at(0));
+  } catch (const host::CaptureError&) {
+  }
+  return watched.Packets();
+}
+
 std::uint64_t RunFile(FuzzInput& input) {
   const std::size_t pace = input.Byte() % 8;
   const std::size_t piece = 1 + input.Word() % 2048u;
@@ -302,8 +325,13 @@ std::uint64_t RunFile(FuzzInput& input) {
   Require(FollowedFramesOf(bytes, std::max(piece, bytes.size() / 64)) == frames,
           "a file that grows shows the same frames");
   std::vector<std::uint64_t> packets;
-  return Connect(frames, HandOver::kCleanStreams, pace, &packets) ^
-         Connect(frames, HandOver::kAsCaptured, pace, &packets);
+  std::vector<std::uint64_t> slices;
+  const std::uint64_t seen =
+      Connect(frames, HandOver::kAsCaptured, pace, &packets) ^
+      Connect(frames, HandOver::kCleanStreams, pace, &packets);
+  Connect(frames, HandOver::kCleanStreams, kFramesOfASlice, &slices);
+  Require(LoadedPacketsOf(bytes) == slices, "loading shows the same packets");
+  return seen;
 }
 
 // One segment on its way into the capture.

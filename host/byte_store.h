@@ -33,7 +33,6 @@ class ByteStore {
   // [offset, offset + length) was appended before.
   void Copy(Offset offset, std::size_t length, std::uint8_t* to) const;
   bool Equal(Offset offset, std::span<const std::uint8_t> bytes) const;
-  Offset size() const { return size_; }
 
  private:
   using Block = std::unique_ptr<std::uint8_t[]>;

@@ -56,7 +56,7 @@ bool PduCutter::Step() {
       state_ = State::kInStep;
       // A connection that is captured from its middle on rarely begins with a
       // PDU.
-      if (!stream_.began_with_syn()) Search(cursor_, cursor_);
+      if (!stream_.began_with_syn()) Search(cursor_);
       return true;
     case State::kInStep:
       return StepInStep();
@@ -95,7 +95,7 @@ bool PduCutter::HeaderInHole() {
   const Position hole = stream_.PresentUntil(cursor_);
   if (hole == stream_.end()) return Stop();
   if (Waits(hole)) return false;
-  Search(cursor_, cursor_);
+  Search(cursor_);
   return true;
 }
 
@@ -123,7 +123,7 @@ bool PduCutter::StepIncomplete(Position pdu_end) {
     case Answer::kNo:
       break;
   }
-  Search(cursor_ + 1, cursor_);
+  Search(cursor_ + 1);
   return true;
 }
 
@@ -180,16 +180,10 @@ void PduCutter::Deliver(Position pdu_end, std::uint64_t lost) {
   stream_.Seal(pdu_end);
 }
 
-std::optional<Position> PduCutter::searching_from() const {
-  if (state_ != State::kSearching) return std::nullopt;
-  return step_lost_at_;
-}
-
-// Searches a PDU from `from` on; the stream made sense up to `lost_step`.
-void PduCutter::Search(Position from, Position lost_step) {
+// Searches a PDU from `from` on.
+void PduCutter::Search(Position from) {
   state_ = State::kSearching;
   cursor_ = from;
-  step_lost_at_ = lost_step;
 }
 
 bool PduCutter::StepSearching() {

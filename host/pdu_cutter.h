@@ -44,8 +44,6 @@ class PduCutter {
   Position delivered_until() const { return delivered_until_; }
   // Where the stream turned out to be no DICOM; nothing is cut from there on.
   std::optional<Position> not_dicom_from() const { return not_dicom_from_; }
-  // While a PDU is searched for: where the bytes that belong to none begin.
-  std::optional<Position> searching_from() const;
   // The PDU that the end of the stream cuts off, for after the last Advance():
   // where it begins. Its header may be cut off as well.
   std::optional<Position> unfinished() const { return unfinished_; }
@@ -60,7 +58,7 @@ class PduCutter {
   bool HeaderInHole();
   bool StepIncomplete(Position pdu_end);
   void Deliver(Position pdu_end, std::uint64_t lost);
-  void Search(Position from, Position lost_step);
+  void Search(Position from);
   bool Stop();
 
   bool Waits(Position hole) const { return hole >= final_until_; }
@@ -82,7 +80,6 @@ class PduCutter {
   std::uint64_t pdus_delivered_ = 0;
   std::uint64_t filled_ = 0;
   std::uint32_t complete_frame_ = 0;
-  Position step_lost_at_ = 0;
   std::optional<Position> not_dicom_from_;
   std::optional<Position> unfinished_;
   // What the Advance() that is running knows.
