@@ -197,7 +197,7 @@ class Session {
                 (live == 0 || code != DICOM_LIST_CALL_AGAIN),
             "the list answers a known code");
     Require(word >> 16 <= 100, "the progress is a percentage");
-    const std::size_t written = CheckRows(rows);
+    const std::size_t written = rows_written_ = CheckRows(rows);
     if (written != 0) {
       Require(
           first_available == 0 && first >= 0 &&
@@ -289,9 +289,12 @@ class Session {
       Require(++calls <= window.host.packets.size(),
               "the list comes to an end");
     }
+    const std::size_t rows = rows_written_;
     for (std::int32_t row = 0; row < 3; ++row) Display(window, view, row);
     Display(window, view, 0x7FFFFFFF);
     Require(!display_failed_, "a host that behaves sees every row");
+    Require(view != 0 || rows == 0 || !window.host.HexText().empty(),
+            "only a failure leaves the display busy");
   }
 
   // The host.
@@ -405,6 +408,7 @@ class Session {
     testing::FailGlobalAlloc(0);
     memory_fails_ = false;
     in_box_ = in_answer_ = -1;
+    DropMessages();
     // What was read of packets that have changed since cannot be shown.
     RefreshDicomDecode(host.Window());
   }
@@ -431,6 +435,7 @@ class Session {
   bool display_failed_ = false;
   bool diverted_ = false;
   bool memory_fails_ = false;
+  std::size_t rows_written_ = 0;  // by the last list call
   int in_box_ = -1;
   int in_answer_ = -1;
   std::uint64_t seen_ = 0xCBF29CE484222325;
