@@ -23,7 +23,10 @@ for program in "${programs[@]}"; do
   for folder in "$root"/fuzz/{corpus,regressions}/"${name%_fuzzer}"; do
     if [[ -d $folder ]]; then folders+=("$folder"); fi
   done
-  LLVM_PROFILE_FILE=$PWD/$name.profraw "$program" "${folders[@]}" >/dev/null 2>&1
+  LLVM_PROFILE_FILE=$PWD/$name.profraw "$program" "${folders[@]}" >/dev/null 2>&1 || {
+    echo "coverage: $program fails" >&2
+    exit 1
+  }
   objects+=(-object "build/coverage/$program")
 done
 llvm-profdata merge -o all.profdata ./*.profraw
@@ -39,6 +42,6 @@ for others in "tests|fuzz|$folders" 'tests|fuzz|host'; do
   report report -ignore-filename-regex="$others" 2>/dev/null
   if [[ ${1-} == --lines ]]; then
     report show -path-equivalence=./build/coverage/.,"$root" -ignore-filename-regex="$others" 2>/dev/null |
-      grep -E ':$|^ +[0-9]+\| +0\|' | grep -B 1 '|' | grep -v '^--$' || true
+      grep -E '^[^ |]+:$|^ +[0-9]+\| +0\|' | grep -B 1 '|' | grep -v '^--$' || true
   fi
 done

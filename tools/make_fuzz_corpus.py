@@ -90,18 +90,28 @@ def module_seed(capture):
 SEND_RAW = 3 | 2 << 4  # of the capture's target; the other side acknowledges
 
 
-def conversation_seed(capture):
-    opened_and_looked_at_often = 1 | 1 << 1
-    seed = bytes([1, opened_and_looked_at_often])
+def conversation_seed(capture, opened=1, harm=b"", most=MOST_OF_A_SEED):
+    """The capture's PDUs; `harm` is done behind each of them."""
+    looked_at_often = 1 << 1
+    seed = bytes([1, opened | looked_at_often])
     for direction, pdu in pdus(capture):
         pdu = shorter(pdu)
-        if len(seed) + len(pdu) > MOST_OF_A_SEED:
+        if len(seed) + len(pdu) > most:
             break
         for at in range(0, len(pdu), 255):
             piece = pdu[at:at + 255]
             seed += bytes([SEND_RAW | direction << 4, len(piece)]) + piece
+        seed += harm
     swap, repeat, send_again = 7, 8, 9
     return seed + bytes([swap, 3, repeat, 5, send_again, 40, 0])
+
+
+# What may happen to segments and bytes: lost, renumbered, other flags, another header, another
+# byte, cut, never captured, another connection, closed, reset.
+HARMS = {"drop": [10, 2], "renumber": [11 | 1 << 4, 2, 5], "flags": [12 | 1 << 4, 1, 0x12],
+         "header": [12, 1, 3], "byte": [13 | 1 << 4, 2, 3, 0, 0], "cut": [13, 2, 20, 0],
+         "lose": [14, 30, 0], "lose_much": [14 | 15 << 4, 255, 255],
+         "another": [15 | 3 << 4, 1, 0], "close": [5], "reset": [5 | 2 << 4]}
 
 
 def file_seed(capture):
@@ -162,6 +172,10 @@ def main():
         for number, seed in enumerate(message_seeds(capture)):
             if number < 8:
                 write("message", f"{capture.stem}-{number}", seed)
+    harmed = ROOT / "samples" / "find_worklist.pcapng"
+    for name, harm in HARMS.items():
+        write("capture", "harm-" + name, conversation_seed(harmed, 1, bytes(harm), 1500))
+    write("capture", "harm-not-opened", conversation_seed(harmed, 0, bytes(HARMS["drop"]), 1500))
     write("dictionary", "shipped", dictionary_seed())
 
 
