@@ -291,6 +291,7 @@ class Session {
     }
     const std::size_t rows = rows_written_;
     for (std::int32_t row = 0; row < 3; ++row) Display(window, view, row);
+    EmptyTree(window.host);
     Display(window, view, 0x7FFFFFFF);
     Require(!display_failed_, "a host that behaves sees every row");
     Require(view != 0 || rows == 0 || !window.host.HexText().empty(),
