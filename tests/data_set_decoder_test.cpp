@@ -18,11 +18,55 @@ Bytes Undefined(std::uint16_t group, std::uint16_t element,
   return ExplicitElement(group, element, vr, {})
       .Patched(8, Little32(kUndefined));
 }
+Bytes UndefinedSequence() { return Undefined(0x0008, 0x1140, "SQ"); }
 
 Bytes DataItem(const Bytes& value) {
   return ImplicitElement(0xFFFE, 0xE000, value);
 }
 Bytes Delimiter() { return ImplicitElement(0xFFFE, 0xE0DD, {}); }
+Bytes Rows(std::uint16_t rows) {
+  return ExplicitElement(0x0028, 0x0010, "US", Little16(rows));
+}
+
+// The lines of an element in the short form; the first covers two bytes too
+// many.
+std::string ShortFormLines(std::uint32_t offset, const std::string& tag,
+                           const std::string& name, const std::string& vr,
+                           std::uint32_t length, const std::string& value) {
+  return TreeLine(1, offset, 10 + length, tag + " - " + name) +
+         TreeLine(2, offset, 4, "Value Type: " + name) +
+         TreeLine(2, offset + 4, 2, "Value Representation: " + vr) +
+         TreeLine(2, offset + 6, 2, "Value Length: " + HexLength(4, length)) +
+         TreeLine(2, offset + 8, length, "Value Field: " + value);
+}
+std::string RowsLines(std::uint32_t offset, const std::string& rows) {
+  return ShortFormLines(offset, "(0028,0010)", "Rows", "US", 2, rows);
+}
+
+// The head of an element of undefined length, whose line ends at the highlight
+// limit.
+std::string UndefinedLines(std::uint32_t offset, const std::string& tag,
+                           const std::string& name, const std::string& vr) {
+  return TreeLine(1, offset, 13808 - offset, tag + " - " + name) +
+         TreeLine(2, offset, 4, "Value Type: " + name) +
+         TreeLine(2, offset + 4, 2, "Value Representation: " + vr) +
+         TreeLine(2, offset + 6, 2, "Reserved: 0000h") +
+         TreeLine(2, offset + 8, 4, "Value Length: FFFFFFFFh, -1");
+}
+std::string SequenceLines(std::uint32_t offset) {
+  return UndefinedLines(offset, "(0008,1140)", "Referenced Image Sequence",
+                        "SQ");
+}
+
+// An item or a delimiter below such an element.
+std::string ItemLines(std::uint32_t offset, std::uint32_t length,
+                      const std::string& value) {
+  return ElementLines(offset, "(FFFE,E000)", "Item", length, value, 2);
+}
+std::string DelimiterLines(std::uint32_t offset) {
+  return ElementLines(offset, "(FFFE,E0DD)", "Sequence Delimitation Item", 0,
+                      ": ", 2);
+}
 
 class DataSetDecoderTest : public DecodeTest {
  protected:
@@ -69,23 +113,13 @@ TEST_F(DataSetDecoderTest, ImplicitElementsTakeTheirVrFromTheDictionary) {
       "2 [100+4] Value Type: SOP Class UID\n"
       "2 [104+4] Value Length: 00000012h, 18\n"
       "2 [108+18] Value Field: 1.2.840.10008.1.1\n"
-      "3 [108+18] UID description: Verification SOP Class\n"
-      "1 [126+18] (0008,1140) - Referenced Image Sequence\n"
-      "2 [126+4] Value Type: Referenced Image Sequence\n"
-      "2 [130+4] Value Length: 0000000Ah, 10\n"
-      "2 [134+10] Value Field\n"
-      "1 [144+9] (0009,0001) - Unknown Tag\n"
-      "2 [144+4] Value Type: Unknown Tag\n"
-      "2 [148+4] Value Length: 00000001h, 1\n"
-      "2 [152+1] Value Field:  Unknown Type\n"
-      "1 [153+12] (0010,0010) - Patient's Name\n"
-      "2 [153+4] Value Type: Patient's Name\n"
-      "2 [157+4] Value Length: 00000004h, 4\n"
-      "2 [161+4] Value Field: A^B \n"
-      "1 [165+10] (6002,3000) - Overlay Data\n"
-      "2 [165+4] Value Type: Overlay Data\n"
-      "2 [169+4] Value Length: 00000002h, 2\n"
-      "2 [173+2] Value Field\n");
+      "3 [108+18] UID description: Verification SOP Class\n" +
+          ElementLines(126, "(0008,1140)", "Referenced Image Sequence", 10,
+                       "") +
+          ElementLines(144, "(0009,0001)", "Unknown Tag", 1,
+                       ":  Unknown Type") +
+          ElementLines(153, "(0010,0010)", "Patient's Name", 4, ": A^B ") +
+          ElementLines(165, "(6002,3000)", "Overlay Data", 2, ""));
 }
 
 // An undefined length is a length: it passes the end.
@@ -99,22 +133,10 @@ TEST_F(DataSetDecoderTest, ImplicitUndefinedLengthEndsTheDataSet) {
             "2 [108+13700] Value Field\n");
 }
 
-TEST_F(DataSetDecoderTest, ExplicitShortFormLineCoversTwoBytesTooMany) {
-  const std::string lines =
-      "1 [100+12] (0028,0010) - Rows\n"
-      "2 [100+4] Value Type: Rows\n"
-      "2 [104+2] Value Representation: US\n"
-      "2 [106+2] Value Length: 0002h, 2\n"
-      "2 [108+2] Value Field: 512\n";
-  EXPECT_EQ(
-      Decode(kExplicit, ExplicitElement(0x0028, 0x0010, "US", Little16(512))),
-      lines);
+TEST_F(DataSetDecoderTest, VrOfTheStreamDecidesFormAndText) {
   EXPECT_EQ(Decode(kExplicitBig,
                    ExplicitElement(0x0028, 0x0010, "US", Big16(512), true)),
-            lines);
-}
-
-TEST_F(DataSetDecoderTest, VrOfTheStreamDecidesFormAndText) {
+            RowsLines(100, "512"));
   EXPECT_EQ(
       Decode(kExplicit,
              ExplicitElement(0x0028, 0x0010, "UI", Uid("1.2.840.10008.1.1")) +
@@ -126,23 +148,17 @@ TEST_F(DataSetDecoderTest, VrOfTheStreamDecidesFormAndText) {
       "2 [104+2] Value Representation: UI\n"
       "2 [106+2] Value Length: 0012h, 18\n"
       "2 [108+18] Value Field: 1.2.840.10008.1.1\n"
-      "3 [108+18] UID description: Verification SOP Class\n"
-      "1 [126+14] (0008,1140) - Referenced Image Sequence\n"
-      "2 [126+4] Value Type: Referenced Image Sequence\n"
-      "2 [130+2] Value Representation: UT\n"
-      "2 [132+2] Value Length: 0004h, 4\n"
-      "2 [134+4] Value Field: text\n"
-      "1 [138+12] (0010,0010) - Patient's Name\n"
-      "2 [138+4] Value Type: Patient's Name\n"
-      "2 [142+2] Value Representation: UN\n"
-      "2 [144+2] Value Length: 0002h, 2\n"
-      "2 [146+2] Value Field:  Unknown Type\n"
-      "1 [148+16] (0010,0010) - Patient's Name\n"
-      "2 [148+4] Value Type: Patient's Name\n"
-      "2 [152+2] Value Representation: OB\n"
-      "2 [154+2] Reserved: 0000h\n"
-      "2 [156+4] Value Length: 00000004h, 4\n"
-      "2 [160+4] Value Field\n");
+      "3 [108+18] UID description: Verification SOP Class\n" +
+          ShortFormLines(126, "(0008,1140)", "Referenced Image Sequence", "UT",
+                         4, "text") +
+          ShortFormLines(138, "(0010,0010)", "Patient's Name", "UN", 2,
+                         " Unknown Type") +
+          "1 [148+16] (0010,0010) - Patient's Name\n"
+          "2 [148+4] Value Type: Patient's Name\n"
+          "2 [152+2] Value Representation: OB\n"
+          "2 [154+2] Reserved: 0000h\n"
+          "2 [156+4] Value Length: 00000004h, 4\n"
+          "2 [160+4] Value Field\n");
 }
 
 TEST_F(DataSetDecoderTest, BigEndianLongFormReadsItsNumbersBigEndian) {
@@ -158,108 +174,55 @@ TEST_F(DataSetDecoderTest, BigEndianLongFormReadsItsNumbersBigEndian) {
 }
 
 TEST_F(DataSetDecoderTest, FragmentsEndAtTheDelimiterAndTheNextElementFollows) {
-  EXPECT_EQ(
-      Decode(kExplicit, Undefined(0x7FE0, 0x0010, "OB") + DataItem({}) +
-                            DataItem({1, 2, 3, 4}) + Delimiter() +
-                            ExplicitElement(0x0028, 0x0010, "US", Little16(1)) +
-                            ExplicitElement(0x0028, 0x0010, "US", Little16(2))),
-      "1 [100+13708] (7FE0,0010) - Pixel Data\n"
-      "2 [100+4] Value Type: Pixel Data\n"
-      "2 [104+2] Value Representation: OB\n"
-      "2 [106+2] Reserved: 0000h\n"
-      "2 [108+4] Value Length: FFFFFFFFh, -1\n"
-      "2 [112+8] (FFFE,E000) - Item\n"
-      "3 [112+4] Value Type: Item\n"
-      "3 [116+4] Value Length: 00000000h, 0\n"
-      "3 [120+0] Value Field: \n"
-      "2 [120+12] (FFFE,E000) - Item\n"
-      "3 [120+4] Value Type: Item\n"
-      "3 [124+4] Value Length: 00000004h, 4\n"
-      "3 [128+4] Value Field\n"
-      "2 [132+8] (FFFE,E0DD) - Sequence Delimitation Item\n"
-      "3 [132+4] Value Type: Sequence Delimitation Item\n"
-      "3 [136+4] Value Length: 00000000h, 0\n"
-      "3 [140+0] Value Field: \n"
-      "1 [140+12] (0028,0010) - Rows\n"
-      "2 [140+4] Value Type: Rows\n"
-      "2 [144+2] Value Representation: US\n"
-      "2 [146+2] Value Length: 0002h, 2\n"
-      "2 [148+2] Value Field: 1\n"
-      "1 [150+12] (0028,0010) - Rows\n"
-      "2 [150+4] Value Type: Rows\n"
-      "2 [154+2] Value Representation: US\n"
-      "2 [156+2] Value Length: 0002h, 2\n"
-      "2 [158+2] Value Field: 2\n");
+  EXPECT_EQ(Decode(kExplicit, Undefined(0x7FE0, 0x0010, "OB") + DataItem({}) +
+                                  DataItem({1, 2, 3, 4}) + Delimiter() +
+                                  Rows(1) + Rows(2)),
+            UndefinedLines(100, "(7FE0,0010)", "Pixel Data", "OB") +
+                ItemLines(112, 0, ": ") + ItemLines(120, 4, "") +
+                DelimiterLines(132) + RowsLines(140, "1") +
+                RowsLines(150, "2"));
 }
 
 TEST_F(DataSetDecoderTest, SequenceItemsAreSkippedWithoutAValueLine) {
   EXPECT_EQ(
-      Decode(kExplicit,
-             Undefined(0x0008, 0x1140, "SQ") +
-                 DataItem(ExplicitElement(0x0028, 0x0010, "US", Little16(1))) +
-                 DataItem({}) + Delimiter() + Undefined(0x0008, 0x1140, "SQ") +
-                 Delimiter()),
-      "1 [100+13708] (0008,1140) - Referenced Image Sequence\n"
-      "2 [100+4] Value Type: Referenced Image Sequence\n"
-      "2 [104+2] Value Representation: SQ\n"
-      "2 [106+2] Reserved: 0000h\n"
-      "2 [108+4] Value Length: FFFFFFFFh, -1\n"
-      "2 [112+18] (FFFE,E000) - Item\n"
-      "3 [112+4] Value Type: Item\n"
-      "3 [116+4] Value Length: 0000000Ah, 10\n"
-      "2 [130+8] (FFFE,E000) - Item\n"
-      "3 [130+4] Value Type: Item\n"
-      "3 [134+4] Value Length: 00000000h, 0\n"
-      "3 [138+0] Value Field: \n"
-      "2 [138+8] (FFFE,E0DD) - Sequence Delimitation Item\n"
-      "3 [138+4] Value Type: Sequence Delimitation Item\n"
-      "3 [142+4] Value Length: 00000000h, 0\n"
-      "3 [146+0] Value Field: \n"
-      "1 [146+13662] (0008,1140) - Referenced Image Sequence\n"
-      "2 [146+4] Value Type: Referenced Image Sequence\n"
-      "2 [150+2] Value Representation: SQ\n"
-      "2 [152+2] Reserved: 0000h\n"
-      "2 [154+4] Value Length: FFFFFFFFh, -1\n"
-      "2 [158+8] (FFFE,E0DD) - Sequence Delimitation Item\n"
-      "3 [158+4] Value Type: Sequence Delimitation Item\n"
-      "3 [162+4] Value Length: 00000000h, 0\n"
-      "3 [166+0] Value Field: \n");
+      Decode(kExplicit, UndefinedSequence() + DataItem(Rows(1)) + DataItem({}) +
+                            Delimiter() + UndefinedSequence() + Delimiter()),
+      SequenceLines(100) +
+          "2 [112+18] (FFFE,E000) - Item\n"
+          "3 [112+4] Value Type: Item\n"
+          "3 [116+4] Value Length: 0000000Ah, 10\n" +
+          ItemLines(130, 0, ": ") + DelimiterLines(138) + SequenceLines(146) +
+          DelimiterLines(158));
 }
 
 TEST_F(DataSetDecoderTest, ItemOfUndefinedLengthEndsTheDataSet) {
   const Bytes item = DataItem({}).Patched(4, Little32(kUndefined));
-  EXPECT_EQ(Decode(kExplicit, Undefined(0x0008, 0x1140, "SQ") + item +
-                                  Delimiter() + Delimiter()),
-            "1 [100+13708] (0008,1140) - Referenced Image Sequence\n"
-            "2 [100+4] Value Type: Referenced Image Sequence\n"
-            "2 [104+2] Value Representation: SQ\n"
-            "2 [106+2] Reserved: 0000h\n"
-            "2 [108+4] Value Length: FFFFFFFFh, -1\n"
-            "2 [112+13696] (FFFE,E000) - Item\n"
-            "3 [112+4] Value Type: Item\n"
-            "3 [116+4] Value Length: FFFFFFFFh, -1\n");
+  EXPECT_EQ(
+      Decode(kExplicit, UndefinedSequence() + item + Delimiter() + Delimiter()),
+      SequenceLines(100) +
+          "2 [112+13696] (FFFE,E000) - Item\n"
+          "3 [112+4] Value Type: Item\n"
+          "3 [116+4] Value Length: FFFFFFFFh, -1\n");
 }
 
 // Any tag but the item's ends the value behind its own item, whatever its
 // length; a delimiter of an item too.
 TEST_F(DataSetDecoderTest, OtherTagAmongItemsEndsTheValue) {
-  const Bytes next = ExplicitElement(0x0028, 0x0010, "US", Little16(1));
   for (const Bytes& last : {ImplicitElement(0xFFFE, 0xE00D, {1, 2}),
                             ImplicitElement(0x0028, 0x0010, {1, 2}),
                             ImplicitElement(0xFFFE, 0xE0DD, {1, 2})}) {
-    const std::string text = Decode(
-        kExplicit, Undefined(0x7FE0, 0x0010, "OB") + last + next + Delimiter());
-    EXPECT_NE(text.find("\n3 [120+2] Value Field\n"
-                        "1 [122+12] (0028,0010) - Rows\n"),
+    const std::string text =
+        Decode(kExplicit,
+               Undefined(0x7FE0, 0x0010, "OB") + last + Rows(1) + Delimiter());
+    EXPECT_NE(text.find("\n3 [120+2] Value Field\n" + RowsLines(122, "1")),
               std::string::npos)
         << text;
   }
   const std::string text =
-      Decode(kExplicit, Undefined(0x0008, 0x1140, "SQ") +
-                            ImplicitElement(0xFFFE, 0xE00D, {}) + next);
-  EXPECT_NE(text.find("\n3 [120+0] Value Field: \n"
-                      "1 [120+12] (0028,0010) - Rows\n"),
-            std::string::npos)
+      Decode(kExplicit, UndefinedSequence() +
+                            ImplicitElement(0xFFFE, 0xE00D, {}) + Rows(1));
+  EXPECT_TRUE(
+      text.ends_with("\n3 [120+0] Value Field: \n" + RowsLines(120, "1")))
       << text;
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 
 #include "tests/bytes.h"
@@ -17,6 +18,32 @@ namespace dicom::testing {
 
 inline ByteArrayView ViewOf(const Bytes& bytes) {
   return {bytes.data(), bytes.Length()};
+}
+
+inline std::string TreeLine(int depth, std::uint32_t offset,
+                            std::uint32_t length, const std::string& text) {
+  return std::to_string(depth) + " [" + std::to_string(offset) + "+" +
+         std::to_string(length) + "] " + text + "\n";
+}
+
+// "0000001Ah, 26", or with four digits.
+inline std::string HexLength(int digits, std::uint32_t length) {
+  char text[24];
+  std::snprintf(text, sizeof(text), "%0*Xh, %d", digits,
+                static_cast<unsigned>(length), static_cast<int>(length));
+  return text;
+}
+
+// The lines of an element without VR, or of an item, up to its value's, which
+// is "Value Field" and `value`.
+inline std::string ElementLines(std::uint32_t offset, const std::string& tag,
+                                const std::string& name, std::uint32_t length,
+                                const std::string& value, int depth = 1) {
+  return TreeLine(depth, offset, 8 + length, tag + " - " + name) +
+         TreeLine(depth + 1, offset, 4, "Value Type: " + name) +
+         TreeLine(depth + 1, offset + 4, 4,
+                  "Value Length: " + HexLength(8, length)) +
+         TreeLine(depth + 1, offset + 8, length, "Value Field" + value);
 }
 
 // A host, a small dictionary and three accepted contexts: what a DIMSE decoder
