@@ -1,5 +1,4 @@
-/* The tree-view control of windows.h: the part that the module and its tests
- * use. */
+/* The tree-view control: the part that the module and its tests use. */
 #ifndef TESTS_WIN32_COMMCTRL_H_
 #define TESTS_WIN32_COMMCTRL_H_
 
@@ -14,7 +13,6 @@ void WINAPI InitCommonControls(void);
 #define WC_TREEVIEWA "SysTreeView32"
 #define TVS_HASBUTTONS 0x0001
 #define TVS_HASLINES 0x0002
-#define TVS_LINESATROOT 0x0004
 
 #define TV_FIRST 0x1100
 #define TVM_INSERTITEMA (TV_FIRST + 0)
@@ -29,24 +27,18 @@ void WINAPI InitCommonControls(void);
 #define TVIF_IMAGE 0x0002
 #define TVIF_PARAM 0x0004
 #define TVIF_STATE 0x0008
-#define TVIF_HANDLE 0x0010
 #define TVIF_SELECTEDIMAGE 0x0020
 #define TVIF_CHILDREN 0x0040
 #define TVIS_EXPANDED 0x0020
-#define TVIS_EXPANDEDONCE 0x0040
 #define TVE_COLLAPSE 0x0001
 #define TVE_EXPAND 0x0002
 #define TVGN_ROOT 0x0000
 #define TVGN_NEXT 0x0001
-#define TVGN_PREVIOUS 0x0002
-#define TVGN_PARENT 0x0003
 #define TVGN_CHILD 0x0004
 
 typedef struct _TREEITEM* HTREEITEM;
 #define TVI_ROOT ((HTREEITEM)(ULONG_PTR)-0x10000)
-#define TVI_FIRST ((HTREEITEM)(ULONG_PTR)-0x0FFFF)
 #define TVI_LAST ((HTREEITEM)(ULONG_PTR)-0x0FFFE)
-#define TVI_SORT ((HTREEITEM)(ULONG_PTR)-0x0FFFD)
 
 typedef struct tagTVITEMA {
   UINT mask;

@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <utility>
 
 #include "plugin/host_interface.h"
@@ -5,52 +6,44 @@
 #include "tests/win32/stand_in.h"
 
 namespace dicom::testing {
-namespace {
 
-std::vector<ShownBox> shown_boxes;
-
-}  // namespace
+using stand_in::Records;
 
 MessageBoxRecorder::MessageBoxRecorder() {
-  stand_in::Records().boxes.clear();
-  stand_in::Records().box_shown = nullptr;
+  Records().boxes.clear();
+  Records().box_shown = nullptr;
 }
 
-MessageBoxRecorder::~MessageBoxRecorder() {
-  stand_in::Records().box_shown = nullptr;
-}
+MessageBoxRecorder::~MessageBoxRecorder() { Records().box_shown = nullptr; }
 
 const std::vector<ShownBox>& MessageBoxRecorder::Boxes() const {
-  shown_boxes.clear();
-  for (const auto& box : stand_in::Records().boxes) {
-    shown_boxes.push_back({box.owner, box.text, box.caption});
-  }
-  return shown_boxes;
+  return Records().boxes;
 }
 
 void MessageBoxRecorder::WhileBoxIsOpen(std::function<void()> action) {
-  stand_in::Records().box_shown = std::move(action);
+  Records().box_shown = std::move(action);
 }
 
 PrinterRecorder::PrinterRecorder() : dc_(reinterpret_cast<HDC>(0x1234)) {
-  stand_in::Records().printer.clear();
+  Records().printed.clear();
 }
 
 PrinterRecorder::~PrinterRecorder() = default;
 
-std::string PrinterRecorder::Printed() {
-  std::string printed;
-  for (const auto& call : stand_in::Records().printer) printed += call + "\n";
-  return printed;
+std::string PrinterRecorder::Printed() { return Records().printed; }
+
+void AdvanceTicks(DWORD milliseconds) { Records().ticks += milliseconds; }
+
+std::size_t GlobalBlocks() { return Records().blocks.size(); }
+
+void ForgetGlobalBlocks() {
+  for (void* const block : Records().blocks) std::free(block);
+  Records().blocks.clear();
 }
 
-void AdvanceTicks(DWORD milliseconds) { stand_in::AdvanceTicks(milliseconds); }
-
-std::size_t GlobalBlocks() { return stand_in::GlobalBlocks(); }
-
-void ForgetGlobalBlocks() { stand_in::FreeGlobalBlocks(); }
-
-void FailGlobalAlloc(unsigned count) { stand_in::FailGlobalAlloc(count); }
+void FailGlobalAlloc(unsigned count) {
+  Records().allocations_to_failure = count;
+}
 
 std::string RaisedText(const std::function<void()>& action) {
   try {

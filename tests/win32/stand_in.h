@@ -3,13 +3,14 @@
 
 #include <windows.h>
 
-#include <cstddef>
 #include <functional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
-// What tests can see and set behind the stand-in for Win32. Tests that also run
-// on Windows go through tests/recorders.h.
+#include "tests/recorders.h"
+
+// What recorders_stand_in.cpp sees and sets behind the stand-in for Win32.
 namespace stand_in {
 
 // What RaiseException throws, for want of structured exceptions. `argument` is
@@ -19,36 +20,23 @@ struct RaisedException {
   ULONG_PTR argument;
 };
 
-struct MessageBox {
-  HWND owner;
-  std::string text;
-  std::string caption;
-  UINT type;
-};
-
-// Everything that the calls of one process record. Tests may empty the lists.
 struct Recorded {
-  std::vector<MessageBox> boxes;
+  std::vector<dicom::testing::ShownBox> boxes;
   std::function<void()> box_shown;  // runs while a box is open; may be empty
-  unsigned beeps = 0;
-  std::vector<std::string> printer;  // "X,Y TEXT", "start page", "end page"
+  std::string printed;              // "X,Y TEXT\n", "start page\n", ...
+  DWORD ticks = 1000;
+  // That GlobalAlloc gave and GlobalFree has not got back. A free of anything
+  // else ends the process.
+  std::unordered_set<void*> blocks;
+  unsigned allocations_to_failure = 0;  // 1: the next GlobalAlloc fails
 };
 Recorded& Records();
 
-// GetTickCount answers `now`, and `step` more with each call.
-void SetTicks(DWORD now, DWORD step = 0);
-void AdvanceTicks(DWORD milliseconds);
-
-// Blocks that GlobalAlloc gave and GlobalFree has not got back. A free of
-// anything else than such a block ends the process.
-std::size_t GlobalBlocks();
-
-// Frees them all.
-void FreeGlobalBlocks();
-
-// The `count`th GlobalAlloc from now (1: the next) answers null, once. 0: none
-// does.
-void FailGlobalAlloc(unsigned count);
+// The window procedure of the class "SysTreeView32". Answers as the control
+// does, as far as that can be seen through the messages that commctrl.h
+// declares.
+LRESULT CALLBACK TreeViewProcedure(HWND window, UINT message, WPARAM wparam,
+                                   LPARAM lparam);
 
 }  // namespace stand_in
 
