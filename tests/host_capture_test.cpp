@@ -12,18 +12,14 @@
 namespace host {
 namespace {
 
-Bytes Little32(std::uint32_t v) {
-  Bytes b = Big32(v);
-  std::reverse(b.begin(), b.end());
-  return b;
-}
+using dicom::testing::Little32;
 
 Bytes RawIpFrame(const Segment& s) {
   const Bytes tcp = s.Tcp();
   const auto d = static_cast<std::uint8_t>(s.direction);
   const auto source = static_cast<std::uint8_t>(1 + d);
   const auto destination = static_cast<std::uint8_t>(2 - d);
-  return Bytes{0x45, 0} + Big16(static_cast<std::uint32_t>(20 + tcp.size())) +
+  return Bytes{0x45, 0} + Big16(20 + tcp.Length()) +
          Bytes{0,   0, 0, 0,      64,  6, 0, 0,
                192, 0, 2, source, 192, 0, 2, destination} +
          tcp;
@@ -44,8 +40,8 @@ class CaptureFile {
     std::uint32_t second = kFirstSecond;
     for (const Segment& s : segments) {
       const Bytes frame = RawIpFrame(s);
-      const auto size = Little32(static_cast<std::uint32_t>(frame.size()));
-      file = file + Little32(second++) + Little32(5) + size + size + frame;
+      const Bytes size = Little32(frame.Length());
+      file += Little32(second++) + Little32(5) + size + size + frame;
     }
     return file;
   }
@@ -57,13 +53,12 @@ class CaptureFile {
     std::uint64_t time = std::uint64_t{kFirstSecond} * 1'000'000 + 5;
     for (const Segment& s : segments) {
       Bytes frame = RawIpFrame(s);
-      const auto size = Little32(static_cast<std::uint32_t>(frame.size()));
+      const Bytes size = Little32(frame.Length());
       frame.resize((frame.size() + 3) / 4 * 4);
-      file =
-          file + Block(6, Little32(0) +
-                              Little32(static_cast<std::uint32_t>(time >> 32)) +
-                              Little32(static_cast<std::uint32_t>(time)) +
-                              size + size + frame);
+      file += Block(6, Little32(0) +
+                           Little32(static_cast<std::uint32_t>(time >> 32)) +
+                           Little32(static_cast<std::uint32_t>(time)) + size +
+                           size + frame);
       time += 1'000'000;
     }
     return file;
@@ -78,7 +73,7 @@ class CaptureFile {
 
  private:
   static Bytes Block(std::uint32_t type, const Bytes& body) {
-    const Bytes size = Little32(static_cast<std::uint32_t>(12 + body.size()));
+    const Bytes size = Little32(12 + body.Length());
     return Little32(type) + size + body + size;
   }
 
@@ -87,9 +82,8 @@ class CaptureFile {
 
 Wire ShortWire() {
   Wire wire;
-  wire.Handshake();
-  wire.Send(0, Associate(1));
-  wire.Send(1, Associate(2));
+  wire.Begin();
+  wire.Send(1, AssociateAccept({}));
   return wire;
 }
 
@@ -145,7 +139,7 @@ TEST(CaptureReaderTest, EveryPrefixGivesTheWholeFramesAndOneSentence) {
        {CaptureFile::Pcap(wire.segments), CaptureFile::Pcapng(wire.segments)}) {
     for (std::size_t n = 48; n < bytes.size(); n += 3) {
       SCOPED_TRACE(n);
-      file.Write(Bytes(bytes.begin(), bytes.begin() + static_cast<int>(n)));
+      file.Write(bytes.First(n));
       CaptureReader reader(file.path(), "", CaptureReader::Mode::kFollow);
       TcpFrame frame;
       while (reader.Next(&frame)) {
@@ -188,22 +182,19 @@ TEST(CapturedConnectionTest, PacketsStayAsTheyAreUnlessTooLong) {
   const PacketFeed& feed = *connections[0].feed;
   ASSERT_EQ(feed.PacketCount(), 3u + 3 + 1);
   EXPECT_FALSE(connections[0].live);
-  Bytes packet(kMaxPacketBytes), joined;
+  Bytes packet, joined;
   std::uint32_t direction;
   std::uint32_t sequence = wire.segments[3].sequence;
   for (std::uint32_t i = 3; i < 6; ++i) {
-    packet.resize(kMaxPacketBytes);
-    packet.resize(feed.CopyPacket(i, packet.data(), &direction));
+    packet = PacketOf(feed, i, &direction);
     const TcpHeader header = TcpHeader::Parse(packet);
     EXPECT_EQ(header.sequence, sequence);
     EXPECT_EQ(header.flags, i == 5 ? kAck | kFin | kPush : +kAck);
-    joined.insert(joined.end(), packet.begin() + 20, packet.end());
-    sequence += static_cast<std::uint32_t>(packet.size() - 20);
+    joined += packet.From(20);
+    sequence += packet.Length() - 20;
   }
   EXPECT_EQ(joined, wire.streams[0]);
-  packet.resize(kMaxPacketBytes);
-  packet.resize(feed.CopyPacket(6, packet.data(), &direction));
-  EXPECT_EQ(packet, wire.segments[4].Tcp());
+  EXPECT_EQ(PacketOf(feed, 6, &direction), wire.segments[4].Tcp());
   EXPECT_EQ(direction, 1u);
 }
 

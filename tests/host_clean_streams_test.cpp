@@ -47,9 +47,8 @@ class FeedReader {
       ASSERT_FALSE(data.payload.empty());
       CheckInStep(data);
       CheckOneItemOnly(data, streams);
-      Bytes& stream = streams_[data.direction];
-      stream = stream + data.payload;
-      next_[data.direction] += static_cast<std::uint32_t>(data.payload.size());
+      streams_[data.direction] += data.payload;
+      next_[data.direction] += data.payload.Length();
       EXPECT_TRUE(ack.payload.empty());
       EXPECT_NE(ack.direction, data.direction);
       CheckInStep(ack);
@@ -71,12 +70,11 @@ class FeedReader {
   };
 
   Packet Read(std::uint32_t number) const {
-    Bytes bytes(kMaxPacketBytes);
     Packet packet;
-    bytes.resize(feed_.CopyPacket(number, bytes.data(), &packet.direction));
+    const Bytes bytes = PacketOf(feed_, number, &packet.direction);
     packet.header = TcpHeader::Parse(bytes);
     EXPECT_EQ(packet.header.length, 20u);
-    packet.payload.assign(bytes.begin() + 20, bytes.end());
+    packet.payload = bytes.From(20);
     return packet;
   }
 
@@ -145,26 +143,21 @@ TEST(CleanStreamsTest, AnySegmentSizeGivesTheSameListsAndCleanPackets) {
 TEST(CleanStreamsTest, EveryCutPositionGivesTheSameLists) {
   Wire whole;
   whole.segment_bytes = 1 << 20;
-  whole.Handshake();
-  whole.Send(0, Associate(1));
-  whole.Send(1, Associate(2));
-  whole.SendAll(0, {PData(Pdv(kLastCommand, 20)),
-                    PData(Pdv(kData, 9) + Pdv(kLastData, 11)), Release(5)});
+  whole.Begin();
+  whole.Send(1, AssociateAccept({}));
+  whole.SendAll(0,
+                {PData(Pdv(kLastCommand, 20)),
+                 PData(Pdv(kData, 9) + Pdv(kLastData, 11)), ReleaseRequest()});
   whole.Message(0, 40);
   const Segment joined = whole.segments[whole.segments.size() - 2];
   for (std::size_t cut = 1; cut < joined.payload.size(); ++cut) {
     SCOPED_TRACE(cut);
-    Segment head = joined, tail = joined;
-    const auto middle = joined.payload.begin() + static_cast<int>(cut);
-    head.payload.assign(joined.payload.begin(), middle);
-    tail.payload.assign(middle, joined.payload.end());
-    head.wire_payload = static_cast<std::uint32_t>(head.payload.size());
-    tail.wire_payload = static_cast<std::uint32_t>(tail.payload.size());
-    tail.sequence += head.wire_payload;
-    std::vector<Segment> segments(whole.segments.begin(),
-                                  whole.segments.end() - 2);
-    segments.push_back(tail);
-    segments.push_back(head);  // and in the wrong order
+    std::vector<Segment> segments = whole.segments;
+    Segment& tail = segments.end()[-2];  // and in the wrong order
+    Segment& head = segments.end()[-1] = joined;
+    tail.payload = joined.payload.From(cut);
+    head.payload = joined.payload.First(cut);
+    tail.sequence += head.payload.Length();
     ExpectWhole(whole, segments);
   }
 }
@@ -224,8 +217,7 @@ TEST(CleanStreamsTest, FollowingAGrowingCaptureGivesTheSameInTheEnd) {
 TEST(CleanStreamsTest, RowsNameTheirFrames) {
   Wire wire;
   wire.segment_bytes = 50;
-  wire.Handshake();                               // frames 1 to 3
-  wire.Send(0, Associate(1));                     // 4, 5; acknowledged 6
+  wire.Begin();  // frames 1 to 3; 4, 5; acknowledged 6
   wire.Send(0, PData(Pdv(kLastCommand, 100)));    // 7 to 9; 10
   wire.Send(0, PData(Pdv(kLastData, 10)));        // 11; 12
   std::swap(wire.segments[6], wire.segments[8]);  // 7 came last
@@ -248,8 +240,8 @@ TEST(CleanStreamsTest, PdusAreOrderedByTheFrameThatCompletesThem) {
   Wire wire;
   wire.segment_bytes = 40;
   wire.Handshake();
-  wire.SendRaw(0, Associate(1));  // frames 4, 5
-  wire.SendRaw(1, Associate(2));  // frames 7, 8
+  wire.SendRaw(0, AssociateRequest({}));  // frames 4, 5
+  wire.SendRaw(1, AssociateAccept({}));   // frames 7, 8
   std::swap(wire.segments[4], wire.segments[7]);
   const auto connections = Connect(wire.segments);
   EXPECT_EQ(Listed(connections[0].pdus), "1 74\n0 74\n");
@@ -300,8 +292,7 @@ TEST(CleanStreamsTest, AnyLostSegmentCostsOnlyThePdusWhoseHeaderItHeld) {
 TEST(CleanStreamsTest, LostItemHeaderCostsNoOtherMessage) {
   Wire wire;
   wire.segment_bytes = 1 << 20;
-  wire.Handshake();
-  wire.Send(0, Associate(1));
+  wire.Begin();
   wire.segment_bytes = 60;
   // The second item's header is at 6 + 6 + 100 = 112, in the second segment.
   wire.Send(0, PData(Pdv(kLastCommand, 100) + Pdv(kLastData, 200)));
@@ -315,24 +306,23 @@ TEST(CleanStreamsTest, LostItemHeaderCostsNoOtherMessage) {
   EXPECT_EQ(AllNotes(connections[0]),
             "60 lost bytes were filled with zero in 1 PDU from "
             "192.0.2.1:41000.\n");
-  Bytes packet(kMaxPacketBytes);
   std::uint32_t direction;
-  connections[0].feed->CopyPacket(7, packet.data(), &direction);
-  EXPECT_EQ(Bytes(packet.begin() + 20, packet.begin() + 26),
+  EXPECT_EQ(PacketOf(*connections[0].feed, 7, &direction).Part(20, 6),
             Big32(202) + Bytes({1, kLastData}));  // up to the PDU's end
 }
 
 TEST(CleanStreamsTest, SnapLengthCutsAreHoles) {
   Wire wire;
   wire.segment_bytes = 1000;
-  wire.Handshake();
-  wire.Send(0, Associate(1));
+  wire.Begin();
   wire.Send(0, PData(Pdv(kLastCommand, 500)));
   wire.Send(0, PData(Pdv(kLastData, 5000)));
   wire.Message(0, 5500);
-  wire.Send(0, Release(5));
+  wire.Send(0, ReleaseRequest());
   for (Segment& s : wire.segments) {
-    if (s.payload.size() > 100) s.payload.resize(100);
+    s.cut = s.payload.Length();
+    s.payload = s.payload.First(100);
+    s.cut -= s.payload.Length();
   }
   const auto connections = Connect(wire.segments);
   EXPECT_EQ(Listed(connections[0].pdus), wire.pdus);
@@ -360,11 +350,10 @@ TEST(CleanStreamsTest, ACaptureFromTheMiddleBeginsWithTheFirstWholePdu) {
 
 TEST(CleanStreamsTest, BrokenOffPduIsToldWithItsSize) {
   Wire wire;
-  wire.Handshake();
-  wire.Send(0, Associate(1));
+  wire.Begin();
   const Bytes pdu = PData(Pdv(kLastData, 16378));
   ASSERT_EQ(pdu.size(), 16390u);
-  wire.SendRaw(0, Bytes(pdu.begin(), pdu.begin() + 812));
+  wire.SendRaw(0, pdu.First(812));
   const auto connections = Connect(wire.segments);
   EXPECT_EQ(Listed(connections[0].pdus), "0 74\n");
   EXPECT_EQ(AllNotes(connections[0]),
@@ -376,13 +365,11 @@ TEST(CleanStreamsTest, BrokenOffPduIsToldWithItsSize) {
 // gigabytes of zeros.
 TEST(CleanStreamsTest, AFewBytesFarApartAreNotFilled) {
   Wire wire;
-  wire.Handshake();
-  wire.Send(0, Associate(1));
+  wire.Begin();
   wire.SendRaw(0, Bytes{4, 0, 0x0F, 0, 0, 0});  // 240 MiB
   for (std::uint32_t i = 1; i < 6; ++i) {
     Segment s = wire.segments[5];
     s.payload = {1};
-    s.wire_payload = 1;
     s.sequence += i * ((60u << 20) + 1);
     wire.segments.push_back(s);
   }
@@ -419,24 +406,18 @@ TEST(CleanStreamsTest, PdusOfOddShapeKeepTheModuleInStep) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
     Wire wire;
-    wire.Handshake();
-    wire.Send(0, Associate(1));
+    wire.Begin();
     wire.Send(0, PData(Pdv(kLastCommand, 10)));
     if (c.listed) {
       wire.Send(0, c.pdu);
     } else {
       wire.SendRaw(0, c.pdu);
-      wire.streams[0].resize(wire.streams[0].size() - c.pdu.size());
+      wire.streams[0] =
+          wire.streams[0].First(wire.streams[0].size() - c.pdu.size());
     }
-    const Bytes last = PData(Pdv(kLastCommand, 12));
-    wire.segment_bytes = c.listed ? 1448 : 0;
-    if (c.listed) {
-      wire.Send(0, last);
-    } else {  // its numbers count the PDU that is left out
-      wire.segment_bytes = 1448;
-      wire.Send(0, last);
-      wire.segments[wire.segments.size() - 2].sequence +=
-          static_cast<std::uint32_t>(c.pdu.size());
+    wire.Send(0, PData(Pdv(kLastCommand, 12)));
+    if (!c.listed) {  // its numbers count the PDU that is left out
+      wire.segments.end()[-2].sequence += c.pdu.Length();
     }
     const auto connections = Connect(wire.segments);
     EXPECT_EQ(Listed(connections[0].pdus), wire.pdus);
@@ -448,8 +429,7 @@ TEST(CleanStreamsTest, PdusOfOddShapeKeepTheModuleInStep) {
 
 TEST(CleanStreamsTest, AMessageWithoutItsEndKeepsTheCommandLength) {
   Wire wire;
-  wire.Handshake();
-  wire.Send(0, Associate(1));
+  wire.Begin();
   wire.Send(0, PData(Pdv(kLastCommand, 10)));
   wire.Send(0, PData(Pdv(kData, 500)));
   wire.Send(0, PData(Pdv(kLastData, 0)));
@@ -516,7 +496,6 @@ TEST(CleanStreamsTest, BytesThatCannotBelongAreIgnored) {
   auto with = [&](auto change, std::size_t at) {
     Segment s = data;
     change(&s);
-    s.wire_payload = static_cast<std::uint32_t>(s.payload.size());
     std::vector<Segment> all = wire.segments;
     all.insert(all.begin() + static_cast<int>(at), s);
     return Connect(all);

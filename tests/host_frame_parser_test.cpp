@@ -5,7 +5,7 @@
 namespace host {
 namespace {
 
-const Bytes kTcp = Segment{0, 1, 2, kAck, {'p', 'a', 'y'}, 3}.Tcp();
+const Bytes kTcp = Segment{0, 1, 2, kAck, {'p', 'a', 'y'}}.Tcp();
 
 Bytes Ipv4(const Bytes& payload, int total = -1, std::uint16_t fragment = 0,
            const Bytes& options = {}) {
@@ -81,8 +81,7 @@ TEST(FrameParserTest, FindsTheSegmentBehindEveryHeader) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
     TcpFrame frame;
-    EXPECT_EQ(ParseFrame(c.link_type, c.frame,
-                         static_cast<std::uint32_t>(c.frame.size()), &frame),
+    EXPECT_EQ(ParseFrame(c.link_type, c.frame, c.frame.Length(), &frame),
               c.kind);
     EXPECT_EQ(frame.tcp.size(), c.tcp_bytes);
     EXPECT_EQ(frame.wire_length, c.wire_length);
@@ -92,9 +91,7 @@ TEST(FrameParserTest, FindsTheSegmentBehindEveryHeader) {
     }
     // Cut anywhere nothing is read behind the end (the sanitizer watches).
     for (std::size_t n = 0; n < c.frame.size(); ++n) {
-      const Bytes prefix(c.frame.begin(),
-                         c.frame.begin() + static_cast<int>(n));
-      ParseFrame(c.link_type, prefix, 1500, &frame);
+      ParseFrame(c.link_type, c.frame.First(n), 1500, &frame);
     }
   }
 }
