@@ -36,10 +36,9 @@ class PduReassemblerTest : public ::testing::Test, protected PacketSource {
   std::string Pdus() const {
     std::string text;
     for (const PduRecord& pdu : reassembler_.Pdus()) {
-      std::uint32_t total = 0;
       text += std::to_string(pdu.pdu_number) + (pdu.direction ? "<" : " ") +
-              pdu.summary_text + Spans(pdu.spans, total) + "\n";
-      EXPECT_EQ(total, pdu.total_length);
+              pdu.summary_text;
+      EXPECT_EQ(AppendSpans(pdu.spans, text), pdu.total_length);
     }
     return text;
   }
@@ -48,26 +47,27 @@ class PduReassemblerTest : public ::testing::Test, protected PacketSource {
   std::string Messages() const {
     std::string text;
     for (const DimseMessageRecord& message : reassembler_.Messages()) {
-      std::uint32_t total = 0;
       text += std::to_string(message.message_number) +
               (message.direction ? "<c" : " c") +
               std::to_string(message.presentation_context_id) + " " +
               std::to_string(message.command_length) + "+" +
               std::to_string(message.data_length) + " " + message.first_text +
-              "/" + SecondText(message) + Spans(message.spans, total) + "\n";
+              "/" + SecondText(message);
+      AppendSpans(message.spans, text);
     }
     return text;
   }
 
-  static std::string Spans(const SpanList& spans, std::uint32_t& total) {
-    std::string text;
+  static std::uint32_t AppendSpans(const SpanList& spans, std::string& text) {
+    std::uint32_t total = 0;
     for (std::size_t i = 0; i < spans.size(); ++i) {
       text += " " + std::to_string(spans[i].packet_number) + ":" +
               std::to_string(spans[i].offset) + "+" +
               std::to_string(spans[i].length);
       total += spans[i].length;
     }
-    return text;
+    text += "\n";
+    return total;
   }
 
   PduReassembler reassembler_;
@@ -76,7 +76,8 @@ class PduReassemblerTest : public ::testing::Test, protected PacketSource {
   int fetches_ = 0;
 };
 
-const Bytes kEcho = Command(0x0030, 7);  // 20 bytes
+const Bytes kEcho = Command(0x0030, 7);  // 32 bytes
+const Bytes kEchoData = PData(Pdv(1, kLastCommand, kEcho));
 
 TEST_F(PduReassemblerTest, PduOverThreeSegmentsIsOneRecordWithThreeSpans) {
   EXPECT_FALSE(Send(ReleaseRequest().First(6)));
@@ -91,9 +92,8 @@ TEST_F(PduReassemblerTest, PduOverThreeSegmentsIsOneRecordWithThreeSpans) {
 
 TEST_F(PduReassemblerTest, EveryTypeHasItsNameAndIsCutByItsLength) {
   Bytes stream;
-  for (int type : {0, 1, 2, 3, 5, 6, 7, 8, 255}) {
-    stream += Pdu(static_cast<std::uint8_t>(type),
-                  Repeat(0, static_cast<std::size_t>(type)));
+  for (std::uint8_t type : Bytes{0, 1, 2, 3, 5, 6, 7, 8, 255}) {
+    stream += Pdu(type, Repeat(0, type));
   }
   EXPECT_TRUE(Send(stream));
   EXPECT_EQ(Pdus(),
@@ -109,18 +109,17 @@ TEST_F(PduReassemblerTest, EveryTypeHasItsNameAndIsCutByItsLength) {
 }
 
 TEST_F(PduReassemblerTest, OnePduCutAnywhereBehindItsHeaderIsOneRecord) {
-  const Bytes whole = PData(Pdv(1, kLastCommand, kEcho));
-  for (std::size_t cut = 6; cut < whole.size(); ++cut) {
+  for (std::size_t cut = 6; cut < kEchoData.size(); ++cut) {
     SCOPED_TRACE(cut);
     reassembler_ = PduReassembler();
     if (cut > 6 && cut < 12) {  // inside the PDV header
-      EXPECT_THROW(Send(whole.First(cut)), OutOfRange);
+      EXPECT_THROW(Send(kEchoData.First(cut)), OutOfRange);
       continue;
     }
-    EXPECT_FALSE(Send(whole.First(cut)));
-    EXPECT_TRUE(Send(whole.From(cut)));
+    EXPECT_FALSE(Send(kEchoData.First(cut)));
+    EXPECT_TRUE(Send(kEchoData.From(cut)));
     ASSERT_EQ(reassembler_.Pdus().size(), 1u);
-    EXPECT_EQ(reassembler_.Pdus()[0].total_length, whole.size());
+    EXPECT_EQ(reassembler_.Pdus()[0].total_length, kEchoData.size());
     ASSERT_EQ(reassembler_.Messages().size(), 1u);
     EXPECT_EQ(reassembler_.Messages()[0].command_length, kEcho.size());
     EXPECT_STREQ(reassembler_.Messages()[0].first_text, "C-ECHO-RQ");
@@ -143,23 +142,21 @@ TEST_F(PduReassemblerTest, MessageIsListedWithItsCommandAndReplacedByItsData) {
 TEST_F(PduReassemblerTest, SecondPDataOfASegmentIsFedFromItsByte12) {
   // The second PDU's bytes from 12 on look like a command PDV of their own.
   const Bytes hidden = Pdv(7, kLastCommand, kEcho);
-  Send(PData(Pdv(1, kLastCommand, kEcho)) +
-       PData(Pdv(1, kLastCommand, hidden)));
+  Send(kEchoData + PData(Pdv(1, kLastCommand, hidden)));
   EXPECT_EQ(Messages(),
             "1 c1 32+0 C-ECHO-RQ/Message Id: 7 0:32+32\n"
             "2 c7 32+0 C-ECHO-RQ/Message Id: 7 0:82+32\n");
 }
 
 TEST_F(PduReassemblerTest, OnlyAfterAContinuedPduIsAReleaseFed) {
-  const Bytes p_data = PData(Pdv(1, kLastCommand, kEcho));
   const Bytes release = Pdu(5, Pdv(1, kLastCommand, kEcho));
-  Send(p_data + release);
+  Send(kEchoData + release);
   EXPECT_EQ(reassembler_.Messages().size(), 1u);
 
-  Send(p_data.First(12), 1);
+  Send(kEchoData.First(12), 1);
   // Fed from the release's own first byte, since only P-DATA-TF adds to skip:
   // a data PDV of 0500 0000h bytes, so the message swallows it.
-  Send(p_data.From(12) + release, 1);
+  Send(kEchoData.From(12) + release, 1);
   EXPECT_EQ(reassembler_.Messages().size(), 2u);
   EXPECT_EQ(Pdus(),
             "1 P-DATA-TF PDU 0:20+44\n"
@@ -195,15 +192,14 @@ TEST_F(PduReassemblerTest, ShortRestsAndEmptyLastValuesNeverCompleteAMessage) {
 TEST_F(PduReassemblerTest, ItemLengthBelowTwoSwallowsTheDirection) {
   const Bytes pdv = Pdv(1, kLastCommand, kEcho).Patched(0, Big32(1));
   Send(PData(pdv));
-  Send(PData(Pdv(1, kLastCommand, kEcho)));
+  Send(kEchoData);
   EXPECT_EQ(Messages(), "");
   reassembler_.Flush();
   EXPECT_EQ(Messages(), "1 c1 70+0 / 0:32+32 1:26+38\n");
 }
 
-TEST_F(PduReassemblerTest, DataBeforeAnyCommandBelongsToMessageZero) {
+TEST_F(PduReassemblerTest, DataBeforeAnyCommandIsNeverListed) {
   Send(PData(Pdv(1, kLastData, Repeat(1, 4))));
-  EXPECT_EQ(Messages(), "");
   reassembler_.Flush();
   EXPECT_EQ(Messages(), "");
 }
@@ -223,7 +219,7 @@ TEST_F(PduReassemblerTest, CommandInTinyPdvsIsReadOnceForManyRows) {
 }
 
 TEST_F(PduReassemblerTest, FlushListsWhatIsIncompleteAndRepeatsMessages) {
-  Send(PData(Pdv(1, kLastCommand, kEcho)));
+  Send(kEchoData);
   Send(PData(Pdv(1, kLastData, Repeat(1, 8))).First(16));
   Send(ReleaseReply().First(8), 1);
   reassembler_.Flush();
@@ -243,8 +239,8 @@ TEST_F(PduReassemblerTest, FlushListsWhatIsIncompleteAndRepeatsMessages) {
 }
 
 TEST_F(PduReassemblerTest, FlushOverwritesTheEntryBehindTheMessagesOwn) {
-  Send(PData(Pdv(1, kLastCommand, kEcho)));     // 1, zero side
-  Send(PData(Pdv(1, kLastCommand, kEcho)), 1);  // 2, other side
+  Send(kEchoData);     // 1, zero side
+  Send(kEchoData, 1);  // 2, other side
   Send(PData(Pdv(1, kLastData, Repeat(1, 4))).First(14));
   reassembler_.Flush();
   EXPECT_EQ(Messages(),
@@ -292,18 +288,16 @@ TEST_F(PduReassemblerTest, WrappingPduLengthIsUnexpectedOnBothPaths) {
 }
 
 TEST_F(PduReassemblerTest, HeaderLengthBeyondThePacketFeedsNothing) {
-  EXPECT_THROW(SendPacket(TcpSegmentBytes({.header_words = 15}).First(20)),
-               OutOfRange);
-  Send(PData(Pdv(1, kLastCommand, kEcho)).First(20));
-  EXPECT_THROW(SendPacket(TcpSegmentBytes({.header_words = 15}).First(20)),
-               OutOfRange);
+  const Bytes packet = TcpSegmentBytes({.header_words = 15}).First(20);
+  EXPECT_THROW(SendPacket(packet), OutOfRange);
+  Send(kEchoData.First(20));
+  EXPECT_THROW(SendPacket(packet), OutOfRange);
 }
 
 TEST_F(PduReassemblerTest, RefusedPacketOfASummaryLeavesTheMessageUnlisted) {
-  Send(PData(Pdv(1, kLastCommand, kEcho)).First(20));
+  Send(kEchoData.First(20));
   refused_ = 0;
-  EXPECT_THROW(Send(PData(Pdv(1, kLastCommand, kEcho)).From(20)),
-               UnableToGetPacketFromTapvane);
+  EXPECT_THROW(Send(kEchoData.From(20)), UnableToGetPacketFromTapvane);
   EXPECT_EQ(Messages(), "");
 }
 

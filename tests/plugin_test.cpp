@@ -28,8 +28,8 @@ const Bytes kEchoReply = PData(Pdv(1, kLastCommand, Command(0x8030, 7)));
 
 // One list call: what goes in, and what comes out.
 struct ListCall {
-  std::int32_t first = 0;
-  std::uint32_t count = 40;
+  std::int32_t first;
+  std::uint32_t count;
   std::uint32_t first_available = 77;
   std::uint32_t last_available = 77;
   std::vector<PacketListRow> rows = std::vector<PacketListRow>(41);
@@ -65,9 +65,7 @@ class PluginTest : public ::testing::Test {
 
   static ListCall List(TestHost& host, std::uint32_t view, std::uint32_t live,
                        std::int32_t first = 0, std::uint32_t count = 40) {
-    ListCall call;
-    call.first = first;
-    call.count = count;
+    ListCall call{first, count};
     call.word = GetDicomPacketList(host.Window(), call.rows.data(), &call.first,
                                    &call.count, &call.first_available,
                                    &call.last_available, view, live);
@@ -81,7 +79,7 @@ class PluginTest : public ::testing::Test {
       if (call.Code() != DICOM_LIST_CALL_AGAIN) return call;
     }
     ADD_FAILURE() << "the list never ends";
-    return {};
+    return ListCall{0, 0};
   }
 
   // Shows a row; the text of what left the display, or nothing.
@@ -93,22 +91,34 @@ class PluginTest : public ::testing::Test {
     });
   }
 
+  // The packets of an association with one echo, in the host.
+  const std::vector<CapturedPacket>& GiveEcho() {
+    Conversation talk;
+    talk.Open()
+        .Send(0, AssociateRequest(ProposedContext(1, "1.2.840.10008.1.1",
+                                                  {"1.2.840.10008.1.2"})))
+        .Send(1, AssociateAccept(AnsweredContext(1, 0, "1.2.840.10008.1.2")))
+        .Send(0, kEcho)
+        .Send(1, kEchoReply)
+        .Send(0, ReleaseRequest())
+        .Send(1, ReleaseReply())
+        .Close();
+    return host_.packets = talk.Packets();
+  }
+  void GiveAndListEcho() {
+    GiveEcho();
+    ListAll(host_, kPduView);
+  }
+  void GiveMore(const std::vector<CapturedPacket>& packets) {
+    host_.packets.insert(host_.packets.end(), packets.begin(), packets.end());
+  }
+  // The last position of the list, from a call that reads on.
+  std::uint32_t LastRow() {
+    return List(host_, kPduView, kLive).last_available;
+  }
+
   TestHost host_;
 };
-
-Conversation EchoConversation() {
-  Conversation talk;
-  talk.Open()
-      .Send(0, AssociateRequest(ProposedContext(1, "1.2.840.10008.1.1",
-                                                {"1.2.840.10008.1.2"})))
-      .Send(1, AssociateAccept(AnsweredContext(1, 0, "1.2.840.10008.1.2")))
-      .Send(0, kEcho)
-      .Send(1, kEchoReply)
-      .Send(0, ReleaseRequest())
-      .Send(1, ReleaseReply())
-      .Close();
-  return talk;
-}
 
 TEST_F(PluginTest, AnswersItsVersionAndRefusesToSaveAndPrint) {
   DicomRegisterParent(1);  // both do nothing
@@ -122,7 +132,7 @@ TEST_F(PluginTest, AnswersItsVersionAndRefusesToSaveAndPrint) {
 }
 
 TEST_F(PluginTest, ListsAnAssociationInBothViews) {
-  host_.packets = EchoConversation().Packets();
+  GiveEcho();
   EXPECT_EQ(ListAll(host_, kPduView).Rows(),
             "1 0 124 A-ASSOCIATE-RQ PDU|\n"
             "2 1 103 A-ASSOCIATE-AC PDU|\n"
@@ -141,34 +151,30 @@ TEST_F(PluginTest, ListsAnAssociationInBothViews) {
 }
 
 TEST_F(PluginTest, EmptyOrRefusedCaptureTouchesNothingElse) {
-  ListCall call = List(host_, kPduView, kStopped, 5, 7);
-  EXPECT_EQ(call.word, 1u);
-  EXPECT_EQ(call.first, -1);
-  EXPECT_EQ(call.count, 0u);
-  EXPECT_EQ(call.last_available, 77u);
+  // Word, first row and count, first and last available position.
+  const auto call = [this](std::uint32_t live) {
+    const ListCall c = List(host_, kPduView, live, 5, 7);
+    return std::vector<std::int64_t>{c.word, c.first, c.count,
+                                     c.first_available, c.last_available};
+  };
+  using Answer = std::vector<std::int64_t>;
+  EXPECT_EQ(call(kStopped), (Answer{1, -1, 0, 77, 77}));
   host_.refuse_count = true;
-  call = List(host_, kPduView, kStopped, 5, 7);
-  EXPECT_EQ(call.word, 0u);
-  EXPECT_EQ(call.first, 5);
-  EXPECT_EQ(call.count, 7u);
+  EXPECT_EQ(call(kStopped), (Answer{0, 5, 7, 77, 77}));
   // A capture without PDUs has an empty view.
   host_.refuse_count = false;
   host_.packets = {{0, TcpSegmentBytes({})}, {1, TcpSegmentBytes({})}};
-  call = List(host_, kPduView, kLive, 5, 7);
-  EXPECT_EQ(call.first, -1);
-  EXPECT_EQ(call.count, 0u);
-  EXPECT_EQ(call.first_available, 0u);
-  EXPECT_EQ(call.last_available, 0xFFFFFFFFu);
-  EXPECT_EQ(call.Progress(), 50u);
+  EXPECT_EQ(call(kLive), (Answer{(50 << 16) + 1, -1, 0, 0, 0xFFFFFFFF}));
 }
 
 TEST_F(PluginTest, RowsAreClampedToTheListAndToForty) {
   Conversation talk;
   talk.Open();
-  for (int i = 0; i < 5; ++i) {
-    talk.Send(0, ReleaseRequest()).Send(1, ReleaseReply());
-  }
-  host_.packets = talk.Packets();
+  const auto release = [&](int times) {
+    while (times-- > 0) talk.Send(0, ReleaseRequest()).Send(1, ReleaseReply());
+    host_.packets = talk.Packets();
+  };
+  release(5);
   const struct {
     std::int32_t first;
     std::uint32_t count;
@@ -187,10 +193,7 @@ TEST_F(PluginTest, RowsAreClampedToTheListAndToForty) {
     EXPECT_EQ(call.rows[0].number, c.first_row);
     EXPECT_EQ(call.rows[c.count_out].number, 0u);
   }
-  for (int i = 0; i < 100; ++i) {
-    talk.Send(0, ReleaseRequest()).Send(1, ReleaseReply());
-  }
-  host_.packets = talk.Packets();
+  release(100);
   RefreshDicomDecode(host_.Window());
   ListAll(host_, kPduView);
   const ListCall call = List(host_, kPduView, kStopped, 0, 100);
@@ -224,18 +227,15 @@ TEST_F(PluginTest, ReadsSixtySegmentsACallAndClosesOnlyAtTheEnd) {
 
 TEST_F(PluginTest, NewestDataOfADirectionWaitsForTheOtherSide) {
   Conversation talk;
-  talk.Open().Send(0, ReleaseRequest());
-  host_.packets = talk.Packets();
+  host_.packets = talk.Open().Send(0, ReleaseRequest()).Packets();
   EXPECT_EQ(List(host_, kPduView, kLive).Rows(), "");
-  talk.Acknowledge(1);
-  host_.packets = talk.Packets();
+  host_.packets = talk.Acknowledge(1).Packets();
   EXPECT_EQ(List(host_, kPduView, kLive).Rows(), "1 0 10 A-RELEASE-RQ PDU|\n");
 }
 
 TEST_F(PluginTest, AsksForTheCountBeforeEachPacketAndReadsSegmentsTwice) {
-  Conversation talk;
-  talk.Open().Send(0, ReleaseRequest()).Acknowledge(1);
-  host_.packets = talk.Packets();
+  host_.packets =
+      Conversation().Open().Send(0, ReleaseRequest()).Acknowledge(1).Packets();
   List(host_, kPduView, kLive);
   EXPECT_EQ(host_.TakeRequests(),
             "153 153 151:-1 153 151:0 153 151:1 153 151:2 153 151:3 153 150:3 "
@@ -273,17 +273,15 @@ TEST_F(PluginTest, HandshakeIsFoundAmongOtherPackets) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.situation);
     RefreshDicomDecode(host_.Window());
+    const std::vector<CapturedPacket> echo = GiveEcho();
     host_.packets = c.before;
-    const Conversation talk = EchoConversation();
-    for (const CapturedPacket& packet : talk.Packets()) {
-      host_.packets.push_back(packet);
-    }
+    GiveMore(echo);
     EXPECT_EQ(ListAll(host_, kPduView).Rows().empty(), !c.found);
   }
 }
 
 TEST_F(PluginTest, IncompleteHandshakeIsReadAgainButPassedPacketsAreNot) {
-  const std::vector<CapturedPacket> all = EchoConversation().Packets();
+  const std::vector<CapturedPacket> all = GiveEcho();
   host_.packets = {all.begin(), all.begin() + 2};
   List(host_, kPduView, kLive);
   host_.packets = all;
@@ -300,33 +298,33 @@ TEST_F(PluginTest, IncompleteHandshakeIsReadAgainButPassedPacketsAreNot) {
 }
 
 TEST_F(PluginTest, EarlySegmentsWaitAndRetransmissionsArePassedOver) {
-  const std::vector<CapturedPacket> ordered = EchoConversation().Packets();
-  const std::string rows = [&] {
-    host_.packets = ordered;
-    return ListAll(host_, kPduView).Rows();
-  }();
+  const std::vector<CapturedPacket> ordered = GiveEcho();
+  const std::string rows = ListAll(host_, kPduView).Rows();
+  const auto expect_same_rows = [&] {
+    RefreshDicomDecode(host_.Window());
+    EXPECT_EQ(ListAll(host_, kPduView).Rows(), rows);
+  };
   // Each packet behind the handshake swapped with the next, then doubled.
   for (std::size_t i = 3; i + 1 < ordered.size(); ++i) {
     SCOPED_TRACE(i);
     host_.packets = ordered;
     std::swap(host_.packets[i], host_.packets[i + 1]);
-    RefreshDicomDecode(host_.Window());
-    EXPECT_EQ(ListAll(host_, kPduView).Rows(), rows);
+    expect_same_rows();
     host_.packets = ordered;
     host_.packets.insert(host_.packets.begin() + static_cast<int>(i),
                          ordered[i]);
-    RefreshDicomDecode(host_.Window());
-    EXPECT_EQ(ListAll(host_, kPduView).Rows(), rows);
+    expect_same_rows();
   }
 }
 
 TEST_F(PluginTest, SecondConnectionIsFoundBehindAnOrdinaryClose) {
-  host_.packets = EchoConversation().Packets();
+  GiveEcho();
   Conversation again(0xFFFFFFF0, 77);  // its numbers wrap
-  again.Open(1).Send(1, kEcho).Send(0, kEchoReply).Acknowledge(1);
-  for (const CapturedPacket& packet : again.Packets()) {
-    host_.packets.push_back(packet);
-  }
+  GiveMore(again.Open(1)
+               .Send(1, kEcho)
+               .Send(0, kEchoReply)
+               .Acknowledge(1)
+               .Packets());
   EXPECT_EQ(List(host_, kMessageView, kLive).Rows(),
             "1 0 32 C-ECHO-RQ|Message Id: 7\n"
             "2 1 32 C-ECHO-RSP|Message Id: 7\n"
@@ -335,8 +333,7 @@ TEST_F(PluginTest, SecondConnectionIsFoundBehindAnOrdinaryClose) {
 }
 
 TEST_F(PluginTest, EveryThirdFailureIsShownAndKeepsWhatThereIs) {
-  const std::vector<CapturedPacket> good = EchoConversation().Packets();
-  host_.packets = good;
+  GiveEcho();
   host_.packets.push_back({0, Repeat(0, 13)});  // no TCP header
   MessageBoxRecorder recorder;
   for (int round = 0; round < 2; ++round) {
@@ -353,14 +350,13 @@ TEST_F(PluginTest, EveryThirdFailureIsShownAndKeepsWhatThereIs) {
               (ShownBox{host_.Window(), "Packet too short for Tcp Header!",
                         "Exception"}));
     // The runt is behind us: what was read before it is there now.
-    EXPECT_EQ(List(host_, kPduView, kLive).last_available, 5u);
+    EXPECT_EQ(LastRow(), 5u);
     RefreshDicomDecode(host_.Window());
   }
 }
 
 TEST_F(PluginTest, NestedCallsAreTurnedAwayAndOthersServed) {
-  host_.packets = EchoConversation().Packets();
-  ListAll(host_, kPduView);
+  GiveAndListEcho();
   RefreshDicomDecode(host_.Window());
   std::string log;
   host_.before_answer = [&](WPARAM, std::int32_t) { AdvanceTicks(2001); };
@@ -373,9 +369,9 @@ TEST_F(PluginTest, NestedCallsAreTurnedAwayAndOthersServed) {
     RefreshDicomDecode(host_.Window());
   });
   // The call that was interrupted goes on with what it had.
-  EXPECT_EQ(List(host_, kPduView, kLive).last_available, 5u);
+  EXPECT_EQ(LastRow(), 5u);
   EXPECT_EQ(log, "2 1 1");
-  EXPECT_EQ(List(host_, kPduView, kLive).last_available, 5u);
+  EXPECT_EQ(LastRow(), 5u);
 }
 
 TEST_F(PluginTest, QuitIsLeftToTheHostsOwnLoop) {
@@ -404,23 +400,20 @@ TEST_F(PluginTest, AccessorNeedsAHostWindow) {
 
 TEST_F(PluginTest, WindowsKeepSeparateLists) {
   TestHost other;
-  host_.packets = EchoConversation().Packets();
-  Conversation talk;
-  talk.Open().Send(0, Abort(0, 0)).Acknowledge(1);
-  other.packets = talk.Packets();
-  ListAll(host_, kPduView);
+  other.packets =
+      Conversation().Open().Send(0, Abort(0, 0)).Acknowledge(1).Packets();
+  GiveAndListEcho();
   EXPECT_EQ(List(other, kPduView, kLive).Rows(), "1 0 10 A-ABORT PDU|\n");
   DicomDeRegisterParent(other.Window());
   other.packets.clear();
   host_.packets.clear();  // what was read stays
   EXPECT_EQ(List(other, kPduView, kLive).first, -1);
-  host_.packets = EchoConversation().Packets();
-  EXPECT_EQ(List(host_, kPduView, kLive).last_available, 5u);
+  GiveEcho();
+  EXPECT_EQ(LastRow(), 5u);
 }
 
 TEST_F(PluginTest, DisplaysTheRowAtAPositionAndTheLastBehindTheEnd) {
-  host_.packets = EchoConversation().Packets();
-  ListAll(host_, kPduView);
+  GiveAndListEcho();
   EXPECT_EQ(Show(host_, 99, kPduView), "");
   EXPECT_EQ(host_.TreeText(),
             "0 [0+10] DICOM - Upper Layer Protokoll: A-RELEASE-RP PDU (06h)\n"
@@ -440,8 +433,7 @@ TEST_F(PluginTest, DisplaysTheRowAtAPositionAndTheLastBehindTheEnd) {
 }
 
 TEST_F(PluginTest, EmptyViewClearsTreeAndHexWindow) {
-  host_.packets = EchoConversation().Packets();
-  ListAll(host_, kPduView);
+  GiveAndListEcho();
   Show(host_, 0, kPduView);
   TestHost unknown;
   DisplayDicomPacket(unknown.Window(), host_.Tree(), 0, nullptr, host_.Hex(),
@@ -474,14 +466,13 @@ TEST_F(PluginTest, DumpOfAMessageEndsAt64000BytesAndOfAPduNever) {
 }
 
 TEST_F(PluginTest, FailureThatLeavesTheDisplayKeepsItBusy) {
-  host_.packets = EchoConversation().Packets();
-  ListAll(host_, kPduView);
+  GiveAndListEcho();
   host_.refused = {3};
   EXPECT_EQ(Show(host_, 0, kPduView), "Unable to get Packet From Tapvane");
   host_.refused.clear();
   EXPECT_EQ(Show(host_, 0, kPduView), "");
   EXPECT_EQ(host_.TreeCount(), 0u);  // turned away
-  EXPECT_EQ(List(host_, kPduView, kLive).last_available, 5u);
+  EXPECT_EQ(LastRow(), 5u);
 
   UnloadModule();
   ASSERT_TRUE(LoadModule());

@@ -112,13 +112,12 @@ TEST(SpanListTest, CopiesShareTheirSpansAndNeverChange) {
   EXPECT_EQ(copy[2].packet_number, 10u);
 }
 
-class OnePacket : public PacketSource {
- public:
+struct OnePacket : PacketSource {
   ByteArrayView PacketBytes(std::uint32_t) override {
     ++fetches;
-    return {kBytes, 4};
+    return {bytes.data(), 4};
   }
-  static constexpr std::uint8_t kBytes[] = {1, 2, 3, 4};
+  Bytes bytes{1, 2, 3, 4};
   int fetches = 0;
 };
 
@@ -190,7 +189,6 @@ TEST(PresentationContextTableTest, EntersAcceptedContextsAmongOtherItems) {
 TEST(PresentationContextTableTest, WhatIsWrongEndsTheReadingQuietly) {
   const Bytes context = AnsweredContext(1, 0, "1.2.840.10008.1.2");
   const Bytes good = AssociateAccept(context);
-  EXPECT_EQ(SyntaxOf(TableOf(good), 1), "0/0");
   EXPECT_EQ(SyntaxOf(TableOf(good + Bytes{0}), 1), kNoContext);  // length
   EXPECT_EQ(SyntaxOf(TableOf(good.Patched(6, {0, 3})), 1), kNoContext);
   for (std::size_t cut = 0; cut < good.size(); ++cut) {

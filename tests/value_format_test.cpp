@@ -33,20 +33,15 @@ std::string Value(std::string_view vr, const std::string& bytes,
                    order, VrCodeOf(vr));
 }
 
-std::string LittleEndianBytes(std::uint64_t bits, int count) {
-  std::string bytes;
-  for (int i = 0; i < count; ++i, bits >>= 8) {
-    bytes += static_cast<char>(bits & 0xFF);
-  }
-  return bytes;
+// The bytes of a number as this machine keeps it, which is little-endian.
+template <typename Number>
+std::string BytesOf(Number number) {
+  return {reinterpret_cast<const char*>(&number), sizeof(number)};
 }
 
-std::string DoubleText(std::uint64_t bits) {
-  return Value("FD", LittleEndianBytes(bits, 8));
-}
-
-std::string DoubleText(double value) {
-  return DoubleText(std::bit_cast<std::uint64_t>(value));
+template <typename Number>
+std::string DoubleText(Number bits) {
+  return Value("FD", BytesOf(bits));
 }
 
 TEST(NumberFormTest, FormsOfAField) {
@@ -103,18 +98,24 @@ TEST(ValueTextTest, UidLosesOneZeroByteAndNoBlank) {
 }
 
 TEST(ValueTextTest, BinaryValuesShowTheFirstNumber) {
-  EXPECT_EQ(Value("US", "\x30\0"s), "48");
-  EXPECT_EQ(Value("US", "\x30\0"s, kBigEndian), "12288");
-  EXPECT_EQ(Value("US", "\xFF\xFF\x01\x02"), "65535");
-  EXPECT_EQ(Value("SS", "\xFF\xFF"), "-1");
-  EXPECT_EQ(Value("SS", "\x80\0"s, kBigEndian), "-32768");
-  EXPECT_EQ(Value("UL", "\xFF\xFF\xFF\xFF"), "4294967295");
-  EXPECT_EQ(Value("AT", "\x08\0\x18\0"s), "(0008,0018)");
-  EXPECT_EQ(Value("AT", "\0\x08\0\x18"s, kBigEndian), "(0008,0018)");
-  EXPECT_EQ(Value("SL", "\x01\0\0\0"s), "");
-  EXPECT_EQ(Value("FL", "\0\0\x80\x3F"s), "1.000000e+000");
-  EXPECT_EQ(Value("FL", "\xC0\x20\0\0"s, kBigEndian), "-2.500000e+000");
-  EXPECT_EQ(Value("FD", "\x3F\xF0\0\0\0\0\0\0"s, kBigEndian), "1.000000e+000");
+  const struct {
+    const char* vr;
+    std::string bytes;
+    const char* text;
+    std::uint32_t order = kLittleEndian;
+  } cases[] = {{"US", "\x30\0"s, "48"},
+               {"US", "\x30\0"s, "12288", kBigEndian},
+               {"US", "\xFF\xFF\x01\x02", "65535"},
+               {"SS", "\xFF\xFF", "-1"},
+               {"SS", "\x80\0"s, "-32768", kBigEndian},
+               {"UL", "\xFF\xFF\xFF\xFF", "4294967295"},
+               {"AT", "\x08\0\x18\0"s, "(0008,0018)"},
+               {"AT", "\0\x08\0\x18"s, "(0008,0018)", kBigEndian},
+               {"SL", "\x01\0\0\0"s, ""},
+               {"FL", "\0\0\x80\x3F"s, "1.000000e+000"},
+               {"FL", "\xC0\x20\0\0"s, "-2.500000e+000", kBigEndian},
+               {"FD", "\x3F\xF0\0\0\0\0\0\0"s, "1.000000e+000", kBigEndian}};
+  for (const auto& c : cases) EXPECT_EQ(Value(c.vr, c.bytes, c.order), c.text);
 }
 
 // The width is the VR's, whatever the length field says.
@@ -166,7 +167,7 @@ TEST(ExponentialTest, HasThreeExponentDigitsAndTheWindowsNames) {
 TEST(WindowsFormatTest, NumberFormsEqualWsprintf) {
   for (std::uint32_t value : {0u, 7u, 26u, 0xFFFFu, 0x10000u, 0x7FFFFFFFu,
                               0x80000000u, 0xFFFFFFFFu}) {
-    const std::string bytes = LittleEndianBytes(value, 4);
+    const std::string bytes = BytesOf(value);
     const ByteArrayView view = ViewOf(bytes);
     const std::uint32_t low_byte = value & 0xFF, low_word = value & 0xFFFF;
     char text[200];
