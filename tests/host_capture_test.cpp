@@ -161,13 +161,13 @@ TEST(CaptureReaderTest, EveryPrefixGivesTheWholeFramesAndOneSentence) {
 TEST(CaptureReaderTest, SaysWhyACaptureCannotBeRead) {
   CaptureFile file;
   EXPECT_THROW(CaptureReader(file.path(), ""), CaptureError);  // no file
-  file.Write({'n', 'o', ' ', 'c', 'a', 'p', 't', 'u', 'r', 'e', '.', '.'});
-  EXPECT_THROW(CaptureReader(file.path(), ""), CaptureError);
-  Bytes wireless = CaptureFile::Pcap({});
-  wireless[20] = 105;
-  file.Write(wireless);
-  EXPECT_THROW(CaptureReader(file.path(), ""), CaptureError);
-  file.Write(CaptureFile::Pcap({}));
+  const Bytes empty = CaptureFile::Pcap({}),
+              wireless = empty.Patched(20, {105});
+  for (const Bytes& bytes : {dicom::testing::Text("no capture.."), wireless}) {
+    file.Write(bytes);
+    EXPECT_THROW(CaptureReader(file.path(), ""), CaptureError);
+  }
+  file.Write(empty);
   EXPECT_THROW(CaptureReader(file.path(), "port port"), FilterError);
 }
 

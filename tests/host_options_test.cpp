@@ -29,42 +29,32 @@ TEST(OptionsTest, EverythingCanBeAskedForAtOnce) {
   EXPECT_EQ(options.views, std::vector{View::kMessages});
 }
 
-TEST(OptionsTest, BothViewsAreShownUnlessOneIsChosen) {
+TEST(OptionsTest, LittleNeedsToBeSaid) {
   const std::vector both = {View::kPdus, View::kMessages};
   EXPECT_EQ(ParseOptions({"a"}).views, both);
   EXPECT_EQ(ParseOptions({"a", "--messages", "--pdus"}).views, both);
   EXPECT_EQ(ParseOptions({"--pdus", "a"}).views, std::vector{View::kPdus});
-}
-
-TEST(OptionsTest, NamesMayLookLikeOptionsBehindTwoDashes) {
   EXPECT_EQ(ParseOptions({"--", "--tree"}).capture, "--tree");
   EXPECT_EQ(ParseOptions({"-"}).capture, "-");
+  EXPECT_TRUE(ParseOptions({"--help"}).help);
+  EXPECT_TRUE(ParseOptions({"--version"}).version);
 }
 
 TEST(OptionsTest, MistakesSayWhatToDo) {
-  struct Mistake {
-    std::vector<std::string> arguments;
-    std::string sentence;
-  };
   const std::string help = "; capdump --help lists the options";
-  for (const Mistake& mistake : {
-           Mistake{{}, "name a capture file to read" + help},
-           {{"--row", "0", "a"}, "--row wants a number from 1 on, not \"0\""},
-           {{"a", "--row", "4x"}, "--row wants a number from 1 on, not \"4x\""},
-           {{"a", "--connection"}, "--connection wants a number behind it"},
-           {{"a", "--save", ""}, "--save wants the file to write behind it"},
-           {{"a", "--trees"}, "there is no option \"--trees\"" + help},
-           {{"a", "--tree=yes"}, "--tree takes no value" + help},
-           {{"a", "b"},
-            "only one capture at a time can be opened, not \"a\" and \"b\""},
-       }) {
-    EXPECT_EQ(ErrorOf(mistake.arguments), mistake.sentence);
+  const std::pair<std::vector<std::string>, std::string> mistakes[] = {
+      {{}, "name a capture file to read" + help},
+      {{"--row", "0", "a"}, "--row wants a number from 1 on, not \"0\""},
+      {{"a", "--row", "4x"}, "--row wants a number from 1 on, not \"4x\""},
+      {{"a", "--connection"}, "--connection wants a number behind it"},
+      {{"a", "--save", ""}, "--save wants the file to write behind it"},
+      {{"a", "--trees"}, "there is no option \"--trees\"" + help},
+      {{"a", "--tree=yes"}, "--tree takes no value" + help},
+      {{"a", "b"},
+       "only one capture at a time can be opened, not \"a\" and \"b\""}};
+  for (const auto& [arguments, sentence] : mistakes) {
+    EXPECT_EQ(ErrorOf(arguments), sentence);
   }
-}
-
-TEST(OptionsTest, HelpAndVersionNeedNoCapture) {
-  EXPECT_TRUE(ParseOptions({"--help"}).help);
-  EXPECT_TRUE(ParseOptions({"--version"}).version);
 }
 
 }  // namespace
