@@ -19,14 +19,15 @@ using testing::TestHost;
 
 class DecodeTreeWriterTest : public ::testing::Test {
  protected:
-  ~DecodeTreeWriterTest() override {
+  ~DecodeTreeWriterTest() override { Clear(); }
+
+  void Clear() {
     writer_.reset();
     ClearTree(host_.Tree());
   }
 
   void Begin(std::uint32_t expand_mask = 0) {
-    writer_.reset();
-    ClearTree(host_.Tree());
+    Clear();
     writer_.emplace(host_.Window(), host_.Tree(), expand_mask, host_.Images());
   }
 
@@ -175,19 +176,15 @@ TEST_F(DecodeTreeWriterTest, SavedDecodeIndentsEveryLowerLineOnce) {
   Add("three", LevelStep::kLine);
   Add("four", LevelStep::kSection);
   writer_->FinishTree();
+  Add("five", LevelStep::kSection);
   EXPECT_EQ(host_.TreeText(), "");
-  EXPECT_EQ(host_.StopOutput(), "one\r\n    two\r\n    three\r\nfour\r\n");
-}
-
-TEST_F(DecodeTreeWriterTest, HostThatStopsSavingGetsTheOtherLinesInTheTree) {
-  host_.StartSaving();
-  Begin(~0u);
-  Add("one", LevelStep::kSection);
-  EXPECT_EQ(host_.StopOutput(), "one\r\n");
-  Add("two", LevelStep::kOpen);
-  Add("three", LevelStep::kLine);
-  Add("four", LevelStep::kLineAtLevel1);
-  EXPECT_EQ(host_.TreeText(), "0 [0+0] two\n1 [0+0] three\n0 [0+0] four\n");
+  EXPECT_EQ(host_.StopOutput(),
+            "one\r\n    two\r\n    three\r\nfour\r\nfive\r\n");
+  // The host saves no longer: the section's other lines go to the tree.
+  Add("six", LevelStep::kOpen);
+  Add("seven", LevelStep::kLine);
+  Add("eight", LevelStep::kLineAtLevel1);
+  EXPECT_EQ(host_.TreeText(), "0 [0+0] six\n1 [0+0] seven\n0 [0+0] eight\n");
 }
 
 }  // namespace
