@@ -44,8 +44,6 @@ Bytes Big32(std::uint32_t value) { return BigEndian(value, 4); }
 Bytes Little16(std::uint32_t value) { return LittleEndian(value, 2); }
 Bytes Little32(std::uint32_t value) { return LittleEndian(value, 4); }
 
-Bytes Text(std::string_view text) { return Bytes(text.begin(), text.end()); }
-
 Bytes Padded(std::string_view text, std::size_t size) {
   Bytes bytes = Text(text);
   bytes.resize(size, ' ');
@@ -56,18 +54,6 @@ Bytes Uid(std::string_view text) {
   Bytes bytes = Text(text);
   if (bytes.size() % 2 != 0) bytes.push_back(0);
   return bytes;
-}
-
-Bytes Repeat(std::uint8_t byte, std::size_t count) {
-  return Bytes(count, byte);
-}
-
-Bytes Pdu(std::uint8_t type, const Bytes& body) {
-  return Bytes{type, 0} + Big32(body.Length()) + body;
-}
-
-Bytes Item(std::uint8_t type, const Bytes& body) {
-  return Bytes{type, 0} + Big16(body.Length()) + body;
 }
 
 Bytes AssociateRequest(const Bytes& items) {
@@ -90,19 +76,6 @@ Bytes AnsweredContext(std::uint8_t id, std::uint8_t result,
   return Item(0x21,
               Bytes{id, 0, result, 0} + Item(0x40, Text(transfer_syntax)));
 }
-
-Bytes ReleaseRequest() { return Pdu(5, Big32(0)); }
-Bytes ReleaseReply() { return Pdu(6, Big32(0)); }
-
-Bytes Abort(std::uint8_t source, std::uint8_t reason) {
-  return Pdu(7, {0, 0, source, reason});
-}
-
-Bytes Pdv(std::uint8_t context_id, std::uint8_t control, const Bytes& value) {
-  return Big32(value.Length() + 2) + Bytes{context_id, control} + value;
-}
-
-Bytes PData(const Bytes& pdvs) { return Pdu(4, pdvs); }
 
 Bytes ImplicitElement(std::uint16_t group, std::uint16_t element,
                       const Bytes& value) {
@@ -143,9 +116,6 @@ Bytes TcpSegmentBytes(const TcpFields& fields, const Bytes& payload) {
          options + payload;
 }
 
-Conversation::Conversation(std::uint32_t zero_side, std::uint32_t other_side)
-    : next_{zero_side, other_side} {}
-
 Conversation& Conversation::Open(std::uint32_t opener) {
   // The SYN is the one segment that acknowledges nothing.
   packets_.push_back(
@@ -153,17 +123,6 @@ Conversation& Conversation::Open(std::uint32_t opener) {
   Add(opener == 0, kSyn | kAck, {});
   ++next_[opener == 0];
   return Acknowledge(opener);
-}
-
-Conversation& Conversation::Send(std::uint32_t direction, const Bytes& payload,
-                                 std::uint8_t flags) {
-  Add(direction, flags, payload);
-  return *this;
-}
-
-Conversation& Conversation::Acknowledge(std::uint32_t direction) {
-  Add(direction, kAck, {});
-  return *this;
 }
 
 Conversation& Conversation::Close() {
@@ -175,13 +134,14 @@ Conversation& Conversation::Close() {
   return *this;
 }
 
-void Conversation::Add(std::uint32_t direction, std::uint8_t flags,
-                       const Bytes& payload) {
+Conversation& Conversation::Add(std::uint32_t direction, std::uint8_t flags,
+                                const Bytes& payload) {
   const int side = direction != 0;
   packets_.push_back(
       {direction,
        TcpSegmentBytes({next_[side], next_[1 - side], flags}, payload)});
   next_[side] += payload.Length();
+  return *this;
 }
 
 }  // namespace dicom::testing

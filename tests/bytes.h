@@ -36,17 +36,25 @@ Bytes Big16(std::uint32_t value);
 Bytes Big32(std::uint32_t value);
 Bytes Little16(std::uint32_t value);
 Bytes Little32(std::uint32_t value);
-Bytes Text(std::string_view text);
+inline Bytes Text(std::string_view text) {
+  return Bytes(text.begin(), text.end());
+}
 // `text`, filled up with blanks to `size` bytes.
 Bytes Padded(std::string_view text, std::size_t size);
 // `text`, with a zero byte behind it when its length is odd.
 Bytes Uid(std::string_view text);
-Bytes Repeat(std::uint8_t byte, std::size_t count);
+inline Bytes Repeat(std::uint8_t byte, std::size_t count) {
+  return Bytes(count, byte);
+}
 
 // Upper Layer.
-Bytes Pdu(std::uint8_t type, const Bytes& body);
+inline Bytes Pdu(std::uint8_t type, const Bytes& body) {
+  return Bytes{type, 0} + Big32(body.Length()) + body;
+}
 // Also a sub-item: type, zero byte, 16-bit length, body.
-Bytes Item(std::uint8_t type, const Bytes& body);
+inline Bytes Item(std::uint8_t type, const Bytes& body) {
+  return Bytes{type, 0} + Big16(body.Length()) + body;
+}
 // The whole A-ASSOCIATE PDU around its items: version 1, "CALLED" and "CALLING"
 // as titles.
 Bytes AssociateRequest(const Bytes& items);
@@ -56,9 +64,11 @@ Bytes ProposedContext(std::uint8_t id, std::string_view abstract_syntax,
                       const std::vector<std::string_view>& transfer_syntaxes);
 Bytes AnsweredContext(std::uint8_t id, std::uint8_t result,
                       std::string_view transfer_syntax);
-Bytes ReleaseRequest();
-Bytes ReleaseReply();
-Bytes Abort(std::uint8_t source, std::uint8_t reason);
+inline Bytes ReleaseRequest() { return Pdu(5, Big32(0)); }
+inline Bytes ReleaseReply() { return Pdu(6, Big32(0)); }
+inline Bytes Abort(std::uint8_t source, std::uint8_t reason) {
+  return Pdu(7, {0, 0, source, reason});
+}
 
 // DIMSE.
 enum PdvControl : std::uint8_t {
@@ -67,9 +77,12 @@ enum PdvControl : std::uint8_t {
   kLastData = 2,
   kLastCommand = 3,
 };
-Bytes Pdv(std::uint8_t context_id, std::uint8_t control, const Bytes& value);
+inline Bytes Pdv(std::uint8_t context_id, std::uint8_t control,
+                 const Bytes& value) {
+  return Big32(value.Length() + 2) + Bytes{context_id, control} + value;
+}
 // The P-DATA-TF PDU around PDVs.
-Bytes PData(const Bytes& pdvs);
+inline Bytes PData(const Bytes& pdvs) { return Pdu(4, pdvs); }
 Bytes ImplicitElement(std::uint16_t group, std::uint16_t element,
                       const Bytes& value);
 // Long form for OB, OW and SQ, as the decoders of this module read it.
@@ -109,15 +122,19 @@ class Conversation {
  public:
   // Initial sequence numbers of the two sides.
   explicit Conversation(std::uint32_t zero_side = 1000,
-                        std::uint32_t other_side = 5000);
+                        std::uint32_t other_side = 5000)
+      : next_{zero_side, other_side} {}
 
   // SYN from `opener`, SYN and ACK, ACK.
   Conversation& Open(std::uint32_t opener = 0);
   // One segment with payload.
-  Conversation& Send(std::uint32_t direction, const Bytes& payload,
-                     std::uint8_t flags = kAck | kPsh);
+  Conversation& Send(std::uint32_t direction, const Bytes& payload) {
+    return Add(direction, kAck | kPsh, payload);
+  }
   // A bare acknowledgement: what the other side sent is settled by it.
-  Conversation& Acknowledge(std::uint32_t direction);
+  Conversation& Acknowledge(std::uint32_t direction) {
+    return Add(direction, kAck, {});
+  }
   // FIN from both sides, each acknowledged.
   Conversation& Close();
 
@@ -128,7 +145,8 @@ class Conversation {
   }
 
  private:
-  void Add(std::uint32_t direction, std::uint8_t flags, const Bytes& payload);
+  Conversation& Add(std::uint32_t direction, std::uint8_t flags,
+                    const Bytes& payload);
 
   std::uint32_t next_[2];  // each side's next sequence number
   std::vector<CapturedPacket> packets_;
