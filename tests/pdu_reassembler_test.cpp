@@ -198,10 +198,16 @@ TEST_F(PduReassemblerTest, ItemLengthBelowTwoSwallowsTheDirection) {
   EXPECT_EQ(Messages(), "1 c1 70+0 / 0:32+32 1:26+38\n");
 }
 
-TEST_F(PduReassemblerTest, DataBeforeAnyCommandIsNeverListed) {
+TEST_F(PduReassemblerTest, DataBeforeTheEndOfACommandIsNeverListed) {
   Send(PData(Pdv(1, kLastData, Repeat(1, 4))));
   reassembler_.Flush();
   EXPECT_EQ(Messages(), "");
+  // Nor does it take the place of another message.
+  reassembler_ = PduReassembler();
+  Send(kEchoData);
+  Send(PData(Pdv(3, kCommand, kEcho.First(8))));
+  Send(PData(Pdv(3, kLastData, Repeat(1, 4))));
+  EXPECT_EQ(Messages(), "1 c1 32+0 C-ECHO-RQ/Message Id: 7 1:32+32\n");
 }
 
 TEST_F(PduReassemblerTest, CommandInTinyPdvsIsReadOnceForManyRows) {
