@@ -26,10 +26,6 @@ std::string ElementOf(const std::string& line, const std::string& tag) {
   return Element(TestDictionary("", line + "\n").Get(), tag);
 }
 
-std::string DescriptionOf(const std::string& line, const std::string& uid) {
-  return TestDictionary(line + "\n").Get().LookupUidDescription(uid);
-}
-
 std::string ShippedFile(const std::string& name) {
   return FileBytes(SHIPPED_DATA_DIR "/" + name);
 }
@@ -58,7 +54,8 @@ TEST(DataDicTest, MalformedLinesAreDroppedAndReadingGoesOn) {
         "0008,0016|0008,0016;;UI", "0008,0016|0008,0016;Name;",
         "0008,0016|0008,0016;Name;U", "0008,0016|0008,0016;Name;UID",
         "0008,0016|0008,0016;Name;UI;", "0008,0016|0008,0016;Name;U;I",
-        "0008,0016|0008,0016;Name;;UI", "(0008,0016)|(0008,0016);Name;UI",
+        "0008,0016|0008,0016;Name;;UI", "0008,0016|(0008,0016);Name;UI",
+        "0008,0016|0008 0016;Name;UI", "(0008,0016)|(0008,0016);Name;UI",
         "0008,00a0|0008,00a0;Name;UI", "0008,016|0008,016;Name;UI",
         "0008 0016|0008 0016;Name;UI", "0008,0016|#0008,0016;Name;UI",
         "0008,0016|# 0008,0016;Name;UI", "0008,0016| #0008,0016;Name;UI"}) {
@@ -145,26 +142,28 @@ TEST(VrCodeTest, CodesFollowTheModulesOrder) {
   }
 }
 
-TEST(UidDicTest, DescriptionIsAllBehindTheFirstSemicolon) {
-  EXPECT_EQ(DescriptionOf("1.2;Verification SOP Class", "1.2"),
-            "Verification SOP Class");
-  EXPECT_EQ(DescriptionOf("1.2; a;b; ", "1.2"), " a;b; ");
-  EXPECT_EQ(DescriptionOf("1.2;", "1.2"), "");
-  EXPECT_EQ(DescriptionOf(";No UID", ""), "No UID");
-  EXPECT_EQ(DescriptionOf("1.2;One\n1.2;Two", "1.2"), "One");
-}
-
-TEST(UidDicTest, UidIsAtMost64DigitsAndDots) {
-  const std::string uid(64, '1');
-  EXPECT_EQ(DescriptionOf(uid + ";Longest", uid), "Longest");
-  for (const std::string& bad : {uid + "1", std::string("1.2 "),
-                                 std::string("1.2a"), std::string("#1.2")}) {
-    EXPECT_EQ(DescriptionOf(bad + ";Bad", bad), "- Undefined UID") << bad;
+TEST(UidDicTest, UidIsAtMost64DigitsAndDotsAndTheRestItsDescription) {
+  const std::string longest(64, '1'), none = "- Undefined UID";
+  const struct {
+    std::string line, uid, description;
+  } cases[] = {{"1.2;Verification SOP Class", "1.2", "Verification SOP Class"},
+               {"1.2; a;b; ", "1.2", " a;b; "},
+               {"1.2;", "1.2", ""},
+               {";No UID", "", "No UID"},
+               {"1.2;One\n1.2;Two", "1.2", "One"},
+               {longest + ";Longest", longest, "Longest"},
+               {longest + "1;Bad", longest + "1", none},
+               {"1.2 ;Bad", "1.2 ", none},
+               {"1.2a;Bad", "1.2a", none},
+               {"#1.2;Bad", "#1.2", none},
+               {"1.2", "1.2", none},
+               {"1.2;Exact", "1.2 ", none},
+               {"1.2;Exact", std::string("1.2\0", 4), none}};
+  for (const auto& [line, uid, description] : cases) {
+    EXPECT_EQ(TestDictionary(line + "\n").Get().LookupUidDescription(uid),
+              description)
+        << line;
   }
-  EXPECT_EQ(DescriptionOf("1.2", "1.2"), "- Undefined UID");
-  EXPECT_EQ(DescriptionOf("1.2;Exact", "1.2 "), "- Undefined UID");
-  EXPECT_EQ(DescriptionOf("1.2;Exact", std::string("1.2\0", 4)),
-            "- Undefined UID");
 }
 
 // The shipped files, through the reader that they are for.
