@@ -328,6 +328,8 @@ TEST(CleanStreamsTest, SnapLengthCutsAreHoles) {
   EXPECT_EQ(Listed(connections[0].messages), wire.messages);
   EXPECT_EQ(connections[0].pdus[1].note,
             "412 lost bytes were filled with zero");
+  EXPECT_EQ(connections[0].messages[0].note,  // 5 segments lack 900 each
+            "4,912 lost bytes were filled with zero");
 }
 
 TEST(CleanStreamsTest, ACaptureFromTheMiddleBeginsWithTheFirstWholePdu) {
