@@ -206,6 +206,8 @@ TEST(CleanStreamsTest, FollowingAGrowingCaptureGivesTheSameInTheEnd) {
     packets = feed.PacketCount();
   }
   EXPECT_EQ(Listed(connections.at(0).pdus), wire.pdus);
+  connections.Update();  // it is closed and nothing has come: it is over
+  FeedReader(*connections.at(0).feed).Check(wire.streams);
   connections.Finish();
   const auto all = connections.Take();
   FeedReader(*all[0].feed).Check(wire.streams);
