@@ -20,13 +20,13 @@ class BlockScanner {
 
   // What follows in `file` at `position`, to which libpcap has read it. Leaves
   // the file there.
-  Next Look(std::FILE* file, long position);
+  Next Look(std::FILE* file, std::int64_t position);
 
  private:
   Next Scan(std::FILE* file);
 
-  long whole_until_ = 0;     // behind the last packet that was found
-  bool big_endian_ = false;  // the section that it is in
+  std::int64_t whole_until_ = 0;  // behind the last packet that was found
+  bool big_endian_ = false;       // the section that it is in
 };
 
 }  // namespace host

@@ -1,3 +1,5 @@
+#define _FILE_OFFSET_BITS 64
+
 #include <pcap/pcap.h>
 
 #include <cerrno>
@@ -22,6 +24,17 @@ pcap* OpenCaptureFile(const std::filesystem::path& path, std::string* reason) {
     *reason = text;
   }
   return capture;
+}
+
+std::int64_t FilePosition(std::FILE* file) { return ::ftello(file); }
+
+std::int64_t FileEnd(std::FILE* file) {
+  ::fseeko(file, 0, SEEK_END);
+  return FilePosition(file);
+}
+
+void SetFilePosition(std::FILE* file, std::int64_t position) {
+  ::fseeko(file, position, SEEK_SET);
 }
 
 }  // namespace host

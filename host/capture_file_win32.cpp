@@ -39,4 +39,15 @@ pcap* OpenCaptureFile(const std::filesystem::path& path, std::string* reason) {
   return capture;
 }
 
+std::int64_t FilePosition(std::FILE* file) { return ::_ftelli64(file); }
+
+std::int64_t FileEnd(std::FILE* file) {
+  ::_fseeki64(file, 0, SEEK_END);
+  return FilePosition(file);
+}
+
+void SetFilePosition(std::FILE* file, std::int64_t position) {
+  ::_fseeki64(file, position, SEEK_SET);
+}
+
 }  // namespace host

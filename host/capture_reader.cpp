@@ -87,7 +87,7 @@ bool CaptureReader::Next(TcpFrame* frame) {
 // numbers under which other tools show them.
 bool CaptureReader::ReadFrame(TcpFrame* frame, FrameKind* kind) {
   if (mode_ == Mode::kFollow && !MayReadOn()) return false;
-  const long start = std::ftell(pcap_file(pcap_->handle));
+  const std::int64_t start = FilePosition(pcap_file(pcap_->handle));
   pcap_pkthdr* header = nullptr;
   const u_char* bytes = nullptr;
   const int answer = pcap_next_ex(pcap_->handle, &header, &bytes);
@@ -98,7 +98,7 @@ bool CaptureReader::ReadFrame(TcpFrame* frame, FrameKind* kind) {
     }
     if (mode_ != Mode::kFollow) return false;
     is_over_ = answer == PCAP_ERROR && is_pcapng_;  // its blocks were whole
-    std::fseek(pcap_file(pcap_->handle), start, SEEK_SET);
+    SetFilePosition(pcap_file(pcap_->handle), start);
     return false;
   }
   damage_.clear();
@@ -118,7 +118,7 @@ bool CaptureReader::MayReadOn() {
   std::FILE* file = pcap_file(pcap_->handle);
   std::clearerr(file);  // the file may have grown since its end was met
   if (!is_pcapng_) return true;
-  const auto next = scanner_.Look(file, std::ftell(file));
+  const auto next = scanner_.Look(file, FilePosition(file));
   if (next == BlockScanner::Next::kCut) NoteDamage("a block is cut");
   ends_inside_frame_ = next == BlockScanner::Next::kCut;
   if (next == BlockScanner::Next::kEnd) damage_.clear();
@@ -133,7 +133,7 @@ void CaptureReader::NoteDamage(const std::string& reason) {
 }
 
 std::uint64_t CaptureReader::bytes_read() const {
-  const long position = std::ftell(pcap_file(pcap_->handle));
+  const std::int64_t position = FilePosition(pcap_file(pcap_->handle));
   return position > 0 ? static_cast<std::uint64_t>(position) : 0;
 }
 

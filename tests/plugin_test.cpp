@@ -375,7 +375,7 @@ TEST_F(PluginTest, NestedCallsAreTurnedAwayAndOthersServed) {
 }
 
 TEST_F(PluginTest, QuitIsLeftToTheHostsOwnLoop) {
-  host_.packets = EchoConversation().Packets();
+  GiveEcho();
   host_.before_answer = [](WPARAM, std::int32_t) { AdvanceTicks(2001); };
   ::PostQuitMessage(7);
   EXPECT_EQ(List(host_, kPduView, kLive).last_available, 5u);
@@ -391,7 +391,7 @@ TEST_F(PluginTest, AccessorNeedsAHostWindow) {
   EXPECT_THROW(accessor.ReadNextSegment(segment), HandleNotSet);
   accessor.SetHostWindow(host_.Window());
   EXPECT_FALSE(accessor.ReadNextSegment(segment));
-  host_.packets = EchoConversation().Packets();
+  GiveEcho();
   EXPECT_EQ(accessor.GetPacketCount(),
             static_cast<std::int32_t>(host_.packets.size()));
   host_.refuse_count = true;
