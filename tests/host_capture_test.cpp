@@ -227,15 +227,15 @@ TEST(ByteStoreTest, ReadsWhatWentToTheFileAsWhatStayedInMemory) {
       std::memcpy(piece.data() + i, &at, std::min(sizeof at, piece.size() - i));
     }
   };
-  while (store.size() < kBlocks * ByteStore::kBlockBytes) {
-    fill(store.size());
-    store.Append(piece);
+  constexpr std::uint64_t kPieces = 3 * kBlocks;
+  for (std::uint64_t i = 0; i < kPieces; ++i) {
+    fill(i * piece.size());
+    ASSERT_EQ(store.Append(piece), i * piece.size());
   }
   Bytes copy(piece.size());
-  const std::uint64_t pieces = store.size() / piece.size();
   for (const std::uint64_t step : {1u, 7u}) {
-    for (std::uint64_t i = 0; i < pieces; ++i) {
-      const std::uint64_t offset = i * step % pieces * piece.size();
+    for (std::uint64_t i = 0; i < kPieces; ++i) {
+      const std::uint64_t offset = i * step % kPieces * piece.size();
       fill(offset);
       store.Copy(offset, copy.size(), copy.data());
       ASSERT_EQ(copy, piece) << offset;
