@@ -96,7 +96,7 @@ TEST(GuardedCallTest, EveryExceptionComesBackAsAText) {
        "a failure without a text"}};
   for (int round = 0; round < 3; ++round) {  // the frame leaves nothing behind
     for (const auto& [function, text] : cases) {
-      const auto failure = Guarded(function);
+      const auto failure = Guarded([f = function] { f(); });
       EXPECT_EQ(failure ? failure->text.substr(0, text.size()) : "returned",
                 text);
     }
