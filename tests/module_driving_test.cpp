@@ -45,6 +45,8 @@ class ModuleDrivingTest : public testing::Test {
  protected:
   void Begin(const char* faults, bool live) {
     SetEnvironmentVariableA("FAULT", faults);
+    session_.reset();
+    module_.reset();  // only one at a time sees the message boxes
     module_ = std::make_unique<Module>(FaultyModule());
     decodes_ = std::make_unique<DecodeView>(DecodeView::HexWindow::kEdit);
     connection_.feed = std::make_unique<NumberedFeed>();
@@ -144,7 +146,6 @@ TEST(ModuleTest, WhatCannotBeLoadedIsExplained) {
 
 TEST_F(ModuleDrivingTest, AListIsReadToItsEndInBothWays) {
   for (const bool live : {false, true}) {
-    session_.reset();
     Begin("", live);
     EXPECT_EQ(Rows(), 15U);
     EXPECT_EQ(Notes(), "");
@@ -156,7 +157,6 @@ TEST_F(ModuleDrivingTest, ABadPlaceIsPassedAndAnotherEndsTheList) {
   Begin("fail@7", false);
   EXPECT_EQ(Rows(), 14U);
   EXPECT_EQ(Notes(), box);
-  session_.reset();
   Begin("fail@7 fail@9", false);
   EXPECT_EQ(Rows(), 3U);
   EXPECT_EQ(Notes(), box +
@@ -167,7 +167,6 @@ TEST_F(ModuleDrivingTest, ABadPlaceIsPassedAndAnotherEndsTheList) {
 TEST_F(ModuleDrivingTest, AModuleThatStandsStillOrCrashesEndsTheList) {
   Begin("stuck@11", true);
   EXPECT_EQ(Rows(), 5U);
-  session_.reset();
   Begin("listcrash", true);
   EXPECT_EQ(Rows(), 0U);
   EXPECT_NE(Notes().find("access violation"), std::string::npos);
