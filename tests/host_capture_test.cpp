@@ -25,13 +25,17 @@ Bytes RawIpFrame(const Segment& s) {
          tcp;
 }
 
-// A capture file of raw IP frames, one second apart from 1,700,000,000 on.
+// A capture file of raw IP frames, one second apart from 1,700,000,000 on. Its
+// name is its own, since tests may run beside others.
 class CaptureFile {
  public:
   static constexpr std::uint32_t kFirstSecond = 1'700'000'000;
 
   explicit CaptureFile(const std::u8string& name = u8"host test.pcap")
-      : path_(std::filesystem::temp_directory_path() / name) {}
+      : path_(std::filesystem::temp_directory_path() /
+              std::to_string(std::random_device()())) {
+    path_ += name;
+  }
   ~CaptureFile() { std::filesystem::remove(path_); }
 
   static Bytes Pcap(const std::vector<Segment>& segments) {
