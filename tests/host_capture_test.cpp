@@ -108,6 +108,7 @@ TEST(CaptureReaderTest, ReadsBothFormatsWithNumbersAndTimes) {
       EXPECT_EQ(Bytes(frame.tcp.begin(), frame.tcp.end()),
                 wire.segments[i].Tcp());
       EXPECT_EQ(frame.source, PeerOf(wire.segments[i].direction));
+      EXPECT_EQ(frame.destination, PeerOf(1 - wire.segments[i].direction));
     }
     EXPECT_FALSE(reader.Next(&frame));
     EXPECT_EQ(reader.damage(), "");
