@@ -7,7 +7,7 @@ install(FILES ${BIN}/DicomDecode.dll ${BIN}/Data.dic ${BIN}/Uid.dic ${BIN}/capdu
   ${BIN}/capview.exe README.md LICENSE DESTINATION . COMPONENT product)
 install(DIRECTORY samples DESTINATION . COMPONENT product)
 install(DIRECTORY docs DESTINATION . COMPONENT product)
-install(FILES plugin/host_interface.h DESTINATION plugin COMPONENT product)
+install(FILES interface/host_interface.h DESTINATION plugin COMPONENT product)
 install(FILES ${BIN}/DicomDecode.dll.debug ${BIN}/capdump.exe.debug ${BIN}/capview.exe.debug
   DESTINATION . COMPONENT symbols)
 

@@ -8,10 +8,11 @@
 #include <vector>
 
 #include "fuzz/fuzz_input.h"
-#include "host/capture_loader.h"
-#include "host/capture_reader.h"
-#include "host/pdu_cutter.h"
-#include "host/tcp_connections.h"
+#include "host/capture/capture_reader.h"
+#include "host/streams/capture_loader.h"
+#include "host/streams/pdu_cutter.h"
+#include "host/streams/tcp_connections.h"
+#include "interface/host_interface.h"
 #include "tests/memory_file.h"
 
 namespace dicom::fuzz {
@@ -63,11 +64,11 @@ struct Packet {
 
 Packet PacketOf(const Connection& connection, std::uint32_t number) {
   Packet packet;
-  packet.bytes.resize(host::kMaxPacketBytes);
+  packet.bytes.resize(DICOM_PACKET_BYTES);
   packet.direction = 77;
   const std::uint32_t length = connection.feed->CopyPacket(
       number, packet.bytes.data(), &packet.direction);
-  Require(length <= host::kMaxPacketBytes, "a packet fits in its room");
+  Require(length <= DICOM_PACKET_BYTES, "a packet fits in its room");
   Require(packet.direction <= 1, "a packet has a direction");
   packet.bytes.resize(length);
   return packet;

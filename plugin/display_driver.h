@@ -4,8 +4,8 @@
 #include <cstdint>
 
 #include "dimse/dicom_dictionary.h"
+#include "interface/host_interface.h"
 #include "plugin/host_context.h"
-#include "plugin/host_interface.h"
 
 namespace dicom {
 

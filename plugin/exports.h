@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "plugin/host_interface.h"
+#include "interface/host_interface.h"
 
 // The ten exported functions; host_interface.h says what each does for a host.
 extern "C" {

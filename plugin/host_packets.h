@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "plugin/host_interface.h"
+#include "interface/host_interface.h"
 #include "tracking/packet_source.h"
 
 namespace dicom {

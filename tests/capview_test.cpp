@@ -15,9 +15,9 @@
 #include <string>
 
 #include "gtest/gtest.h"
-#include "host/view/main_window.h"
-#include "host/view/resource.h"
-#include "host/wide_text.h"
+#include "host/capview/main_window.h"
+#include "host/capview/resource.h"
+#include "host/text/wide_text.h"
 
 namespace host {
 namespace {

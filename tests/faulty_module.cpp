@@ -15,7 +15,7 @@
 #include <map>
 #include <string>
 
-#include "plugin/host_interface.h"
+#include "interface/host_interface.h"
 
 namespace {
 

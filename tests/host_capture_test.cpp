@@ -5,8 +5,8 @@
 #include <fstream>
 #include <random>
 
-#include "host/capture_reader.h"
-#include "host/stream_assembler.h"
+#include "host/capture/capture_reader.h"
+#include "host/streams/stream_assembler.h"
 #include "tests/wire_builder.h"
 
 namespace host {

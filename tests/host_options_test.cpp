@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "host/options.h"
+#include "host/capdump/options.h"
 
 namespace host {
 namespace {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "host/report.h"
-#include "host/row_trace.h"
-#include "host/text_encoding.h"
+#include "host/capdump/report.h"
+#include "host/rows/row_trace.h"
+#include "host/text/text_encoding.h"
 
 namespace host {
 namespace {

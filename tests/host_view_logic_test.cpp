@@ -2,13 +2,13 @@
 #include <vector>
 
 #include "gtest/gtest.h"
-#include "host/dimse_status.h"
-#include "host/hex_layout.h"
-#include "host/row_filter.h"
-#include "host/row_pages.h"
-#include "host/row_text.h"
-#include "host/tree_search.h"
-#include "host/wire_index.h"
+#include "host/rows/hex_layout.h"
+#include "host/rows/row_filter.h"
+#include "host/rows/row_pages.h"
+#include "host/rows/row_text.h"
+#include "host/rows/tree_search.h"
+#include "host/rows/wire_index.h"
+#include "host/streams/dimse_status.h"
 
 namespace host {
 namespace {

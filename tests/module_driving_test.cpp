@@ -10,10 +10,10 @@
 #include <stdexcept>
 #include <string>
 
-#include "host/failure.h"
-#include "host/guarded_call.h"
-#include "host/module.h"
-#include "host/module_session.h"
+#include "host/module/guarded_call.h"
+#include "host/module/module.h"
+#include "host/module/module_session.h"
+#include "host/text/failure.h"
 
 namespace host {
 namespace {

@@ -6,8 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "host/capture_reader.h"
-#include "host/tcp_connections.h"
+#include "host/capture/capture_reader.h"
+#include "host/streams/tcp_connections.h"
+#include "interface/host_interface.h"
 #include "tests/memory_file.h"
 #include "tests/shape_test.h"
 #include "tree/tree_output.h"
@@ -41,7 +42,7 @@ class SampleShapeTest : public CaptureShapeTest {
     host_.packets.resize(feed.PacketCount());
     for (std::uint32_t i = 0; i < feed.PacketCount(); ++i) {
       CapturedPacket& packet = host_.packets[i];
-      packet.tcp_bytes.resize(host::kMaxPacketBytes);
+      packet.tcp_bytes.resize(DICOM_PACKET_BYTES);
       packet.tcp_bytes.resize(
           feed.CopyPacket(i, packet.tcp_bytes.data(), &packet.direction));
     }

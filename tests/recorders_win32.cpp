@@ -1,7 +1,7 @@
 #include <cstring>
 #include <utility>
 
-#include "host/guarded_call.h"
+#include "host/module/guarded_call.h"
 #include "tests/recorders.h"
 
 // Calls of this program go through import pointers. Defining some of them here
@@ -156,7 +156,8 @@ void ForgetGlobalBlocks() { global_blocks = 0; }
 void FailGlobalAlloc(unsigned count) { allocations_to_failure = count; }
 
 std::string RaisedText(const std::function<void()>& action) {
-  const std::optional<host::CallFailure> failure = host::Guarded([&] { action(); });
+  const std::optional<host::CallFailure> failure =
+      host::Guarded([&] { action(); });
   return failure ? failure->text : "";
 }
 

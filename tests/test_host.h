@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "plugin/host_interface.h"
+#include "interface/host_interface.h"
 #include "tests/bytes.h"
 
 namespace dicom::testing {

@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "host/tcp_connections.h"
+#include "host/streams/tcp_connections.h"
+#include "interface/host_interface.h"
 #include "tests/bytes.h"
 
 namespace host {
@@ -169,7 +170,7 @@ inline std::vector<Connection> Connect(
 // One packet of a feed.
 inline Bytes PacketOf(const PacketFeed& feed, std::uint32_t number,
                       std::uint32_t* direction) {
-  Bytes packet(kMaxPacketBytes);
+  Bytes packet(DICOM_PACKET_BYTES);
   packet.resize(feed.CopyPacket(number, packet.data(), direction));
   return packet;
 }

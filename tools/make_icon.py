@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Draws capview's icon: three rows of a packet list, one of them marked, beside the byte column.
 
-    tools/make_icon.py host/view/capview.ico
+    tools/make_icon.py host/capview/capview.ico
 """
 import struct
 import sys

@@ -7,8 +7,8 @@
 namespace dicom {
 
 // The host's layout as far as the tree needs it. A host compiles the same
-// numbers from plugin/host_interface.h; plugin/display_driver.cpp, which sees
-// both, holds the two together.
+// numbers from interface/host_interface.h; plugin/display_driver.cpp, which
+// sees both, holds the two together.
 
 // Byte index in the host window's extra memory, where the address of the
 // display state is.

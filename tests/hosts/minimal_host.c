@@ -6,7 +6,7 @@
  * without dictionaries; its argument is the DLL's folder. Exit code 0: all is
  * well; else the number of the failed step.
  */
-#include "plugin/host_interface.h"
+#include "interface/host_interface.h"
 
 #include <stdio.h>
 #include <stdlib.h>

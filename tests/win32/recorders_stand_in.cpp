@@ -1,7 +1,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "plugin/host_interface.h"
+#include "interface/host_interface.h"
 #include "tests/recorders.h"
 #include "tests/win32/stand_in.h"
 

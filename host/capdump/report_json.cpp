@@ -1,0 +1,165 @@
+#include <utility>
+
+#include "host/capdump/report.h"
+#include "host/text/text_encoding.h"
+#include "host/text/time_text.h"
+
+namespace host {
+namespace {
+
+// Writes "name": value pairs with their commas.
+class JsonObject {
+ public:
+  void Text(std::string_view name, std::string_view utf8) {
+    Value(name, JsonString(utf8));
+  }
+  void Number(std::string_view name, std::uint64_t number) {
+    Value(name, std::to_string(number));
+  }
+  void Value(std::string_view name, std::string_view json) {
+    text_ += text_.size() == 1 ? "" : ",";
+    text_ += '"';
+    text_ += name;
+    text_ += "\":";
+    text_ += json;
+  }
+  void Texts(std::string_view name, const std::vector<std::string>& texts) {
+    std::string list = "[";
+    for (const std::string& text : texts) {
+      list += (list.size() == 1 ? "" : ",") + JsonString(text);
+    }
+    Value(name, list + "]");
+  }
+  std::string Open() && { return std::move(text_); }
+  std::string Close() && { return std::move(text_ += '}'); }
+
+ private:
+  std::string text_ = "{";
+};
+
+std::string LineFields(const TreeLine& line) {
+  JsonObject object;
+  object.Text("text", Utf8FromCodePage1252(line.text));
+  if (line.bytes) {
+    object.Number("section", line.bytes->section);
+    object.Number("offset", line.bytes->offset);
+    object.Number("length", line.bytes->length);
+  }
+  return std::move(object).Open();
+}
+
+// The lines come in the order of the tree, each with its depth.
+std::string TreeJson(const std::vector<TreeLine>& lines) {
+  std::string json = "[";
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    json += LineFields(lines[i]);
+    const std::size_t depth = lines[i].depth;
+    const bool last = i + 1 == lines.size();
+    const std::size_t next = last ? 0 : lines[i + 1].depth;
+    if (next > depth) {
+      json += ",\"children\":[";
+      continue;
+    }
+    json += '}';
+    for (std::size_t level = depth; level > next; --level) json += "]}";
+    if (!last) json += ',';
+  }
+  return json + "]";
+}
+
+class JsonReport final : public Report {
+ public:
+  explicit JsonReport(Sink sink) : sink_(std::move(sink)) {}
+
+  void BeginCapture(const std::string&, std::size_t, std::size_t) override {}
+
+  void BeginConnection(const ReportedConnection& reported) override {
+    reported_ = &reported;
+    const Connection& connection = *reported.connection;
+    JsonObject object;
+    object.Text("kind", "connection");
+    object.Number("connection", reported.number);
+    object.Text("first", connection.first_endpoint);
+    object.Text("second", connection.second_endpoint);
+    object.Value("dicom", connection.carries_dicom ? "true" : "false");
+    if (reported.ae_titles) {
+      const AeTitles& titles = *reported.ae_titles;
+      object.Text("calling_ae_title", Utf8FromCodePage1252(titles.calling));
+      object.Text("called_ae_title", Utf8FromCodePage1252(titles.called));
+    }
+    object.Text("time", UtcTime(connection.first_time, 9));
+    object.Value("duration",
+                 Seconds(connection.last_time - connection.first_time, 9));
+    object.Number("packets", connection.captured_packets);
+    object.Number("bytes", connection.payload_bytes);
+    object.Number("pdus", reported.pdus);
+    object.Number("messages", reported.messages);
+    object.Texts("notes", reported.notes);
+    sink_(std::move(object).Close() + "\n");
+  }
+
+  void BeginView(View view, const std::vector<ReportedRow>&) override {
+    view_ = view;
+  }
+
+  void Row(const ReportedRow& row, const std::vector<TreeLine>* tree,
+           const std::string* hex, const std::string& stopped) override {
+    JsonObject object;
+    object.Text("kind", Kind(row));
+    AddListed(row, object);
+    if (row.wire != nullptr) AddWire(row, object);
+    if (tree != nullptr) object.Value("tree", TreeJson(*tree));
+    if (hex != nullptr) object.Text("hex", Utf8FromCodePage1252(*hex));
+    if (!stopped.empty()) {
+      object.Text("stopped", Utf8FromCodePage1252(stopped));
+    }
+    sink_(std::move(object).Close() + "\n");
+  }
+
+ private:
+  const char* Kind(const ReportedRow& row) const {
+    if (view_ == View::kPdus) return row.position ? "pdu" : "unlisted_pdu";
+    return row.position ? "message" : "unlisted_message";
+  }
+
+  void AddListed(const ReportedRow& row, JsonObject& object) const {
+    const Connection& connection = *reported_->connection;
+    const bool from_first = row.listed.direction == 0;
+    object.Number("connection", reported_->number);
+    if (row.position != 0) {
+      object.Number("row", row.position);
+      object.Number("number", row.listed.number);
+    }
+    object.Number("direction", row.listed.direction);
+    object.Text("from", from_first ? connection.first_endpoint
+                                   : connection.second_endpoint);
+    object.Text("to", from_first ? connection.second_endpoint
+                                 : connection.first_endpoint);
+    object.Number("length", row.listed.length);
+    if (row.position == 0) return;
+    object.Text("summary", Utf8FromCodePage1252(row.listed.summary));
+    object.Text("detail", Utf8FromCodePage1252(row.listed.detail));
+  }
+
+  static void AddWire(const ReportedRow& row, JsonObject& object) {
+    object.Number("first_frame", row.wire->first_frame);
+    object.Number("last_frame", row.wire->last_frame);
+    object.Text("time", UtcTime(row.wire->time, 9));
+    if (row.since_previous) {
+      object.Value("since_previous", Seconds(*row.since_previous, 9));
+    }
+    if (!row.wire->note.empty()) object.Text("note", row.wire->note);
+  }
+
+  Sink sink_;
+  const ReportedConnection* reported_ = nullptr;
+  View view_ = View::kPdus;
+};
+
+}  // namespace
+
+std::unique_ptr<Report> MakeJsonReport(Sink sink) {
+  return std::make_unique<JsonReport>(std::move(sink));
+}
+
+}  // namespace host

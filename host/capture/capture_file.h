@@ -1,0 +1,26 @@
+#ifndef HOST_CAPTURE_CAPTURE_FILE_H_
+#define HOST_CAPTURE_CAPTURE_FILE_H_
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+struct pcap;
+
+namespace host {
+
+// Opens a pcap or pcapng file, with any name that the platform allows, for
+// libpcap, with times in nanoseconds. Others may go on writing to it. Null when
+// it cannot be opened or read; `reason` then says why. Close with pcap_close.
+pcap* OpenCaptureFile(const std::filesystem::path& path, std::string* reason);
+
+// Where the file stands and where it ends, in bytes from its beginning; unlike
+// ftell and fseek also behind 2 GB. FileEnd leaves it at its end.
+std::int64_t FilePosition(std::FILE* file);
+std::int64_t FileEnd(std::FILE* file);
+void SetFilePosition(std::FILE* file, std::int64_t position);
+
+}  // namespace host
+
+#endif  // HOST_CAPTURE_CAPTURE_FILE_H_

@@ -1,0 +1,80 @@
+#ifndef HOST_CAPTURE_FRAME_PARSER_H_
+#define HOST_CAPTURE_FRAME_PARSER_H_
+
+#include <array>
+#include <compare>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "host/text/time_text.h"
+
+namespace host {
+
+// One end of a TCP connection. An IPv4 address keeps its four bytes first and
+// zeros behind them.
+struct Endpoint {
+  bool is_ipv6 = false;
+  std::array<std::uint8_t, 16> address{};
+  std::uint16_t port = 0;
+
+  auto operator<=>(const Endpoint&) const = default;
+};
+
+// "192.0.2.10:41522" or "[2001:db8::1]:104".
+std::string EndpointText(const Endpoint& endpoint);
+
+// A captured frame that holds (the beginning of) a TCP segment. The bytes
+// belong to the capture reader and are gone with its next frame.
+struct TcpFrame {
+  std::uint32_t number = 0;  // counted from 1 over all frames of the capture
+  Nanoseconds time = 0;
+  Endpoint source;
+  Endpoint destination;
+  // What was captured from the TCP header on; at least the two ports.
+  std::span<const std::uint8_t> tcp;
+  // What was on the wire: more than tcp.size() where the snap length cut it.
+  std::uint32_t wire_length = 0;
+};
+
+inline constexpr std::uint8_t kFin = 0x01;
+inline constexpr std::uint8_t kSyn = 0x02;
+inline constexpr std::uint8_t kRst = 0x04;
+inline constexpr std::uint8_t kPush = 0x08;
+inline constexpr std::uint8_t kAck = 0x10;
+
+inline constexpr std::uint32_t kTcpHeaderBytes = 20;  // without options
+
+// The fields of a TCP header that its first 14 bytes hold.
+struct TcpHeader {
+  std::uint32_t sequence = 0;
+  std::uint32_t acknowledgement = 0;
+  std::uint32_t length = 0;  // as the data offset says, 0 to 60 bytes
+  std::uint8_t flags = 0;
+
+  static constexpr std::size_t kMinBytes = 14;
+  // `tcp` has at least kMinBytes.
+  static TcpHeader Parse(std::span<const std::uint8_t> tcp);
+};
+
+std::uint16_t Word16At(std::span<const std::uint8_t> bytes, std::size_t at);
+std::uint32_t Word32At(std::span<const std::uint8_t> bytes, std::size_t at);
+
+enum class FrameKind { kTcp, kIpFragment, kOther };
+
+// Whether frames of this link type (a DLT_ value of libpcap) can be read.
+bool IsLinkTypeKnown(int link_type);
+
+// Finds the TCP segment of a frame: behind the link-layer header with any VLAN
+// tags, in IPv4 with options or IPv6 with extension headers. `captured` are the
+// frame's captured bytes, `wire_length` its length on the wire. Fills
+// endpoints, tcp and wire_length of `frame` for kTcp, nothing otherwise. The IP
+// length bounds the segment, so link-layer padding is no payload; an IP length
+// of 0, which captures with segmentation offload hold, means up to the end of
+// the frame. Fragments of TCP packets are kIpFragment.
+FrameKind ParseFrame(int link_type, std::span<const std::uint8_t> captured,
+                     std::uint32_t wire_length, TcpFrame* frame);
+
+}  // namespace host
+
+#endif  // HOST_CAPTURE_FRAME_PARSER_H_

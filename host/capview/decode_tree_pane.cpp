@@ -1,0 +1,143 @@
+#include "host/capview/decode_tree_pane.h"
+
+#include <algorithm>
+
+#include "host/capview/ui_fonts.h"
+#include "host/module/decode_view.h"
+#include "host/rows/tree_search.h"
+#include "interface/host_interface.h"
+
+namespace host {
+namespace {
+
+constexpr std::uint32_t kHexDumpSection = 8;
+
+std::uint32_t SectionOf(HWND tree, HTREEITEM item) {
+  TVITEMW request{};
+  request.mask = TVIF_PARAM;
+  request.hItem = item;
+  TreeView_GetItem(tree, &request);
+  const auto* bytes =
+      reinterpret_cast<const DicomByteRangeRecord*>(request.lParam);
+  return bytes != nullptr ? bytes->section : 0;
+}
+
+}  // namespace
+
+DecodeTreePane::DecodeTreePane(HWND parent, int id)
+    : window_(CreateWindowExW(
+          WS_EX_CLIENTEDGE, WC_TREEVIEWW, L"",
+          WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
+              TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP,
+          0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
+          GetModuleHandleW(nullptr), nullptr)) {}
+
+void DecodeTreePane::SetFont(HFONT font) {
+  SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+}
+
+void DecodeTreePane::BeginFilling() {
+  SendMessageW(window_, WM_SETREDRAW, FALSE, 0);
+  read_ = false;
+}
+
+void DecodeTreePane::EndFilling(std::uint32_t expand_mask) {
+  ExpandSections(expand_mask);
+  SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
+  if (const HTREEITEM root = TreeView_GetRoot(window_)) {
+    TreeView_SelectSetFirstVisible(window_, root);
+  }
+  InvalidateRect(window_, nullptr, TRUE);
+}
+
+void DecodeTreePane::ExpandSections(std::uint32_t mask) {
+  ReadOnce();
+  std::uint32_t section = 0;
+  for (std::size_t i = 0; i < lines_.size(); ++i) {
+    if (lines_[i].depth == 0) section = SectionOf(window_, items_[i]);
+    const bool parent =
+        i + 1 < lines_.size() && lines_[i + 1].depth > lines_[i].depth;
+    // The module has seen to the hex dump itself.
+    if (parent && section < kHexDumpSection && (mask >> section & 1) != 0) {
+      TreeView_Expand(window_, items_[i], TVE_EXPAND);
+    }
+  }
+}
+
+void DecodeTreePane::ExpandAll(bool expand) {
+  ReadOnce();
+  SendMessageW(window_, WM_SETREDRAW, FALSE, 0);
+  for (const HTREEITEM item : items_) {
+    TreeView_Expand(window_, item, expand ? TVE_EXPAND : TVE_COLLAPSE);
+  }
+  SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
+  if (const HTREEITEM item = TreeView_GetSelection(window_)) {
+    TreeView_EnsureVisible(window_, item);
+  }
+  InvalidateRect(window_, nullptr, TRUE);
+}
+
+std::optional<std::size_t> DecodeTreePane::SelectedLine() {
+  ReadOnce();
+  const auto found =
+      std::find(items_.begin(), items_.end(), TreeView_GetSelection(window_));
+  if (found == items_.end()) return {};
+  return static_cast<std::size_t>(found - items_.begin());
+}
+
+std::optional<ByteRange> DecodeTreePane::SelectedBytes() const {
+  TVITEMW request{};
+  request.mask = TVIF_PARAM;
+  request.hItem = TreeView_GetSelection(window_);
+  if (request.hItem == nullptr || !TreeView_GetItem(window_, &request) ||
+      request.lParam == 0) {
+    return {};
+  }
+  const auto& bytes =
+      *reinterpret_cast<const DicomByteRangeRecord*>(request.lParam);
+  return ByteRange{bytes.section, bytes.offset, bytes.length};
+}
+
+void DecodeTreePane::SelectLine(std::size_t line) {
+  ReadOnce();
+  if (line >= items_.size()) return;
+  TreeView_SelectItem(window_, items_[line]);
+  TreeView_EnsureVisible(window_, items_[line]);
+}
+
+bool DecodeTreePane::SelectByte(std::uint32_t byte) {
+  const auto line = NarrowestLine(Lines(), byte);
+  if (line) SelectLine(*line);
+  return line.has_value();
+}
+
+bool DecodeTreePane::SelectNext(const std::string& text, bool backwards) {
+  const auto line = FindLine(Lines(), SelectedLine(), text, backwards);
+  if (line) SelectLine(*line);
+  return line.has_value();
+}
+
+LRESULT DecodeTreePane::Notify(NMHDR* header) {
+  if (header->code != NM_CUSTOMDRAW) return 0;
+  auto& draw = *reinterpret_cast<NMTVCUSTOMDRAW*>(header);
+  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+  if ((draw.nmcd.uItemState & CDIS_SELECTED) != 0 && GetFocus() != window_) {
+    draw.clrText = kRestingText;
+    draw.clrTextBk = kRestingGround;
+  }
+  return CDRF_DODEFAULT;
+}
+
+const std::vector<TreeLine>& DecodeTreePane::Lines() {
+  ReadOnce();
+  return lines_;
+}
+
+void DecodeTreePane::ReadOnce() {
+  if (read_) return;
+  items_.clear();
+  lines_ = ReadTree(window_, &items_);
+  read_ = true;
+}
+
+}  // namespace host

@@ -1,0 +1,171 @@
+#include "host/capview/row_model.h"
+
+#include <algorithm>
+
+#include "host/text/number_text.h"
+#include "host/text/text_encoding.h"
+#include "host/text/time_text.h"
+
+namespace host {
+namespace {
+
+constexpr const char kToTheRight[] = "\xE2\x86\x92 ";  // an arrow
+constexpr const char kToTheLeft[] = "\xE2\x86\x90 ";
+constexpr const char kDot[] = " \xC2\xB7 ";
+
+}  // namespace
+
+RowModel::RowModel(CaptureDocument& document)
+    : document_(document), pages_([this](std::uint32_t first) {
+        return document_.Page(view_, first);
+      }) {}
+
+void RowModel::SetView(View view) {
+  view_ = view;
+  Reset();
+}
+
+void RowModel::Reset() {
+  pages_.Forget();
+  passing_.clear();
+  filtered_ = 0;
+  SetFilter(filter_text_);
+  Update();
+}
+
+bool RowModel::Update() {
+  const std::uint32_t before = ShownCount();
+  // While the module catches up, what is in sight stays.
+  if (document_.Available(view_) >= count_) pages_.Forget();
+  count_ = document_.Count(view_);
+  if (count_ < filtered_) {
+    passing_.clear();
+    filtered_ = 0;
+  }
+  if (IsFiltered()) ExtendFilter();
+  return ShownCount() != before;
+}
+
+void RowModel::SetFilter(const std::string& text) {
+  filter_text_ = text;
+  if (document_.chosen()) {
+    const Connection& connection = document_.ConnectionAt(*document_.chosen());
+    filter_ =
+        RowFilter(text, connection.first_endpoint, connection.second_endpoint);
+  } else {
+    filter_ = RowFilter();
+  }
+  passing_.clear();
+  filtered_ = 0;
+  if (IsFiltered()) ExtendFilter();
+}
+
+void RowModel::ExtendFilter() {
+  WireIndex* wire = document_.Wire(view_);
+  const std::uint32_t end = std::min(count_, document_.Available(view_));
+  while (filtered_ < end) {
+    const auto page = document_.Page(view_, filtered_);
+    if (page.empty()) break;
+    for (const ListedRow& row : page) {
+      const WireRecord* record = wire ? wire->Find(filtered_, row) : nullptr;
+      if (filter_.Passes(filtered_, row, record)) passing_.push_back(filtered_);
+      ++filtered_;
+    }
+  }
+}
+
+std::uint32_t RowModel::ShownCount() const {
+  return IsFiltered() ? static_cast<std::uint32_t>(passing_.size()) : count_;
+}
+
+std::uint32_t RowModel::PositionAt(std::uint32_t index) const {
+  return IsFiltered() && index < passing_.size() ? passing_[index] : index;
+}
+
+std::uint32_t RowModel::IndexOf(std::uint32_t position) const {
+  if (!IsFiltered()) return position;
+  return static_cast<std::uint32_t>(
+      std::lower_bound(passing_.begin(), passing_.end(), position) -
+      passing_.begin());
+}
+
+const WireRecord* RowModel::Wire(std::uint32_t position) {
+  WireIndex* wire = document_.Wire(view_);
+  const ListedRow* row = Row(position);
+  return wire && row ? wire->Find(position, *row) : nullptr;
+}
+
+RowKind RowModel::Kind(std::uint32_t position) {
+  const ListedRow* row = Row(position);
+  return row ? KindOf(*row, Wire(position)) : RowKind::kPlain;
+}
+
+std::string RowModel::Text(std::uint32_t position, RowColumn column) {
+  const ListedRow* row = Row(position);
+  if (column == RowColumn::kNumber) return std::to_string(position + 1);
+  if (row == nullptr) return {};
+  const WireRecord* wire = Wire(position);
+  switch (column) {
+    case RowColumn::kTime:
+      return wire ? TimeOfDay(wire->time) : std::string();
+    case RowColumn::kSince:
+      return SinceText(position, wire);
+    case RowColumn::kDirection:
+      return DirectionText(*row);
+    case RowColumn::kLength:
+      return NumberText(row->length);
+    case RowColumn::kSummary:
+      return PrintableFromCodePage1252(row->summary);
+    default:
+      return DetailText(*row, wire);
+  }
+}
+
+std::string RowModel::SinceText(std::uint32_t position,
+                                const WireRecord* wire) {
+  if (wire == nullptr || position == 0) return {};
+  const WireRecord* before = document_.Wire(view_)->At(position - 1);
+  return before ? Seconds(wire->time - before->time, 6) : std::string();
+}
+
+std::string RowModel::DirectionText(const ListedRow& row) const {
+  const Connection& connection = document_.ConnectionAt(*document_.chosen());
+  return row.direction == 0 ? kToTheRight + connection.second_endpoint
+                            : kToTheLeft + connection.first_endpoint;
+}
+
+std::string RowModel::DetailText(const ListedRow& row,
+                                 const WireRecord* wire) const {
+  std::string text = PrintableFromCodePage1252(row.detail);
+  if (wire == nullptr || wire->note.empty()) return text;
+  if (!text.empty()) text += kDot;
+  return text + wire->note;
+}
+
+std::uint32_t RowModel::PositionInOtherView(std::uint32_t position) {
+  const View other = view_ == View::kPdus ? View::kMessages : View::kPdus;
+  const WireRecord* wire = Wire(position);
+  WireIndex* index = document_.Wire(other);
+  if (wire == nullptr || index == nullptr) return position;
+  return index->PositionOfFrame(wire->first_frame, wire->direction);
+}
+
+std::optional<std::uint32_t> RowModel::PartnerOf(std::uint32_t position) {
+  const ListedRow* found = Row(position);
+  if (found == nullptr || !MessageIdOf(*found)) return {};
+  const ListedRow row = *found;  // pages come and go
+  return SearchPartner(row, position, IsResponse(row));
+}
+
+std::optional<std::uint32_t> RowModel::SearchPartner(const ListedRow& row,
+                                                     std::uint32_t from,
+                                                     bool backwards) {
+  for (std::uint32_t at = from; backwards ? at > 0 : at + 1 < count_;) {
+    backwards ? --at : ++at;
+    const ListedRow* other = Row(at);
+    if (other != nullptr && AreCommandAndResponse(row, *other)) return at;
+  }
+  return {};
+}
+
+}  // namespace host

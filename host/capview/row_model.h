@@ -1,0 +1,85 @@
+#ifndef HOST_CAPVIEW_ROW_MODEL_H_
+#define HOST_CAPVIEW_ROW_MODEL_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/capview/capture_document.h"
+#include "host/rows/row_filter.h"
+#include "host/rows/row_pages.h"
+#include "host/rows/row_text.h"
+
+namespace host {
+
+enum class RowColumn {
+  kNumber,
+  kTime,
+  kSince,
+  kDirection,
+  kLength,
+  kSummary,
+  kDetail,
+};
+inline constexpr int kRowColumns = 7;
+
+// The rows of the view that is being looked at, and which of them the filter
+// lets pass. A position counts a view's rows from 0, an index the shown ones.
+class RowModel {
+ public:
+  explicit RowModel(CaptureDocument& document);
+
+  View view() const { return view_; }
+  void SetView(View view);
+  // Rows may have come or changed; answers whether the number of shown ones
+  // differs.
+  bool Update();
+  // Everything is new.
+  void Reset();
+
+  void SetFilter(const std::string& text);
+  bool IsFiltered() const { return !filter_.IsEmpty(); }
+
+  std::uint32_t Count() const { return count_; }
+  std::uint32_t ShownCount() const;
+  std::uint32_t PositionAt(std::uint32_t index) const;
+  // The shown row at the position, or the next one behind it.
+  std::uint32_t IndexOf(std::uint32_t position) const;
+
+  // Null when the module has no such row at the moment.
+  const ListedRow* Row(std::uint32_t position) { return pages_.At(position); }
+  // UTF-8.
+  std::string Text(std::uint32_t position, RowColumn column);
+  RowKind Kind(std::uint32_t position);
+  // Where the row was in the capture; null when it is not known.
+  const WireRecord* Wire(std::uint32_t position);
+
+  // The position in the other view that is nearest in the capture.
+  std::uint32_t PositionInOtherView(std::uint32_t position);
+  // The response of a command, the command of a response (of several responses
+  // the next one in turn); searched in the message view.
+  std::optional<std::uint32_t> PartnerOf(std::uint32_t position);
+
+ private:
+  void ExtendFilter();
+  std::string DirectionText(const ListedRow& row) const;
+  std::string DetailText(const ListedRow& row, const WireRecord* wire) const;
+  std::string SinceText(std::uint32_t position, const WireRecord* wire);
+  std::optional<std::uint32_t> SearchPartner(const ListedRow& row,
+                                             std::uint32_t from,
+                                             bool backwards);
+
+  CaptureDocument& document_;
+  View view_ = View::kPdus;
+  RowPages pages_;
+  RowFilter filter_;
+  std::string filter_text_;
+  std::vector<std::uint32_t> passing_;
+  std::uint32_t filtered_ = 0;  // positions that the filter has seen
+  std::uint32_t count_ = 0;
+};
+
+}  // namespace host
+
+#endif  // HOST_CAPVIEW_ROW_MODEL_H_

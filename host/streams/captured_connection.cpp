@@ -1,0 +1,134 @@
+#include "host/streams/captured_connection.h"
+
+#include <algorithm>
+
+#include "interface/host_interface.h"
+
+namespace host {
+
+// One packet for the module: a stored segment, or a piece of one that is too
+// long, with the segment's header before it.
+struct PacketPiece {
+  ByteStore::Offset stored = 0;  // the segment, from its TCP header on
+  std::uint32_t length = 0;      // of this packet
+  std::uint32_t skipped = 0;     // payload bytes of the pieces before it
+  std::uint8_t direction = 0;
+  bool is_piece = false;
+  bool is_last = true;
+};
+
+class CapturedFeed final : public PacketFeed {
+ public:
+  explicit CapturedFeed(std::shared_ptr<ByteStore> store)
+      : store_(std::move(store)) {}
+
+  void Add(const TcpFrame& frame, std::uint32_t direction);
+
+  std::uint32_t PacketCount() const override {
+    return static_cast<std::uint32_t>(pieces_.size());
+  }
+  std::uint32_t CopyPacket(std::uint32_t number, std::uint8_t* bytes,
+                           std::uint32_t* direction) const override;
+
+ private:
+  void AddPieces(const PacketPiece& whole, std::uint32_t header_bytes);
+
+  std::shared_ptr<ByteStore> store_;
+  std::vector<PacketPiece> pieces_;
+};
+
+void CapturedFeed::Add(const TcpFrame& frame, std::uint32_t direction) {
+  PacketPiece whole;
+  whole.stored = store_->Append(frame.tcp);
+  whole.length = static_cast<std::uint32_t>(frame.tcp.size());
+  whole.direction = static_cast<std::uint8_t>(direction);
+  if (whole.length <= DICOM_PACKET_BYTES) {
+    pieces_.push_back(whole);
+    return;
+  }
+  const std::uint32_t header_bytes = TcpHeader::Parse(frame.tcp).length;
+  AddPieces(whole, std::max(header_bytes, kTcpHeaderBytes));
+}
+
+void CapturedFeed::AddPieces(const PacketPiece& whole,
+                             std::uint32_t header_bytes) {
+  const std::uint32_t payload = whole.length - header_bytes;
+  const std::uint32_t room = DICOM_PACKET_BYTES - header_bytes;
+  for (std::uint32_t done = 0; done < payload; done += room) {
+    PacketPiece piece = whole;
+    piece.is_piece = true;
+    piece.skipped = done;
+    piece.length = header_bytes + std::min(room, payload - done);
+    piece.is_last = payload - done <= room;
+    pieces_.push_back(piece);
+  }
+}
+
+std::uint32_t CapturedFeed::CopyPacket(std::uint32_t number,
+                                       std::uint8_t* bytes,
+                                       std::uint32_t* direction) const {
+  const PacketPiece& piece = pieces_[number];
+  *direction = piece.direction;
+  if (!piece.is_piece) {
+    store_->Copy(piece.stored, piece.length, bytes);
+    return piece.length;
+  }
+  std::uint8_t* const tcp = bytes;
+  store_->Copy(piece.stored, kTcpHeaderBytes, tcp);
+  const TcpHeader header = TcpHeader::Parse({tcp, kTcpHeaderBytes});
+  const std::uint32_t header_bytes = std::max(header.length, kTcpHeaderBytes);
+  store_->Copy(piece.stored, header_bytes, tcp);
+  store_->Copy(piece.stored + header_bytes + piece.skipped,
+               piece.length - header_bytes, tcp + header_bytes);
+  const bool after_syn = piece.skipped != 0 && (header.flags & kSyn) != 0;
+  const std::uint32_t sequence =
+      header.sequence + piece.skipped + (after_syn ? 1 : 0);
+  for (int i = 0; i < 4; ++i) {
+    tcp[4 + i] = static_cast<std::uint8_t>(sequence >> (24 - 8 * i));
+  }
+  if (piece.skipped != 0) tcp[13] &= static_cast<std::uint8_t>(~kSyn);
+  if (!piece.is_last) tcp[13] &= static_cast<std::uint8_t>(~(kFin | kPush));
+  return piece.length;
+}
+
+CapturedConnection::CapturedConnection(std::shared_ptr<ByteStore> store) {
+  auto feed = std::make_unique<CapturedFeed>(std::move(store));
+  feed_ = feed.get();
+  connection_.feed = std::move(feed);
+  connection_.live = false;
+}
+
+bool CapturedConnection::BeginsAnother(const TcpFrame& frame,
+                                       std::uint32_t direction) const {
+  if (frame.tcp.size() < TcpHeader::kMinBytes) return false;
+  const TcpHeader header = TcpHeader::Parse(frame.tcp);
+  const bool closed = reset_ || (fin_seen_[0] && fin_seen_[1]);
+  return closed && (header.flags & kSyn) != 0 &&
+         syn_[direction] != header.sequence;
+}
+
+void CapturedConnection::AddSegment(const TcpFrame& frame,
+                                    std::uint32_t direction) {
+  feed_->Add(frame, direction);
+  if (frame.tcp.size() < TcpHeader::kMinBytes) return;
+  const TcpHeader header = TcpHeader::Parse(frame.tcp);
+  NoteFlags(header, direction);
+  if (header.length < kTcpHeaderBytes || header.length >= frame.tcp.size()) {
+    return;
+  }
+  const auto payload = frame.tcp.subspan(header.length);
+  connection_.payload_bytes += payload.size();
+  if (!payload_seen_[direction]) {
+    payload_seen_[direction] = true;
+    connection_.carries_dicom |= BeginsLikePdu(payload);
+  }
+}
+
+void CapturedConnection::NoteFlags(const TcpHeader& header,
+                                   std::uint32_t direction) {
+  if ((header.flags & kSyn) != 0) syn_[direction] = header.sequence;
+  if ((header.flags & kFin) != 0) fin_seen_[direction] = true;
+  if ((header.flags & kRst) != 0) reset_ = true;
+}
+
+}  // namespace host

@@ -1,0 +1,70 @@
+#ifndef HOST_STREAMS_CONNECTION_H_
+#define HOST_STREAMS_CONNECTION_H_
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/text/time_text.h"
+
+namespace host {
+
+// The packets that one connection shows to the module, numbered from 0. Cheap
+// to ask in any order; what was once reported never changes.
+class PacketFeed {
+ public:
+  virtual ~PacketFeed() = default;
+  virtual std::uint32_t PacketCount() const = 0;
+  // Copies packet `number`, from its TCP header on, to `bytes` (room for
+  // DICOM_PACKET_BYTES) and answers its length in bytes; `direction` receives 0
+  // or
+  // 1. `number` is less than PacketCount().
+  virtual std::uint32_t CopyPacket(std::uint32_t number, std::uint8_t* bytes,
+                                   std::uint32_t* direction) const = 0;
+};
+
+// Where a PDU or message of the wire was in the capture. Frames are numbered
+// from 1, as capture tools show them.
+struct WireRecord {
+  std::uint32_t direction = 0;
+  // As the module's list shows it: PDU bytes, or the sum of both set lengths.
+  std::uint64_t length = 0;
+  std::uint32_t first_frame = 0;  // the frames that its bytes came from
+  std::uint32_t last_frame = 0;
+  Nanoseconds time = 0;  // of last_frame
+  // False for what was on the wire and has no row in the module's list; `note`
+  // says why.
+  bool listed = true;
+  std::string note;  // "120 lost bytes were filled with zero"; often empty
+  std::optional<std::uint16_t> status = {};  // of a response message
+};
+
+// One TCP connection of the capture, ready to be offered to the module as a
+// host window of its own.
+struct Connection {
+  // Direction 0 sent the first captured packet: "192.0.2.10:41522" or
+  // "[2001:db8::1]:104".
+  std::string first_endpoint;
+  std::string second_endpoint;
+  // Its first payload in either direction begins like a PDU, or PDUs were found
+  // in it.
+  bool carries_dicom = false;
+  std::uint64_t captured_packets = 0;
+  std::uint64_t payload_bytes = 0;  // both directions, each byte once
+  Nanoseconds first_time = 0;
+  Nanoseconds last_time = 0;
+  std::unique_ptr<PacketFeed> feed;
+  bool live = false;  // what the list call's `live` must say for this feed
+  // The records of the wire in list order; both are empty when the packets are
+  // handed over as captured. The n-th row of a list is the n-th `listed` one.
+  std::vector<WireRecord> pdus;
+  std::vector<WireRecord> messages;
+  // One clear sentence each: losses, skipped bytes, streams that are no DICOM.
+  std::vector<std::string> notes;
+};
+
+}  // namespace host
+
+#endif  // HOST_STREAMS_CONNECTION_H_

@@ -1,0 +1,40 @@
+#ifndef HOST_STREAMS_CONNECTION_BUILDER_H_
+#define HOST_STREAMS_CONNECTION_BUILDER_H_
+
+#include "host/capture/frame_parser.h"
+#include "host/streams/connection.h"
+
+namespace host {
+
+// Makes one Connection from its captured segments.
+class ConnectionBuilder {
+ public:
+  virtual ~ConnectionBuilder() = default;
+
+  // Whether this segment cannot belong to the connection any more, but begins
+  // another one on the same addresses and ports. `direction` is 0 when it comes
+  // from the side that sent the connection's first packet.
+  virtual bool BeginsAnother(const TcpFrame& frame,
+                             std::uint32_t direction) const = 0;
+  void Add(const TcpFrame& frame, std::uint32_t direction);
+  // Lets the connection show all that is settled by now. True when it should be
+  // asked once more even if nothing is added.
+  virtual bool Update() { return false; }
+  // The connection is over: no segment will follow.
+  virtual void Finish() {}
+
+  Connection& connection() { return connection_; }
+
+ protected:
+  virtual void AddSegment(const TcpFrame& frame, std::uint32_t direction) = 0;
+
+  Connection connection_;
+};
+
+// Whether the bytes begin like a PDU of type 1 to 7 with a length that such a
+// PDU may have.
+bool BeginsLikePdu(std::span<const std::uint8_t> bytes);
+
+}  // namespace host
+
+#endif  // HOST_STREAMS_CONNECTION_BUILDER_H_

@@ -1,0 +1,30 @@
+#ifndef HOST_STREAMS_OVERFLOW_FILE_H_
+#define HOST_STREAMS_OVERFLOW_FILE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace host {
+
+// A temporary file for what memory has no room for. The system removes it when
+// it is closed, also when the program ends by a fault.
+class OverflowFile {
+ public:
+  // Throws Failure; so do the others.
+  OverflowFile();
+  ~OverflowFile();
+  OverflowFile(const OverflowFile&) = delete;
+  OverflowFile& operator=(const OverflowFile&) = delete;
+
+  void Write(std::uint64_t offset, std::span<const std::uint8_t> bytes);
+  // All of `bytes` was written before.
+  void Read(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
+
+ private:
+  std::intptr_t file_;  // the platform's handle
+};
+
+}  // namespace host
+
+#endif  // HOST_STREAMS_OVERFLOW_FILE_H_

@@ -1,0 +1,208 @@
+#include "host/streams/stream_assembler.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace host {
+namespace {
+
+constexpr Position kFarthestAhead = Position{64} << 20;
+constexpr Position kFarthestBefore = Position{1} << 20;
+
+}  // namespace
+
+StreamAssembler::StreamAssembler(std::shared_ptr<ByteStore> store)
+    : store_(std::move(store)) {}
+
+void StreamAssembler::Begin(std::uint32_t number) {
+  syn_seen_ = true;
+  if (base_known_) return;  // the SYN of bytes that came before it
+  base_known_ = true;
+  base_ = number;
+}
+
+std::optional<std::uint32_t> StreamAssembler::beginning_number() const {
+  if (!base_known_) return std::nullopt;
+  return base_ + static_cast<std::uint32_t>(lowest_);
+}
+
+// The signed difference to the highest position: right for any number of wraps
+// as long as a segment is less than 2 GiB away from it.
+std::optional<Position> StreamAssembler::PositionOf(
+    std::uint32_t number) const {
+  if (!base_known_) return std::nullopt;
+  const std::uint32_t highest = base_ + static_cast<std::uint32_t>(highest_);
+  return highest_ + static_cast<std::int32_t>(number - highest);
+}
+
+bool StreamAssembler::Accepts(Position position) const {
+  return position <= highest_ + kFarthestAhead &&
+         (syn_seen_ || position >= -kFarthestBefore);
+}
+
+void StreamAssembler::Add(std::uint32_t sequence,
+                          std::span<const std::uint8_t> bytes,
+                          std::uint32_t wire_length, std::uint32_t frame,
+                          Nanoseconds time) {
+  if (wire_length == 0) return;
+  if (!base_known_) {
+    base_known_ = true;
+    base_ = sequence;
+  }
+  Position from = *PositionOf(sequence);
+  if (!Accepts(from)) return;
+  Position wire_end = from + wire_length;
+  if (fin_) wire_end = std::min(wire_end, *fin_);
+  highest_ = std::max(highest_, wire_end);
+  Position to = std::min(from + static_cast<Position>(bytes.size()), wire_end);
+  if (syn_seen_ && from < lowest_) {
+    const Position cut = std::min(lowest_, to) - from;
+    bytes = bytes.subspan(static_cast<std::size_t>(std::max<Position>(cut, 0)));
+    from = lowest_;
+  }
+  if (from >= to) return;
+  lowest_ = std::min(lowest_, from);
+  const Extent source{0, time, 0, frame};
+  if (!Insert(from, bytes.first(static_cast<std::size_t>(to - from)), source)) {
+    ++differing_copies_;
+  }
+}
+
+void StreamAssembler::Close(std::uint32_t sequence) {
+  const std::optional<Position> position = PositionOf(sequence);
+  if (fin_ || !position || !Accepts(*position) || *position < lowest_) return;
+  fin_ = *position;
+  highest_ = std::max(highest_, *position);
+}
+
+Position StreamAssembler::end() const { return fin_ ? *fin_ : highest_; }
+
+StreamAssembler::Extents::const_iterator StreamAssembler::ExtentAt(
+    Position from) const {
+  auto it = extents_.upper_bound(from);
+  if (it != extents_.begin()) {
+    const auto before = std::prev(it);
+    if (before->first + before->second.length > from) return before;
+  }
+  return it;
+}
+
+bool StreamAssembler::Insert(Position at, std::span<const std::uint8_t> bytes,
+                             Extent source) {
+  bool same = true;
+  auto next = ExtentAt(at);
+  while (!bytes.empty()) {
+    const Position end = at + static_cast<Position>(bytes.size());
+    std::size_t count;
+    if (next != extents_.end() && next->first <= at) {  // there already
+      const Extent& known = next->second;
+      const Position known_end = next->first + known.length;
+      count = static_cast<std::size_t>(std::min(end, known_end) - at);
+      const auto skip = static_cast<ByteStore::Offset>(at - next->first);
+      same = store_->Equal(known.stored + skip, bytes.first(count)) && same;
+      ++next;
+    } else {
+      Position gap_end =
+          next == extents_.end() ? end : std::min(end, next->first);
+      const bool sealed = source.frame != 0 && at < sealed_until_;
+      if (sealed) gap_end = std::min(gap_end, sealed_until_);
+      count = static_cast<std::size_t>(gap_end - at);
+      if (!sealed) Keep(at, bytes.first(count), source, next);
+    }
+    at += static_cast<Position>(count);
+    bytes = bytes.subspan(count);
+  }
+  return same;
+}
+
+void StreamAssembler::Keep(Position at, std::span<const std::uint8_t> bytes,
+                           Extent source, Extents::const_iterator next) {
+  source.stored = store_->Append(bytes);
+  source.length = static_cast<std::uint32_t>(bytes.size());
+  extents_.emplace_hint(next, at, source);
+  Join(at, at + static_cast<Position>(bytes.size()));
+  if (source.frame != 0) payload_bytes_ += bytes.size();
+}
+
+void StreamAssembler::Join(Position from, Position to) {
+  const auto after = runs_.lower_bound(to);
+  if (after != runs_.end() && after->first == to) {
+    to = after->second;
+    runs_.erase(after);
+  }
+  const auto behind = runs_.lower_bound(from);
+  if (behind != runs_.begin() && std::prev(behind)->second == from) {
+    std::prev(behind)->second = to;
+  } else {
+    runs_.emplace(from, to);
+  }
+}
+
+Position StreamAssembler::PresentUntil(Position from) const {
+  const auto after = runs_.upper_bound(from);
+  if (after == runs_.begin()) return std::min(from, end());
+  return std::min(std::max(std::prev(after)->second, from), end());
+}
+
+Position StreamAssembler::NextPresent(Position from) const {
+  const auto after = runs_.upper_bound(from);
+  if (after != runs_.begin() && std::prev(after)->second > from) {
+    return std::min(from, end());
+  }
+  return after == runs_.end() ? end() : std::min(after->first, end());
+}
+
+std::uint64_t StreamAssembler::PresentBytes(Position from, Position to) const {
+  std::uint64_t count = 0;
+  while (from < to) {
+    const Position present = std::min(NextPresent(from), to);
+    const Position missing = std::min(PresentUntil(present), to);
+    count += static_cast<std::uint64_t>(missing - present);
+    if (missing == present) break;
+    from = missing;
+  }
+  return count;
+}
+
+void StreamAssembler::Copy(Position from, std::size_t length,
+                           std::uint8_t* to) const {
+  const Position end = from + static_cast<Position>(length);
+  auto it = ExtentAt(from);
+  while (from < end) {
+    const Position begin =
+        it == extents_.end() ? end : std::min(std::max(it->first, from), end);
+    std::memset(to, 0, static_cast<std::size_t>(begin - from));
+    to += begin - from;
+    if (begin == end) break;
+    const Position stop = std::min(end, it->first + it->second.length);
+    store_->Copy(
+        it->second.stored + static_cast<ByteStore::Offset>(begin - it->first),
+        static_cast<std::size_t>(stop - begin), to);
+    to += stop - begin;
+    from = stop;
+    ++it;
+  }
+}
+
+FrameRange StreamAssembler::Frames(Position from, Position to) const {
+  FrameRange range;
+  for (auto it = ExtentAt(from); it != extents_.end() && it->first < to; ++it) {
+    const Extent& extent = it->second;
+    if (extent.frame == 0) continue;
+    if (range.first == 0 || extent.frame < range.first) {
+      range.first = extent.frame;
+    }
+    if (extent.frame > range.last) {
+      range.last = extent.frame;
+      range.time = extent.time;
+    }
+  }
+  return range;
+}
+
+void StreamAssembler::Substitute(Position at,
+                                 std::span<const std::uint8_t> bytes) {
+  Insert(at, bytes, Extent{});
+}
+
+}  // namespace host

@@ -1,0 +1,117 @@
+#ifndef HOST_STREAMS_STREAM_ASSEMBLER_H_
+#define HOST_STREAMS_STREAM_ASSEMBLER_H_
+
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+
+#include "host/streams/byte_store.h"
+#include "host/streams/connection.h"
+
+namespace host {
+
+// Where a byte stands in one direction of a connection: 0 is the first byte
+// after the SYN. Without a captured SYN 0 is the first payload byte that was
+// captured, and what comes before it has negative positions.
+using Position = std::int64_t;
+
+// Where a run of bytes came from. Both frames are 0 when nothing of it was
+// captured.
+struct FrameRange {
+  std::uint32_t first = 0;
+  std::uint32_t last = 0;
+  Nanoseconds time = 0;  // of the last frame
+};
+
+// Puts the payload of one direction of a connection in order. The first copy of
+// a byte is kept and never changes; what never came is a hole.
+class StreamAssembler {
+ public:
+  explicit StreamAssembler(std::shared_ptr<ByteStore> store);
+
+  // A SYN was captured; `number` is its sequence number + 1. Not to be called
+  // with a number that contradicts beginning_number().
+  void Begin(std::uint32_t number);
+  // The payload of a segment whose first byte has this sequence number.
+  // `wire_length` is its length before the snap length cut it. Ignored are
+  // segments more than 64 MiB ahead of the highest position so far or, without
+  // SYN, more than 1 MiB before the first; bytes before position 0 of a SYN;
+  // bytes behind the FIN.
+  void Add(std::uint32_t sequence, std::span<const std::uint8_t> bytes,
+           std::uint32_t wire_length, std::uint32_t frame, Nanoseconds time);
+  // A FIN was captured; `sequence` is its own number, behind all payload.
+  void Close(std::uint32_t sequence);
+
+  // The sequence number of the first byte, by SYN or else by the lowest byte
+  // that came; none when there was neither.
+  std::optional<std::uint32_t> beginning_number() const;
+  bool began_with_syn() const { return syn_seen_; }
+  bool has_payload() const { return payload_bytes_ != 0; }
+  bool closed() const { return fin_.has_value(); }
+  // The position that a sequence or acknowledgement number stands for; none
+  // before anything is known of the direction.
+  std::optional<Position> PositionOf(std::uint32_t number) const;
+
+  Position begin() const { return lowest_; }
+  // Behind the last byte that was on the wire, as far as the capture shows.
+  Position end() const;
+  // The first position from `from` on whose byte is missing, at most end().
+  Position PresentUntil(Position from) const;
+  // The first position from `from` on whose byte is there, at most end().
+  Position NextPresent(Position from) const;
+  // How many of the bytes in [from, to) are there.
+  std::uint64_t PresentBytes(Position from, Position to) const;
+  // Copies `length` bytes; holes are zero.
+  void Copy(Position from, std::size_t length, std::uint8_t* to) const;
+  // The frames that the bytes in [from, to) came from.
+  FrameRange Frames(Position from, Position to) const;
+
+  // What is missing before `position` stays missing, even if it comes late: it
+  // was shown as lost.
+  void Seal(Position position) { sealed_until_ = position; }
+  // Gives lost bytes a value; bytes that are there stay as they are.
+  void Substitute(Position at, std::span<const std::uint8_t> bytes);
+
+  std::uint64_t payload_bytes() const { return payload_bytes_; }
+  // Segments that repeat bytes with another content.
+  std::uint32_t differing_copies() const { return differing_copies_; }
+
+ private:
+  // A run of bytes as one segment brought it. Frame 0: not from the capture.
+  struct Extent {
+    ByteStore::Offset stored = 0;
+    Nanoseconds time = 0;
+    std::uint32_t length = 0;
+    std::uint32_t frame = 0;
+  };
+  using Extents = std::map<Position, Extent>;
+
+  bool Accepts(Position position) const;
+  // Adds what is not there yet; true when what is there already is the same.
+  bool Insert(Position at, std::span<const std::uint8_t> bytes, Extent source);
+  void Keep(Position at, std::span<const std::uint8_t> bytes, Extent source,
+            Extents::const_iterator next);
+  void Join(Position from, Position to);
+  // The extent that holds `from`, or else the first behind it.
+  Extents::const_iterator ExtentAt(Position from) const;
+
+  std::shared_ptr<ByteStore> store_;
+  Extents extents_;                    // never overlapping
+  std::map<Position, Position> runs_;  // begin and end without holes between
+  std::uint32_t base_ = 0;             // the sequence number of position 0
+  bool base_known_ = false;
+  bool syn_seen_ = false;
+  Position lowest_ = 0;
+  Position sealed_until_ = std::numeric_limits<Position>::min();
+  Position highest_ = 0;  // behind the last byte on the wire
+  std::optional<Position> fin_;
+  std::uint64_t payload_bytes_ = 0;
+  std::uint32_t differing_copies_ = 0;
+};
+
+}  // namespace host
+
+#endif  // HOST_STREAMS_STREAM_ASSEMBLER_H_

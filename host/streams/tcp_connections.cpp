@@ -1,0 +1,71 @@
+#include "host/streams/tcp_connections.h"
+
+#include <algorithm>
+
+#include "host/streams/captured_connection.h"
+#include "host/streams/clean_connection.h"
+
+namespace host {
+
+TcpConnections::TcpConnections(HandOver hand_over) : hand_over_(hand_over) {}
+
+void TcpConnections::Add(const TcpFrame& frame) {
+  // A clean stream has no use for a packet that ends before the TCP flags, and
+  // it must not decide which side is the first; an analyzer would get it.
+  if (hand_over_ == HandOver::kCleanStreams &&
+      frame.tcp.size() < TcpHeader::kMinBytes) {
+    return;
+  }
+  const Key key = std::minmax(frame.source, frame.destination);
+  Current& current = current_[key];
+  if (current.builder == nullptr) Begin(frame, &current);
+  std::uint32_t direction = frame.source == current.first ? 0 : 1;
+  if (current.builder->BeginsAnother(frame, direction)) {
+    current.builder->Finish();
+    Begin(frame, &current);
+    direction = 0;
+  }
+  current.builder->Add(frame, direction);
+  Touch(&current);
+}
+
+void TcpConnections::Touch(Current* current) {
+  if (current->touched) return;
+  current->touched = true;
+  touched_.push_back(current);
+}
+
+void TcpConnections::Begin(const TcpFrame& frame, Current* current) {
+  if (hand_over_ == HandOver::kCleanStreams) {
+    builders_.push_back(std::make_unique<CleanConnection>(store_));
+  } else {
+    builders_.push_back(std::make_unique<CapturedConnection>(store_));
+  }
+  current->builder = builders_.back().get();
+  current->first = frame.source;
+}
+
+void TcpConnections::Update() {
+  for (Current* current : std::exchange(touched_, {})) {
+    current->touched = false;
+    if (current->builder->Update()) Touch(current);
+  }
+}
+
+void TcpConnections::Finish() {
+  for (const auto& builder : builders_) builder->Finish();
+}
+
+std::vector<Connection> TcpConnections::Take() {
+  std::vector<Connection> connections;
+  connections.reserve(builders_.size());
+  for (const auto& builder : builders_) {
+    connections.push_back(std::move(builder->connection()));
+  }
+  touched_.clear();
+  current_.clear();
+  builders_.clear();
+  return connections;
+}
+
+}  // namespace host

@@ -1,0 +1,63 @@
+#ifndef HOST_STREAMS_TCP_CONNECTIONS_H_
+#define HOST_STREAMS_TCP_CONNECTIONS_H_
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "host/streams/byte_store.h"
+#include "host/streams/connection_builder.h"
+
+namespace host {
+
+// How a capture's connections are handed to the module.
+enum class HandOver {
+  kCleanStreams,  // the same bytes, in order, nothing lost or doubled
+  kAsCaptured,    // packet by packet as the capture holds them
+};
+
+// Sorts the TCP segments of a capture into connections, in the order of their
+// first packets. For a whole file: Add() all, Finish(), then use. For a capture
+// that grows: Add() what came, Update(), look, and again.
+class TcpConnections {
+ public:
+  explicit TcpConnections(HandOver hand_over);
+
+  // Segments in the order of the capture. The bytes are copied.
+  void Add(const TcpFrame& frame);
+  // Makes what has become settled by now visible in the connections.
+  void Update();
+  // The capture is over: everything becomes visible.
+  void Finish();
+
+  std::size_t size() const { return builders_.size(); }
+  // Stays where it is; grows by Update() and Finish() only.
+  Connection& at(std::size_t index) { return builders_[index]->connection(); }
+  // Hands all connections over, for after Finish().
+  std::vector<Connection> Take();
+
+ private:
+  using Key = std::pair<Endpoint, Endpoint>;  // the smaller end first
+
+  // The newest connection of a pair of ends.
+  struct Current {
+    bool touched = false;  // waits for the next Update()
+    ConnectionBuilder* builder = nullptr;
+    Endpoint first;  // the end that is direction 0
+  };
+
+  void Touch(Current* current);
+  void Begin(const TcpFrame& frame, Current* current);
+
+  HandOver hand_over_;
+  std::shared_ptr<ByteStore> store_ = std::make_shared<ByteStore>();
+  std::map<Key, Current> current_;
+  std::vector<Current*> touched_;
+  std::vector<std::unique_ptr<ConnectionBuilder>> builders_;
+};
+
+}  // namespace host
+
+#endif  // HOST_STREAMS_TCP_CONNECTIONS_H_

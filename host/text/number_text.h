@@ -1,0 +1,20 @@
+#ifndef HOST_TEXT_NUMBER_TEXT_H_
+#define HOST_TEXT_NUMBER_TEXT_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+// The one spelling of numbers and counts in everything that people read.
+
+std::string NumberText(std::uint64_t number);  // "16,390"
+// "1 packet", "16,390 packets".
+std::string CountText(std::uint64_t count, std::string_view one,
+                      std::string_view many);
+std::string BytesText(std::uint64_t count);  // "1 byte", "16,390 bytes"
+
+}  // namespace host
+
+#endif  // HOST_TEXT_NUMBER_TEXT_H_

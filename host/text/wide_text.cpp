@@ -1,0 +1,50 @@
+#include "host/text/wide_text.h"
+
+#include <windows.h>
+
+namespace host {
+
+std::wstring WideFromUtf8(std::string_view utf8) {
+  const int bytes = static_cast<int>(utf8.size());
+  std::wstring wide(static_cast<std::size_t>(MultiByteToWideChar(
+                        CP_UTF8, 0, utf8.data(), bytes, nullptr, 0)),
+                    L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, utf8.data(), bytes, wide.data(),
+                      static_cast<int>(wide.size()));
+  return wide;
+}
+
+std::string Utf8FromWide(std::wstring_view wide) {
+  const int units = static_cast<int>(wide.size());
+  std::string utf8(
+      static_cast<std::size_t>(WideCharToMultiByte(
+          CP_UTF8, 0, wide.data(), units, nullptr, 0, nullptr, nullptr)),
+      '\0');
+  WideCharToMultiByte(CP_UTF8, 0, wide.data(), units, utf8.data(),
+                      static_cast<int>(utf8.size()), nullptr, nullptr);
+  return utf8;
+}
+
+std::wstring FileName(std::string_view utf8) {
+  std::wstring name = WideFromUtf8(utf8);
+  const bool unix_root =
+      utf8.size() > 1 && utf8[0] == '/' && utf8[1] != '/' && utf8[1] != '\\';
+  const bool wine = GetProcAddress(GetModuleHandleW(L"ntdll.dll"),
+                                   "wine_get_version") != nullptr;
+  if (unix_root && wine) name.insert(0, L"Z:");  // Wine's drive for "/"
+  return name;
+}
+
+std::string SystemErrorText(unsigned long error) {
+  wchar_t text[256] = L"";
+  DWORD length = FormatMessageW(
+      FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+      error, MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), text, 256, nullptr);
+  while (length > 0 && (text[length - 1] <= L' ' || text[length - 1] == L'.')) {
+    --length;
+  }
+  if (length == 0) return "error " + std::to_string(error);
+  return Utf8FromWide({text, length});
+}
+
+}  // namespace host
