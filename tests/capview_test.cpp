@@ -237,7 +237,7 @@ TEST_F(CapviewTest, FilterKeepsMatchingRowsAndEscapeClearsIt) {
 TEST_F(CapviewTest, SavesDecodes) {
   Open("samples/echo.pcap");
   const fs::path file = folder_ / L"saved \u00E4.txt";
-  window_->SaveDecode({View::kPdus, 4, 5}, file.wstring());
+  window_->SaveDecode({ListKind::kPdus, 4, 5}, file.wstring());
   Settle();
   EXPECT_EQ(Contents(file),
             "DICOM - Upper Layer Protokoll: A-RELEASE-RQ PDU (05h)\r\n"

@@ -26,14 +26,14 @@ TEST(OptionsTest, EverythingCanBeAskedForAtOnce) {
   EXPECT_EQ(options.connection, 2U);
   EXPECT_EQ(options.save_file, "out.txt");
   EXPECT_TRUE(options.as_captured);
-  EXPECT_EQ(options.views, std::vector{View::kMessages});
+  EXPECT_EQ(options.views, std::vector{ListKind::kMessages});
 }
 
 TEST(OptionsTest, LittleNeedsToBeSaid) {
-  const std::vector both = {View::kPdus, View::kMessages};
+  const std::vector both = {ListKind::kPdus, ListKind::kMessages};
   EXPECT_EQ(ParseOptions({"a"}).views, both);
   EXPECT_EQ(ParseOptions({"a", "--messages", "--pdus"}).views, both);
-  EXPECT_EQ(ParseOptions({"--pdus", "a"}).views, std::vector{View::kPdus});
+  EXPECT_EQ(ParseOptions({"--pdus", "a"}).views, std::vector{ListKind::kPdus});
   EXPECT_EQ(ParseOptions({"--", "--tree"}).capture, "--tree");
   EXPECT_EQ(ParseOptions({"-"}).capture, "-");
   EXPECT_TRUE(ParseOptions({"--help"}).help);

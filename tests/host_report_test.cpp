@@ -141,10 +141,10 @@ class ReportTest : public testing::Test {
   std::string Write(Report& report) {
     report.BeginCapture("a.pcap", 7, 1);
     report.BeginConnection(reported_);
-    report.BeginView(View::kPdus, rows_);
+    report.BeginView(ListKind::kPdus, rows_);
     report.Row(rows_[0], nullptr, nullptr, "");
     report.Row(rows_[1], &tree_, &hex_, "Out of Range");
-    report.BeginView(View::kMessages, {});
+    report.BeginView(ListKind::kMessages, {});
     return std::move(text_);
   }
 
@@ -225,7 +225,7 @@ TEST_F(ReportTest, ColumnsWithoutContentAreLeftOut) {
   rows_ = TraceRows({{7, 0, 4, "A", "Message Id: 1"}}, {});
   text_.clear();
   const auto report = MakeTextReport(IntoText());
-  report->BeginView(View::kMessages, rows_);
+  report->BeginView(ListKind::kMessages, rows_);
   report->Row(rows_[0], nullptr, nullptr, "");
   EXPECT_EQ(text_,
             "\n  Messages\n"

@@ -60,7 +60,9 @@ class ModuleDrivingTest : public testing::Test {
     SetEnvironmentVariableA("FAULT", nullptr);
   }
 
-  std::size_t Rows() { return session_->List().AllRows(View::kPdus).size(); }
+  std::size_t Rows() {
+    return session_->List().AllRows(ListKind::kPdus).size();
+  }
   std::string Notes() {
     std::string text;
     for (const std::string& note : session_->List().Notes())
@@ -174,7 +176,7 @@ TEST_F(ModuleDrivingTest, AModuleThatStandsStillOrCrashesEndsTheList) {
 
 TEST_F(ModuleDrivingTest, TheTreeIsReadBackWhole) {
   Begin("", false);
-  const DecodedRow row = session_->Display(View::kPdus, 0);
+  const DecodedRow row = session_->Display(ListKind::kPdus, 0);
   std::string depths;
   for (const TreeLine& line : row.tree) depths += std::to_string(line.depth);
   ASSERT_EQ(depths, "01210");
@@ -189,13 +191,13 @@ TEST_F(ModuleDrivingTest, TheTreeIsReadBackWhole) {
 
 TEST_F(ModuleDrivingTest, AFailedDisplayKeepsItsLinesAndTheNextRowWorks) {
   Begin("raise@1 crash@2", true);
-  const DecodedRow raised = session_->Display(View::kPdus, 1);
+  const DecodedRow raised = session_->Display(ListKind::kPdus, 1);
   EXPECT_EQ(raised.tree.size(), 2U);
   EXPECT_EQ(raised.stopped, "Out of Memory");
-  const DecodedRow crashed = session_->Display(View::kMessages, 2);
+  const DecodedRow crashed = session_->Display(ListKind::kMessages, 2);
   EXPECT_EQ(crashed.tree.size(), 2U);
   EXPECT_EQ(crashed.stopped.substr(0, 16), "access violation");
-  EXPECT_EQ(session_->Display(View::kPdus, 3).tree.size(), 5U);
+  EXPECT_EQ(session_->Display(ListKind::kPdus, 3).tree.size(), 5U);
   EXPECT_EQ(Rows(), 15U);
 }
 

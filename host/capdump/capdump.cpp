@@ -155,8 +155,8 @@ class Dump {
       return true;
     });
     progress_.Clear();
-    const auto pdus = session.List().AllRows(View::kPdus);
-    const auto messages = session.List().AllRows(View::kMessages);
+    const auto pdus = session.List().AllRows(ListKind::kPdus);
+    const auto messages = session.List().AllRows(ListKind::kMessages);
     ReportedConnection reported;
     reported.number = number;
     reported.connection = &connection;
@@ -167,14 +167,15 @@ class Dump {
     const auto& notes = session.List().Notes();
     reported.notes.insert(reported.notes.end(), notes.begin(), notes.end());
     report_->BeginConnection(reported);
-    for (const View view : options_.views) {
+    for (const ListKind view : options_.views) {
       ShowView(session, view,
-               view == View::kPdus ? TraceRows(pdus, connection.pdus)
-                                   : TraceRows(messages, connection.messages));
+               view == ListKind::kPdus
+                   ? TraceRows(pdus, connection.pdus)
+                   : TraceRows(messages, connection.messages));
     }
   }
 
-  void ShowView(ModuleSession& session, View view,
+  void ShowView(ModuleSession& session, ListKind view,
                 std::vector<ReportedRow> rows) {
     if (options_.row) {
       std::erase_if(rows, [this](const ReportedRow& row) {
@@ -191,7 +192,7 @@ class Dump {
     progress_.Clear();
   }
 
-  void ShowRow(ModuleSession& session, View view, const ReportedRow& row) {
+  void ShowRow(ModuleSession& session, ListKind view, const ReportedRow& row) {
     if (row.position == 0) {  // nothing that the module could show
       report_->Row(row, nullptr, nullptr, {});
       return;

@@ -179,7 +179,7 @@ Options ParseOptions(const std::vector<std::string>& argument_list) {
     }
   }
   if (choice.pdus != choice.messages) {
-    options.views = {choice.pdus ? View::kPdus : View::kMessages};
+    options.views = {choice.pdus ? ListKind::kPdus : ListKind::kMessages};
   }
   RequireCapture(options);
   return options;

@@ -25,7 +25,7 @@ struct Options {
   std::string save_file;  // empty: nothing is saved
   std::optional<std::uint32_t> connection;  // counted from 1
   std::optional<std::uint32_t> row;         // counted from 1
-  std::vector<View> views = {View::kPdus, View::kMessages};
+  std::vector<ListKind> views = {ListKind::kPdus, ListKind::kMessages};
   bool tree = false;
   bool hex = false;
   bool no_message_data = false;

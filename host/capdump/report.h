@@ -36,7 +36,8 @@ class Report {
   virtual void BeginCapture(const std::string& name, std::size_t connections,
                             std::size_t with_dicom) = 0;
   virtual void BeginConnection(const ReportedConnection& connection) = 0;
-  virtual void BeginView(View view, const std::vector<ReportedRow>& rows) = 0;
+  virtual void BeginView(ListKind view,
+                         const std::vector<ReportedRow>& rows) = 0;
   virtual void Row(const ReportedRow& row, const std::vector<TreeLine>* tree,
                    const std::string* hex, const std::string& stopped) = 0;
 };

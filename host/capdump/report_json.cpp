@@ -98,7 +98,7 @@ class JsonReport final : public Report {
     sink_(std::move(object).Close() + "\n");
   }
 
-  void BeginView(View view, const std::vector<ReportedRow>&) override {
+  void BeginView(ListKind view, const std::vector<ReportedRow>&) override {
     view_ = view;
   }
 
@@ -118,7 +118,7 @@ class JsonReport final : public Report {
 
  private:
   const char* Kind(const ReportedRow& row) const {
-    if (view_ == View::kPdus) return row.position ? "pdu" : "unlisted_pdu";
+    if (view_ == ListKind::kPdus) return row.position ? "pdu" : "unlisted_pdu";
     return row.position ? "message" : "unlisted_message";
   }
 
@@ -153,7 +153,7 @@ class JsonReport final : public Report {
 
   Sink sink_;
   const ReportedConnection* reported_ = nullptr;
-  View view_ = View::kPdus;
+  ListKind view_ = ListKind::kPdus;
 };
 
 }  // namespace

@@ -124,9 +124,9 @@ class TextReport final : public Report {
     Flush();
   }
 
-  void BeginView(View view, const std::vector<ReportedRow>& rows) override {
+  void BeginView(ListKind view, const std::vector<ReportedRow>& rows) override {
     BlankLine();
-    const std::string name = view == View::kPdus ? "PDUs" : "Messages";
+    const std::string name = view == ListKind::kPdus ? "PDUs" : "Messages";
     if (rows.empty()) {
       Line(std::string(kRowMargin) + name + ": none");
     } else {

@@ -13,7 +13,9 @@ constexpr unsigned kMostLooksPerSlice = 256;
 
 constexpr std::uint32_t kNoImages[DICOM_IMAGE_TABLE_ENTRIES] = {};
 
-std::size_t IndexOf(View view) { return view == View::kMessages ? 1 : 0; }
+std::size_t IndexOf(ListKind view) {
+  return view == ListKind::kMessages ? 1 : 0;
+}
 
 }  // namespace
 
@@ -181,7 +183,7 @@ void CaptureDocument::ListSome(const TimeIsUp& time_is_up) {
 }
 
 void CaptureDocument::ReadCounts(Session& session) {
-  for (const View view : {View::kPdus, View::kMessages}) {
+  for (const ListKind view : {ListKind::kPdus, ListKind::kMessages}) {
     const std::size_t i = IndexOf(view);
     session.available[i] = session.list.Count(view);
     session.shown[i] = session.listed
@@ -190,12 +192,12 @@ void CaptureDocument::ReadCounts(Session& session) {
   }
 }
 
-std::uint32_t CaptureDocument::Count(View view) const {
+std::uint32_t CaptureDocument::Count(ListKind view) const {
   const Session* session = Current();
   return session == nullptr ? 0 : session->shown[IndexOf(view)];
 }
 
-std::uint32_t CaptureDocument::Available(View view) const {
+std::uint32_t CaptureDocument::Available(ListKind view) const {
   const Session* session = Current();
   if (session == nullptr || session->generation != module_->Generation()) {
     return 0;
@@ -208,12 +210,13 @@ bool CaptureDocument::IsListed() const {
   return session == nullptr || !NeedsListing(*session);
 }
 
-std::vector<ListedRow> CaptureDocument::Page(View view, std::uint32_t first) {
+std::vector<ListedRow> CaptureDocument::Page(ListKind view,
+                                             std::uint32_t first) {
   if (first >= Available(view)) return {};
   return Current()->list.Page(view, first);
 }
 
-WireIndex* CaptureDocument::Wire(View view) {
+WireIndex* CaptureDocument::Wire(ListKind view) {
   Session* session = Current();
   return session == nullptr ? nullptr : &session->wire[IndexOf(view)];
 }
@@ -246,23 +249,25 @@ CaptureDocument::Failures CaptureDocument::FailedMessages(
   return failures;
 }
 
-std::string CaptureDocument::Display(View view, std::uint32_t index, HWND tree,
-                                     HWND hex, const Switches& switches) {
+std::string CaptureDocument::Display(ListKind view, std::uint32_t index,
+                                     HWND tree, HWND hex,
+                                     const Switches& switches) {
   HostWindow& window = Current()->window;
   window.State().SetShowMessageData(switches.show_message_data);
   window.State().SetSectionExpandMask(switches.expand_mask);
   const auto failure =
       module_->Display(window.Handle(), tree, static_cast<std::int32_t>(index),
-                       kNoImages, hex, view == View::kMessages);
+                       kNoImages, hex, view == ListKind::kMessages);
   return RecoverFrom(failure ? failure->text : std::string());
 }
 
-std::string CaptureDocument::Save(View view, std::uint32_t index, HFILE file) {
+std::string CaptureDocument::Save(ListKind view, std::uint32_t index,
+                                  HFILE file) {
   return RecoverFrom(hidden_.Save(*module_, Current()->window, view,
                                   static_cast<std::int32_t>(index), file));
 }
 
-std::string CaptureDocument::Print(View view, std::uint32_t index,
+std::string CaptureDocument::Print(ListKind view, std::uint32_t index,
                                    const Paper& paper) {
   HostWindow& window = Current()->window;
   window.State().SetPrinter(paper.printer, paper.line_height,

@@ -60,11 +60,11 @@ class CaptureDocument {
 
   // Rows that are shown, and those that the module can deliver at the moment:
   // fewer while a module that had to be loaded again catches up.
-  std::uint32_t Count(View view) const;
-  std::uint32_t Available(View view) const;
+  std::uint32_t Count(ListKind view) const;
+  std::uint32_t Available(ListKind view) const;
   bool IsListed() const;  // the module has read all that there is by now
-  std::vector<ListedRow> Page(View view, std::uint32_t first);
-  WireIndex* Wire(View view);  // null without a chosen connection
+  std::vector<ListedRow> Page(ListKind view, std::uint32_t first);
+  WireIndex* Wire(ListKind view);  // null without a chosen connection
   std::vector<std::string> Notes() const;
   bool HasModuleFailed() const;  // while it listed the chosen connection
   // A connection's responses with a failure status, and the first one's
@@ -81,16 +81,16 @@ class CaptureDocument {
   };
   // Shows the row in both controls; answers why it stopped early, or nothing.
   // `index` is below Available().
-  std::string Display(View view, std::uint32_t index, HWND tree, HWND hex,
+  std::string Display(ListKind view, std::uint32_t index, HWND tree, HWND hex,
                       const Switches& switches);
-  std::string Save(View view, std::uint32_t index, HFILE file);
+  std::string Save(ListKind view, std::uint32_t index, HFILE file);
   struct Paper {
     HDC printer = nullptr;
     std::int32_t line_height = 0;
     std::int32_t lines_per_page = 0;
   };
   // Draws the row's lines from the top of the page on.
-  std::string Print(View view, std::uint32_t index, const Paper& paper);
+  std::string Print(ListKind view, std::uint32_t index, const Paper& paper);
   // Empties both controls by the module.
   void Clear(HWND tree, HWND hex);
 

@@ -20,7 +20,7 @@ RowModel::RowModel(CaptureDocument& document)
         return document_.Page(view_, first);
       }) {}
 
-void RowModel::SetView(View view) {
+void RowModel::SetView(ListKind view) {
   view_ = view;
   Reset();
 }
@@ -143,7 +143,8 @@ std::string RowModel::DetailText(const ListedRow& row,
 }
 
 std::uint32_t RowModel::PositionInOtherView(std::uint32_t position) {
-  const View other = view_ == View::kPdus ? View::kMessages : View::kPdus;
+  const ListKind other =
+      view_ == ListKind::kPdus ? ListKind::kMessages : ListKind::kPdus;
   const WireRecord* wire = Wire(position);
   WireIndex* index = document_.Wire(other);
   if (wire == nullptr || index == nullptr) return position;

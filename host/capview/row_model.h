@@ -30,8 +30,8 @@ class RowModel {
  public:
   explicit RowModel(CaptureDocument& document);
 
-  View view() const { return view_; }
-  void SetView(View view);
+  ListKind view() const { return view_; }
+  void SetView(ListKind view);
   // Rows may have come or changed; answers whether the number of shown ones
   // differs.
   bool Update();
@@ -71,7 +71,7 @@ class RowModel {
                                              bool backwards);
 
   CaptureDocument& document_;
-  View view_ = View::kPdus;
+  ListKind view_ = ListKind::kPdus;
   RowPages pages_;
   RowFilter filter_;
   std::string filter_text_;

@@ -137,8 +137,8 @@ DecodeView::DecodeView(HexWindow hex_window) : hex_window_(hex_window) {
 
 DecodeView::~DecodeView() { DestroyWindow(parent_); }
 
-DecodedRow DecodeView::Display(Module& module, HostWindow& window, View view,
-                               std::int32_t index) {
+DecodedRow DecodeView::Display(Module& module, HostWindow& window,
+                               ListKind view, std::int32_t index) {
   SetWindowTextA(hex_, "");  // in case that the module fails before its dump
   window.State().SetOutput(DisplayState::Output::kTree);
   DecodedRow row;
@@ -148,19 +148,19 @@ DecodedRow DecodeView::Display(Module& module, HostWindow& window, View view,
   return row;
 }
 
-std::string DecodeView::Save(Module& module, HostWindow& window, View view,
+std::string DecodeView::Save(Module& module, HostWindow& window, ListKind view,
                              std::int32_t index, HFILE file) {
   window.State().SetFile(file);
   return Divert(DisplayState::Output::kSave, module, window, view, index);
 }
 
-std::string DecodeView::Print(Module& module, HostWindow& window, View view,
+std::string DecodeView::Print(Module& module, HostWindow& window, ListKind view,
                               std::int32_t index) {
   return Divert(DisplayState::Output::kPrint, module, window, view, index);
 }
 
 std::string DecodeView::Divert(DisplayState::Output output, Module& module,
-                               HostWindow& window, View view,
+                               HostWindow& window, ListKind view,
                                std::int32_t index) {
   window.State().SetOutput(output);
   const std::string stopped = Show(module, window, view, index);
@@ -170,11 +170,11 @@ std::string DecodeView::Divert(DisplayState::Output output, Module& module,
 
 void DecodeView::Clear(Module& module) { module.ClearDisplay(tree_, hex_); }
 
-std::string DecodeView::Show(Module& module, HostWindow& window, View view,
+std::string DecodeView::Show(Module& module, HostWindow& window, ListKind view,
                              std::int32_t index) {
   const auto failure =
       module.Display(window.Handle(), tree_, index, kImages.data(), hex_,
-                     view == View::kMessages);
+                     view == ListKind::kMessages);
   return failure ? failure->text : std::string();
 }
 

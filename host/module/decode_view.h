@@ -41,22 +41,22 @@ class DecodeView {
   // stopped by a failure, the answer holds what was there until then, and the
   // module has to be reloaded before the next display.
   // `hex` of the answer is empty without an edit control.
-  DecodedRow Display(Module& module, HostWindow& window, View view,
+  DecodedRow Display(Module& module, HostWindow& window, ListKind view,
                      std::int32_t index);
   // Writes the row's lines to `file`, as the module saves them; answers why it
   // stopped early, or nothing.
-  std::string Save(Module& module, HostWindow& window, View view,
+  std::string Save(Module& module, HostWindow& window, ListKind view,
                    std::int32_t index, HFILE file);
   // Draws the row's lines on the printer that the window's display state names.
-  std::string Print(Module& module, HostWindow& window, View view,
+  std::string Print(Module& module, HostWindow& window, ListKind view,
                     std::int32_t index);
   // Empties both controls; needed while the module that filled them is loaded.
   void Clear(Module& module);
 
  private:
   std::string Divert(DisplayState::Output output, Module& module,
-                     HostWindow& window, View view, std::int32_t index);
-  std::string Show(Module& module, HostWindow& window, View view,
+                     HostWindow& window, ListKind view, std::int32_t index);
+  std::string Show(Module& module, HostWindow& window, ListKind view,
                    std::int32_t index);
 
   HexWindow hex_window_;

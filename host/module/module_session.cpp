@@ -9,14 +9,15 @@ ModuleSession::ModuleSession(Module& module, DecodeView& decodes,
       window_(*connection.feed),
       list_(module, window_, connection.live) {}
 
-DecodedRow ModuleSession::Display(View view, std::uint32_t index) {
+DecodedRow ModuleSession::Display(ListKind view, std::uint32_t index) {
   DecodedRow row = decodes_.Display(module_, window_, view,
                                     static_cast<std::int32_t>(index));
   RecoverFrom(row.stopped);
   return row;
 }
 
-std::string ModuleSession::Save(View view, std::uint32_t index, HFILE file) {
+std::string ModuleSession::Save(ListKind view, std::uint32_t index,
+                                HFILE file) {
   const std::string stopped = decodes_.Save(
       module_, window_, view, static_cast<std::int32_t>(index), file);
   RecoverFrom(stopped);

@@ -25,9 +25,9 @@ class ModuleSession {
   PacketList& List() { return list_; }
 
   // `index` counts from 0.
-  DecodedRow Display(View view, std::uint32_t index);
+  DecodedRow Display(ListKind view, std::uint32_t index);
   // Answers why the lines stopped early, or nothing.
-  std::string Save(View view, std::uint32_t index, HFILE file);
+  std::string Save(ListKind view, std::uint32_t index, HFILE file);
 
  private:
   void RecoverFrom(const std::string& failure);

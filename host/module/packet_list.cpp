@@ -33,7 +33,9 @@ ListedRow RowFrom(const PacketListRow& row) {
           FieldText(row.detail, sizeof row.detail)};
 }
 
-std::uint32_t ViewArgument(View view) { return view == View::kMessages; }
+std::uint32_t ViewArgument(ListKind view) {
+  return view == ListKind::kMessages;
+}
 
 }  // namespace
 
@@ -151,7 +153,7 @@ void PacketList::EndBeforeFailure(const Progress& progress) {
   if (end > 0) ReadOn(progress);
 }
 
-std::uint32_t PacketList::Count(View view) {
+std::uint32_t PacketList::Count(ListKind view) {
   if (window_.PacketCount() == 0) return 0;
   Module::ListRequest request;
   request.message_view = ViewArgument(view);
@@ -160,7 +162,7 @@ std::uint32_t PacketList::Count(View view) {
   return request.last_available + 1;
 }
 
-std::vector<ListedRow> PacketList::Page(View view, std::uint32_t first) {
+std::vector<ListedRow> PacketList::Page(ListKind view, std::uint32_t first) {
   std::array<PacketListRow, DICOM_ROWS_PER_CALL> rows{};
   Module::ListRequest request;
   request.rows = rows.data();
@@ -184,7 +186,7 @@ std::vector<ListedRow> PacketList::Page(View view, std::uint32_t first) {
   return page;
 }
 
-std::vector<ListedRow> PacketList::AllRows(View view) {
+std::vector<ListedRow> PacketList::AllRows(ListKind view) {
   const std::uint32_t count = Count(view);
   std::vector<ListedRow> rows;
   rows.reserve(count);

@@ -43,11 +43,11 @@ class PacketList {
   void SetLive(bool live);
 
   // Rows of the view that the module lists.
-  std::uint32_t Count(View view);
+  std::uint32_t Count(ListKind view);
   // At most DICOM_ROWS_PER_CALL rows from position `first`, which counts from
   // 0; fewer at the end of the list.
-  std::vector<ListedRow> Page(View view, std::uint32_t first);
-  std::vector<ListedRow> AllRows(View view);
+  std::vector<ListedRow> Page(ListKind view, std::uint32_t first);
+  std::vector<ListedRow> AllRows(ListKind view);
 
   // What went wrong while reading, one sentence each.
   const std::vector<std::string>& Notes() const { return notes_; }

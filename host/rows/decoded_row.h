@@ -10,7 +10,15 @@
 
 namespace host {
 
-enum class View { kPdus, kMessages };
+// The two lists that the module keeps of a connection.
+enum class ListKind { kPdus, kMessages };
+using View = ListKind;  // until the window has been told
+
+// A row of one of the lists; `index` counts from 0.
+struct RowRef {
+  ListKind list = ListKind::kPdus;
+  std::uint32_t index = 0;
+};
 
 // One row of the module's packet list. Texts are bytes of code page 1252.
 struct ListedRow {
