@@ -304,7 +304,7 @@ std::vector<std::uint64_t> LoadedPacketsOf(const Bytes& file_bytes) {
   file.Append(file_bytes);
   Watched watched;
   try {
-    host::CaptureLoader loader(file.Path(), HandOver::kCleanStreams, false);
+    host::CaptureLoader loader(file.Path(), {});
     while (loader.state() != host::CaptureLoader::State::kDone) {
       loader.Read([] { return true; });
       Require(loader.percent() <= 100, "the progress is a percentage");

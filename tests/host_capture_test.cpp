@@ -6,6 +6,7 @@
 #include <random>
 
 #include "host/capture/capture_reader.h"
+#include "host/streams/capture_loader.h"
 #include "host/streams/stream_assembler.h"
 #include "tests/wire_builder.h"
 
@@ -174,6 +175,24 @@ TEST(CaptureReaderTest, SaysWhyACaptureCannotBeRead) {
   }
   file.Write(empty);
   EXPECT_THROW(CaptureReader(file.path(), "port port"), FilterError);
+}
+
+TEST(CaptureLoaderTest, TellsDamageAndFragmentsOfTheWholeCapture) {
+  const Bytes file_bytes = CaptureFile::Pcap(ShortWire().segments);
+  constexpr std::size_t kFlagsOfFirstFrame = 24 + 16 + 6;
+  CaptureFile file;
+  file.Write(file_bytes.Patched(kFlagsOfFirstFrame, {0x20, 0})
+                 .First(file_bytes.size() - 1));
+  CaptureLoader loader(file.path(), {});
+  EXPECT_EQ(loader.Read([] { return false; }), CaptureLoader::State::kDone);
+  EXPECT_EQ(loader.connections().at(0).captured_packets,
+            ShortWire().segments.size() - 2);
+  const std::vector<std::string> notes = loader.Notes();
+  ASSERT_EQ(notes.size(), 2u);
+  EXPECT_EQ(notes[0], loader.Damage());
+  EXPECT_EQ(notes[1],
+            "1 IP fragment was left out, and what TCP sent in it counts as "
+            "lost: capture where packets are not fragmented to see it.");
 }
 
 TEST(CapturedConnectionTest, PacketsStayAsTheyAreUnlessTooLong) {

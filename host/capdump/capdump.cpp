@@ -24,7 +24,7 @@
 #include "host/module/module_session.h"
 #include "host/module/save_file.h"
 #include "host/streams/ae_titles.h"
-#include "host/streams/tcp_connections.h"
+#include "host/streams/capture_loader.h"
 #include "host/text/failure.h"
 #include "host/text/text_encoding.h"
 #include "host/text/wide_text.h"
@@ -73,20 +73,13 @@ void PrintVersion(const Options& options) {
   WriteToStandardOutput("capdump 1.1\n" + ModuleVersionText(module));
 }
 
-std::vector<Connection> ReadConnections(const Options& options,
-                                        CaptureReader& reader) {
+std::vector<Connection> ReadConnections(CaptureLoader& loader) {
   ProgressLine progress;
-  TcpConnections connections(options.as_captured ? HandOver::kAsCaptured
-                                                 : HandOver::kCleanStreams);
-  TcpFrame frame;
-  const std::uint64_t size = std::max<std::uint64_t>(reader.file_bytes(), 1);
-  while (reader.Next(&frame)) {
-    connections.Add(frame);
-    progress.Show("reading the capture",
-                  static_cast<unsigned>(reader.bytes_read() * 100 / size));
-  }
-  connections.Finish();
-  return connections.Take();
+  loader.Read([&] {
+    progress.Show("reading the capture", loader.percent());
+    return false;
+  });
+  return loader.connections().Take();
 }
 
 // Shows the connections of one capture through the module.
@@ -223,11 +216,17 @@ class Dump {
 };
 
 int DumpCapture(const Options& options) {
-  CaptureReader reader(FileName(options.capture), options.filter);
-  const std::vector<Connection> connections = ReadConnections(options, reader);
+  CaptureLoader loader(
+      FileName(options.capture),
+      {.hand_over = options.as_captured ? HandOver::kAsCaptured
+                                        : HandOver::kCleanStreams,
+       .filter = options.filter});
+  const std::vector<Connection> connections = ReadConnections(loader);
   Dump(options).Run(connections);
-  if (reader.damage().empty()) return kSuccess;
-  return Complain(Failure(reader.damage()), kUnreadable);
+  for (const std::string& note : loader.Notes()) {
+    Complain(Failure(note), kSuccess);
+  }
+  return loader.Damage().empty() ? kSuccess : kUnreadable;
 }
 
 int Run(const std::vector<std::string>& arguments) {

@@ -4,18 +4,18 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
-#include <stdexcept>
 #include <string>
 
 #include "host/capture/block_scanner.h"
 #include "host/capture/frame_parser.h"
+#include "host/text/failure.h"
 
 namespace host {
 
-// Why a capture cannot be read, as one sentence for the user.
-class CaptureError : public std::runtime_error {
+// Why a capture cannot be read.
+class CaptureError : public Failure {
  public:
-  using std::runtime_error::runtime_error;
+  using Failure::Failure;
 };
 
 // The filter expression is wrong: the user's command, not the file.

@@ -51,7 +51,8 @@ void CaptureDocument::LoadModule() {
 
 void CaptureDocument::Open(const std::filesystem::path& path,
                            HandOver hand_over, bool follow) {
-  auto loader = std::make_unique<CaptureLoader>(path, hand_over, follow);
+  auto loader = std::make_unique<CaptureLoader>(
+      path, LoadOptions{.hand_over = hand_over, .follow = follow});
   LoadModule();
   sessions_.clear();
   titles_.clear();
@@ -223,9 +224,7 @@ WireIndex* CaptureDocument::Wire(ListKind view) {
 
 std::vector<std::string> CaptureDocument::Notes() const {
   std::vector<std::string> notes;
-  if (IsOpen() && !loader_->damage().empty()) {
-    notes.push_back(loader_->damage());
-  }
+  if (IsOpen()) notes = loader_->Notes();
   if (const Session* session = Current()) {
     const auto& wire = ConnectionAt(*chosen_).notes;
     const auto& list = session->list.Notes();

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/text/number_text.h"
+
 namespace host {
 namespace {
 
@@ -10,13 +12,13 @@ constexpr unsigned kFramesBetweenLooks = 32;  // at the clock
 }  // namespace
 
 CaptureLoader::CaptureLoader(const std::filesystem::path& path,
-                             HandOver hand_over, bool follow)
-    : reader_(path, "",
-              follow ? CaptureReader::Mode::kFollow
-                     : CaptureReader::Mode::kWholeFile),
-      hand_over_(hand_over),
-      connections_(hand_over),
-      follow_(follow) {}
+                             const LoadOptions& options)
+    : reader_(path, options.filter,
+              options.follow ? CaptureReader::Mode::kFollow
+                             : CaptureReader::Mode::kWholeFile),
+      hand_over_(options.hand_over),
+      connections_(options.hand_over),
+      follow_(options.follow) {}
 
 CaptureLoader::State CaptureLoader::Read(const TimeIsUp& time_is_up) {
   if (state_ == State::kDone) return state_;
@@ -46,6 +48,27 @@ unsigned CaptureLoader::percent() const {
   const std::uint64_t size = std::max<std::uint64_t>(reader_.file_bytes(), 1);
   return static_cast<unsigned>(
       std::min<std::uint64_t>(reader_.bytes_read() * 100 / size, 100));
+}
+
+std::string CaptureLoader::Damage() const {
+  const bool grows = state_ == State::kFollowing && reader_.EndsInsideFrame();
+  return grows ? std::string() : reader_.damage();
+}
+
+std::vector<std::string> CaptureLoader::Notes() const {
+  std::vector<std::string> notes;
+  if (std::string damage = Damage(); !damage.empty()) {
+    notes.push_back(std::move(damage));
+  }
+  if (const std::uint32_t fragments = reader_.fragments(); fragments != 0) {
+    notes.push_back(CountText(fragments, "IP fragment", "IP fragments") +
+                    (fragments == 1 ? " was" : " were") +
+                    " left out, and what TCP sent in " +
+                    (fragments == 1 ? "it" : "them") +
+                    " counts as lost: capture where packets are not "
+                    "fragmented to see it.");
+  }
+  return notes;
 }
 
 }  // namespace host

@@ -4,42 +4,53 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "host/capture/capture_reader.h"
 #include "host/streams/tcp_connections.h"
 
 namespace host {
 
-// Answers true when a slice of work has lasted long enough.
+// Answers true when a slice of work has lasted long enough. Asked often, so it
+// may show the progress as well.
 using TimeIsUp = std::function<bool()>;
 
-// Reads a capture file in slices, so that what was read so far can be shown
+struct LoadOptions {
+  HandOver hand_over = HandOver::kCleanStreams;
+  std::string filter = {};  // a BPF expression; empty for all frames
+  bool follow = false;      // the file may grow while it is read
+};
+
+// Reads a capture file into its connections: the one way in which both programs
+// do it. Can be done in slices, so that what was read so far is shown
 // meanwhile.
 class CaptureLoader {
  public:
   enum class State {
     kReading,    // more of the file can be read at once
     kFollowing,  // read to its present end; it may grow
-    kDone,
+    kDone,       // the connections are as they stay
   };
 
-  // Throws CaptureError.
-  CaptureLoader(const std::filesystem::path& path, HandOver hand_over,
-                bool follow);
+  // Throws CaptureError when the file cannot be read at all, FilterError for a
+  // bad filter.
+  CaptureLoader(const std::filesystem::path& path, const LoadOptions& options);
 
   // Reads on until the time is up or the file ends for now, and lets the
-  // connections show what has become settled.
+  // connections show what has become settled. Throws Failure when there is no
+  // room for what is read.
   State Read(const TimeIsUp& time_is_up);
   // The capture ends with what was read so far.
   void End();
 
   State state() const { return state_; }
-  unsigned percent() const;
-  // A file that is followed may end inside a frame for now.
-  std::string damage() const {
-    const bool grows = state_ == State::kFollowing && reader_.EndsInsideFrame();
-    return grows ? std::string() : reader_.damage();
-  }
+  unsigned percent() const;  // of the file as long as it was when opened
+  // One sentence when the file is damaged or breaks off, else empty. A file
+  // that is followed may end inside a frame for now.
+  std::string Damage() const;
+  // One sentence each about the whole capture: the damage, and what was in it
+  // and is in no connection.
+  std::vector<std::string> Notes() const;
   HandOver hand_over() const { return hand_over_; }
   TcpConnections& connections() { return connections_; }
 

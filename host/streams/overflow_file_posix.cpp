@@ -16,9 +16,9 @@ namespace {
 
 [[noreturn]] void Fail() {
   throw Failure(
-      std::string("the capture does not fit into memory, and the "
+      std::string("The capture does not fit into memory, and the "
                   "folder for temporary files cannot hold the rest (") +
-      std::strerror(errno) + "); make room there or open less of it");
+      std::strerror(errno) + "): make room there or open less of it.");
 }
 
 }  // namespace

@@ -11,10 +11,10 @@ namespace {
 
 [[noreturn]] void Fail() {
   throw Failure(
-      "the capture does not fit into memory, and the folder for temporary "
+      "The capture does not fit into memory, and the folder for temporary "
       "files cannot hold the rest (Windows error " +
       std::to_string(::GetLastError()) +
-      "); make room there or open less of it");
+      "): make room there or open less of it.");
 }
 
 HANDLE HandleOf(std::intptr_t file) { return reinterpret_cast<HANDLE>(file); }
