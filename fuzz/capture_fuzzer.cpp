@@ -65,12 +65,12 @@ struct Packet {
 Packet PacketOf(const Connection& connection, std::uint32_t number) {
   Packet packet;
   packet.bytes.resize(DICOM_PACKET_BYTES);
-  packet.direction = 77;
-  const std::uint32_t length = connection.feed->CopyPacket(
-      number, packet.bytes.data(), &packet.direction);
-  Require(length <= DICOM_PACKET_BYTES, "a packet fits in its room");
-  Require(packet.direction <= 1, "a packet has a direction");
-  packet.bytes.resize(length);
+  const host::CopiedPacket copied =
+      connection.feed->CopyPacket(number, host::PacketRoom(packet.bytes));
+  Require(copied.bytes <= DICOM_PACKET_BYTES, "a packet fits in its room");
+  Require(copied.direction <= 1, "a packet has a direction");
+  packet.direction = copied.direction;
+  packet.bytes.resize(copied.bytes);
   return packet;
 }
 

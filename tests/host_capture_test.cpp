@@ -207,10 +207,9 @@ TEST(CapturedConnectionTest, PacketsStayAsTheyAreUnlessTooLong) {
   ASSERT_EQ(feed.PacketCount(), 3u + 3 + 1);
   EXPECT_FALSE(connections[0].live);
   Bytes packet, joined;
-  std::uint32_t direction;
   std::uint32_t sequence = wire.segments[3].sequence;
   for (std::uint32_t i = 3; i < 6; ++i) {
-    packet = PacketOf(feed, i, &direction);
+    packet = PacketOf(feed, i).tcp_bytes;
     const TcpHeader header = TcpHeader::Parse(packet);
     EXPECT_EQ(header.sequence, sequence);
     EXPECT_EQ(header.flags, i == 5 ? kAck | kFin | kPush : +kAck);
@@ -218,8 +217,8 @@ TEST(CapturedConnectionTest, PacketsStayAsTheyAreUnlessTooLong) {
     sequence += packet.Length() - 20;
   }
   EXPECT_EQ(joined, wire.streams[0]);
-  EXPECT_EQ(PacketOf(feed, 6, &direction), wire.segments[4].Tcp());
-  EXPECT_EQ(direction, 1u);
+  EXPECT_EQ(PacketOf(feed, 6).tcp_bytes, wire.segments[4].Tcp());
+  EXPECT_EQ(PacketOf(feed, 6).direction, 1u);
 }
 
 TEST(CapturedConnectionTest, ASynOnAClosedPairBeginsAnotherConnection) {

@@ -73,10 +73,11 @@ class FeedReader {
 
   Packet Read(std::uint32_t number) const {
     Packet packet;
-    const Bytes bytes = PacketOf(feed_, number, &packet.direction);
-    packet.header = TcpHeader::Parse(bytes);
+    const CapturedPacket copied = PacketOf(feed_, number);
+    packet.direction = copied.direction;
+    packet.header = TcpHeader::Parse(copied.tcp_bytes);
     EXPECT_EQ(packet.header.length, 20u);
-    packet.payload = bytes.From(20);
+    packet.payload = copied.tcp_bytes.From(20);
     return packet;
   }
 
@@ -307,8 +308,7 @@ TEST(CleanStreamsTest, LostItemHeaderCostsNoOtherMessage) {
   EXPECT_EQ(AllNotes(connections[0]),
             "60 lost bytes were filled with zero in 1 PDU from "
             "192.0.2.1:41000.\n");
-  std::uint32_t direction;
-  EXPECT_EQ(PacketOf(*connections[0].feed, 7, &direction).Part(20, 6),
+  EXPECT_EQ(PacketOf(*connections[0].feed, 7).tcp_bytes.Part(20, 6),
             Big32(202) + Bytes({1, kLastData}));  // up to the PDU's end
 }
 

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "host/capdump/report.h"
 #include "host/rows/row_trace.h"
@@ -23,12 +22,11 @@ class OnePacketFeed final : public PacketFeed {
  public:
   explicit OnePacketFeed(std::string packet) : packet_(std::move(packet)) {}
   std::uint32_t PacketCount() const override { return 2; }
-  std::uint32_t CopyPacket(std::uint32_t number, std::uint8_t* bytes,
-                           std::uint32_t* direction) const override {
-    *direction = number;
+  CopiedPacket CopyPacket(std::uint32_t number,
+                          PacketRoom room) const override {
     const std::string packet = number == 1 ? packet_ : packet_.substr(0, 20);
-    std::memcpy(bytes, packet.data(), packet.size());
-    return static_cast<std::uint32_t>(packet.size());
+    std::copy(packet.begin(), packet.end(), room.begin());
+    return {static_cast<std::uint32_t>(packet.size()), number};
   }
 
  private:

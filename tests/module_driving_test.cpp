@@ -22,12 +22,11 @@ namespace {
 class NumberedFeed final : public PacketFeed {
  public:
   std::uint32_t PacketCount() const override { return 30; }
-  std::uint32_t CopyPacket(std::uint32_t number, std::uint8_t* bytes,
-                           std::uint32_t* direction) const override {
-    *direction = 0;
-    std::fill_n(bytes, 20, std::uint8_t{0x50});
-    bytes[20] = 1;
-    return 20 + number % 2;
+  CopiedPacket CopyPacket(std::uint32_t number,
+                          PacketRoom room) const override {
+    std::fill_n(room.begin(), 20, std::uint8_t{0x50});
+    room[20] = 1;
+    return {20 + number % 2, 0};
   }
 };
 

@@ -43,8 +43,10 @@ class SampleShapeTest : public CaptureShapeTest {
     for (std::uint32_t i = 0; i < feed.PacketCount(); ++i) {
       CapturedPacket& packet = host_.packets[i];
       packet.tcp_bytes.resize(DICOM_PACKET_BYTES);
-      packet.tcp_bytes.resize(
-          feed.CopyPacket(i, packet.tcp_bytes.data(), &packet.direction));
+      const host::CopiedPacket copied =
+          feed.CopyPacket(i, host::PacketRoom(packet.tcp_bytes));
+      packet.direction = copied.direction;
+      packet.tcp_bytes.resize(copied.bytes);
     }
     ReadAndShow();
   }

@@ -17,6 +17,7 @@ using dicom::testing::AssociateRequest;
 using dicom::testing::Big16;
 using dicom::testing::Big32;
 using dicom::testing::Bytes;
+using dicom::testing::CapturedPacket;
 using dicom::testing::kCommand;
 using dicom::testing::kData;
 using dicom::testing::kLastCommand;
@@ -168,10 +169,12 @@ inline std::vector<Connection> Connect(
 }
 
 // One packet of a feed.
-inline Bytes PacketOf(const PacketFeed& feed, std::uint32_t number,
-                      std::uint32_t* direction) {
-  Bytes packet(DICOM_PACKET_BYTES);
-  packet.resize(feed.CopyPacket(number, packet.data(), direction));
+inline CapturedPacket PacketOf(const PacketFeed& feed, std::uint32_t number) {
+  CapturedPacket packet{0, Bytes(DICOM_PACKET_BYTES)};
+  const CopiedPacket copied =
+      feed.CopyPacket(number, PacketRoom(packet.tcp_bytes));
+  packet.direction = copied.direction;
+  packet.tcp_bytes.resize(copied.bytes);
   return packet;
 }
 

@@ -88,8 +88,10 @@ bool HostWindow::Deliver(std::int64_t number, DicomPacketRecord& record) const {
   if (record.buffer_size < sizeof record) return false;
   record.index = static_cast<std::int32_t>(number);
   try {
-    record.tcp_bytes = feed_.CopyPacket(static_cast<std::uint32_t>(number),
-                                        record.bytes, &record.direction);
+    const CopiedPacket copied =
+        feed_.CopyPacket(static_cast<std::uint32_t>(number), record.bytes);
+    record.tcp_bytes = copied.bytes;
+    record.direction = copied.direction;
   } catch (const std::exception&) {
     return false;  // read back from a file; nothing may pass through the module
   }

@@ -39,13 +39,12 @@ std::optional<AeTitles> FindAeTitles(const PacketFeed& feed) {
   std::vector<std::uint8_t> room(DICOM_PACKET_BYTES);
   const std::uint32_t count = std::min(feed.PacketCount(), kPacketsLookedAt);
   for (std::uint32_t number = 0; number < count; ++number) {
-    std::uint32_t direction = 0;
-    const std::size_t size = feed.CopyPacket(number, room.data(), &direction);
+    const CopiedPacket copied = feed.CopyPacket(number, PacketRoom(room));
     const auto payload =
-        Payload({reinterpret_cast<const char*>(room.data()), size});
+        Payload({reinterpret_cast<const char*>(room.data()), copied.bytes});
     if (payload.size() >= kCallingTitle + kTitleBytes && payload[0] == 1 &&
         payload[1] == 0) {
-      return AeTitles{direction, Title(payload, kCallingTitle),
+      return AeTitles{copied.direction, Title(payload, kCallingTitle),
                       Title(payload, kCalledTitle)};
     }
   }

@@ -27,8 +27,7 @@ class CapturedFeed final : public PacketFeed {
   std::uint32_t PacketCount() const override {
     return static_cast<std::uint32_t>(pieces_.size());
   }
-  std::uint32_t CopyPacket(std::uint32_t number, std::uint8_t* bytes,
-                           std::uint32_t* direction) const override;
+  CopiedPacket CopyPacket(std::uint32_t number, PacketRoom room) const override;
 
  private:
   void AddPieces(const PacketPiece& whole, std::uint32_t header_bytes);
@@ -64,16 +63,14 @@ void CapturedFeed::AddPieces(const PacketPiece& whole,
   }
 }
 
-std::uint32_t CapturedFeed::CopyPacket(std::uint32_t number,
-                                       std::uint8_t* bytes,
-                                       std::uint32_t* direction) const {
+CopiedPacket CapturedFeed::CopyPacket(std::uint32_t number,
+                                      PacketRoom room) const {
   const PacketPiece& piece = pieces_[number];
-  *direction = piece.direction;
+  std::uint8_t* const tcp = room.data();
   if (!piece.is_piece) {
-    store_->Copy(piece.stored, piece.length, bytes);
-    return piece.length;
+    store_->Copy(piece.stored, piece.length, tcp);
+    return {piece.length, piece.direction};
   }
-  std::uint8_t* const tcp = bytes;
   store_->Copy(piece.stored, kTcpHeaderBytes, tcp);
   const TcpHeader header = TcpHeader::Parse({tcp, kTcpHeaderBytes});
   const std::uint32_t header_bytes = std::max(header.length, kTcpHeaderBytes);
@@ -88,7 +85,7 @@ std::uint32_t CapturedFeed::CopyPacket(std::uint32_t number,
   }
   if (piece.skipped != 0) tcp[13] &= static_cast<std::uint8_t>(~kSyn);
   if (!piece.is_last) tcp[13] &= static_cast<std::uint8_t>(~(kFin | kPush));
-  return piece.length;
+  return {piece.length, piece.direction};
 }
 
 CapturedConnection::CapturedConnection(std::shared_ptr<ByteStore> store) {

@@ -127,18 +127,18 @@ std::uint32_t CleanFeed::PacketCount() const {
          (closed_ ? kClosingPackets : 0);
 }
 
-std::uint32_t CleanFeed::CopyPacket(std::uint32_t number, std::uint8_t* bytes,
-                                    std::uint32_t* direction) const {
+CopiedPacket CleanFeed::CopyPacket(std::uint32_t number,
+                                   PacketRoom room) const {
   if (number < kHandshakePackets) {
-    return WriteHeader(HandshakeHeader(number), bytes, direction);
+    return WriteHeader(HandshakeHeader(number), room);
   }
   number -= kHandshakePackets;
   if (number < 2 * data_packets_) {
-    return CopyData(number / 2, number % 2 != 0, bytes, direction);
+    return CopyData(number / 2, number % 2 != 0, room);
   }
   number -= 2 * data_packets_;
   const std::uint32_t side = number == 0 ? syn_direction_ : 1 - syn_direction_;
-  return WriteHeader(InStep(side, sent_, kFin | kAck), bytes, direction);
+  return WriteHeader(InStep(side, sent_, kFin | kAck), room);
 }
 
 CleanFeed::Header CleanFeed::HandshakeHeader(std::uint32_t number) const {
@@ -163,9 +163,8 @@ CleanFeed::Header CleanFeed::InStep(std::uint32_t direction,
           flags};
 }
 
-std::uint32_t CleanFeed::CopyData(std::uint32_t exchange, bool acknowledgement,
-                                  std::uint8_t* bytes,
-                                  std::uint32_t* direction) const {
+CopiedPacket CleanFeed::CopyData(std::uint32_t exchange, bool acknowledgement,
+                                 PacketRoom room) const {
   const PacketRun& run = *std::prev(
       std::ranges::upper_bound(runs_, exchange, {}, &PacketRun::first));
   const std::uint64_t offset =
@@ -176,17 +175,17 @@ std::uint32_t CleanFeed::CopyData(std::uint32_t exchange, bool acknowledgement,
   sent[run.direction] += static_cast<std::uint32_t>(offset);
   if (acknowledgement) {
     sent[run.direction] += length;
-    return WriteHeader(InStep(1u - run.direction, sent, kAck), bytes,
-                       direction);
+    return WriteHeader(InStep(1u - run.direction, sent, kAck), room);
   }
-  WriteHeader(InStep(run.direction, sent, kPush | kAck), bytes, direction);
+  WriteHeader(InStep(run.direction, sent, kPush | kAck), room);
   streams_[run.direction].Copy(run.position + static_cast<Position>(offset),
-                               length, bytes + kTcpHeaderBytes);
-  return kTcpHeaderBytes + length;
+                               length, room.data() + kTcpHeaderBytes);
+  return {kTcpHeaderBytes + length, run.direction};
 }
 
-std::uint32_t CleanFeed::WriteHeader(const Header& header, std::uint8_t* bytes,
-                                     std::uint32_t* direction) const {
+CopiedPacket CleanFeed::WriteHeader(const Header& header,
+                                    PacketRoom room) const {
+  std::uint8_t* const bytes = room.data();
   std::fill_n(bytes, kTcpHeaderBytes, std::uint8_t{0});
   Put16(ports_[header.direction], bytes);
   Put16(ports_[1 - header.direction], bytes + 2);
@@ -195,8 +194,7 @@ std::uint32_t CleanFeed::WriteHeader(const Header& header, std::uint8_t* bytes,
   bytes[12] = kTcpHeaderBytes / 4 << 4;
   bytes[13] = header.flags;
   Put16(0xFFFF, bytes + 14);  // window
-  *direction = header.direction;
-  return kTcpHeaderBytes;
+  return {kTcpHeaderBytes, header.direction};
 }
 
 }  // namespace host

@@ -57,8 +57,7 @@ class CleanFeed final : public PacketFeed {
   const std::vector<PacketRun>& runs() const { return runs_; }
 
   std::uint32_t PacketCount() const override;
-  std::uint32_t CopyPacket(std::uint32_t number, std::uint8_t* bytes,
-                           std::uint32_t* direction) const override;
+  CopiedPacket CopyPacket(std::uint32_t number, PacketRoom room) const override;
 
  private:
   struct Header {
@@ -77,10 +76,9 @@ class CleanFeed final : public PacketFeed {
   Header InStep(std::uint32_t direction,
                 const std::array<std::uint32_t, 2>& sent,
                 std::uint8_t flags) const;
-  std::uint32_t CopyData(std::uint32_t exchange, bool acknowledgement,
-                         std::uint8_t* bytes, std::uint32_t* direction) const;
-  std::uint32_t WriteHeader(const Header& header, std::uint8_t* bytes,
-                            std::uint32_t* direction) const;
+  CopiedPacket CopyData(std::uint32_t exchange, bool acknowledgement,
+                        PacketRoom room) const;
+  CopiedPacket WriteHeader(const Header& header, PacketRoom room) const;
 
   std::array<StreamAssembler, 2> streams_;
   std::vector<PacketRun> runs_;

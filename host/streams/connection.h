@@ -4,12 +4,22 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "host/text/time_text.h"
+#include "interface/host_interface.h"
 
 namespace host {
+
+// Room for the largest packet that the module takes.
+using PacketRoom = std::span<std::uint8_t, DICOM_PACKET_BYTES>;
+
+struct CopiedPacket {
+  std::uint32_t bytes = 0;      // of the room that it takes
+  std::uint32_t direction = 0;  // 0 or 1
+};
 
 // The packets that one connection shows to the module, numbered from 0. Cheap
 // to ask in any order; what was once reported never changes.
@@ -17,12 +27,10 @@ class PacketFeed {
  public:
   virtual ~PacketFeed() = default;
   virtual std::uint32_t PacketCount() const = 0;
-  // Copies packet `number`, from its TCP header on, to `bytes` (room for
-  // DICOM_PACKET_BYTES) and answers its length in bytes; `direction` receives 0
-  // or
-  // 1. `number` is less than PacketCount().
-  virtual std::uint32_t CopyPacket(std::uint32_t number, std::uint8_t* bytes,
-                                   std::uint32_t* direction) const = 0;
+  // Copies a packet, from its TCP header on. `number` is less than
+  // PacketCount(). Throws Failure when its bytes cannot be read back.
+  virtual CopiedPacket CopyPacket(std::uint32_t number,
+                                  PacketRoom room) const = 0;
 };
 
 // Where a PDU or message of the wire was in the capture. Frames are numbered
