@@ -59,13 +59,13 @@ expect() {
   [[ $code == "$1" ]] || fail "capdump ${*:3}: exit code $code, not $1"
   grep -Fq -- "$2" "$work/err" || fail "capdump ${*:3}: standard error has no \"$2\""
 }
-expect 2 "name a capture file to read"
-expect 2 'there is no option "--trees"' --trees echo.pcap
+expect 2 "Name a capture file to read"
+expect 2 'There is no option "--trees"' --trees echo.pcap
 expect 2 'The filter "prot 1" is not understood' --filter "prot 1" echo.pcap
-expect 2 "there is no connection 2 in this capture, which holds 1" --connection 2 echo.pcap
-expect 2 "no list has a row 99" --row 99 echo.pcap
+expect 2 "There is no connection 2 in this capture, which holds 1" --connection 2 echo.pcap
+expect 2 "No list has a row 99" --row 99 echo.pcap
 expect 1 "no_such.pcap" no_such.pcap
-expect 1 "there is no module at" --module "$work/no.dll" echo.pcap
+expect 1 "There is no module at" --module "$work/no.dll" echo.pcap
 cp "$(dirname "$program")/DicomDecode.dll" "$work"
 expect 1 "needs its dictionary Data.dic" --module "$work/DicomDecode.dll" echo.pcap
 head -c 1500 echo.pcap >"$work/cut ü.pcap"

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "host/capdump/report.h"
-#include "host/rows/row_trace.h"
+#include "host/rows/reported_row.h"
 #include "host/text/text_encoding.h"
 
 namespace host {
@@ -60,39 +60,22 @@ TEST(ReportTimeTest, TimesAreUtcWithTheAskedDigits) {
   EXPECT_EQ(Seconds(-1'500'000, 6), "-0.001500");
 }
 
-// Positions and frames of the traced rows, "-" for a row without a record.
-std::string Traced(const std::vector<ListedRow>& rows,
-                   const std::vector<WireRecord>& wire) {
-  std::string text;
-  for (const ReportedRow& row : TraceRows(rows, wire)) {
-    text += std::to_string(row.position) + ":" +
-            (row.wire ? std::to_string(row.wire->first_frame) : "-") + " ";
-  }
-  return text;
+std::vector<ReportedRow> Reported(const std::vector<ListedRow>& rows,
+                                  const std::vector<WireRecord>& wire) {
+  RowTrace trace(wire);
+  trace.Append(rows);
+  return ReportRows(rows, trace, wire);
 }
 
-TEST(RowTraceTest, RowsFindTheirRecordsAgain) {
-  const ListedRow a{1, 0, 100, "", ""}, b{2, 1, 50, "", ""},
-      c{3, 0, 70, "", ""};
-  const std::vector<WireRecord> wire = {
-      Wire(0, 100, 4, 4, 0), Wire(1, 50, 5, 5, 0), Wire(0, 70, 6, 6, 0)};
-  EXPECT_EQ(Traced({a, b, c}, wire), "1:4 2:5 3:6 ");
-  EXPECT_EQ(Traced({a, c}, wire), "1:4 2:6 ") << "a record without a row";
-  EXPECT_EQ(Traced({a, a, b, c}, wire), "1:4 2:- 3:5 4:6 ") << "listed twice";
-  const ListedRow shorter{2, 1, 49, "", ""};
-  EXPECT_EQ(Traced({a, shorter, c}, wire), "1:4 2:5 3:6 ") << "other length";
-  EXPECT_EQ(Traced({a, b}, {}), "1:- 2:- ") << "handed over as captured";
-}
-
-TEST(RowTraceTest, RecordsThatAreNotListedKeepTheirPlace) {
+TEST(ReportedRowTest, RecordsThatAreNotListedKeepTheirPlace) {
   std::vector<WireRecord> wire = {Wire(0, 100, 4, 4, 0), Wire(0, 8, 5, 5, 10),
                                   Wire(0, 100, 6, 6, 30)};
   wire[1].listed = false;
-  const auto rows = TraceRows({{1, 0, 100, "", ""}, {2, 0, 100, "", ""}}, wire);
+  const auto rows = Reported({{1, 0, 100, "", ""}, {2, 0, 100, "", ""}}, wire);
   ASSERT_EQ(rows.size(), 3U);
-  EXPECT_EQ(rows[1].position, 0U);
+  EXPECT_EQ(rows[1].index, std::nullopt);
   EXPECT_EQ(rows[1].listed.length, 8U);
-  EXPECT_EQ(rows[2].position, 2U);
+  EXPECT_EQ(rows[2].index, 1U);
   EXPECT_FALSE(rows[0].since_previous);
   EXPECT_EQ(rows[2].since_previous, Nanoseconds{20'000});
 }
@@ -126,23 +109,23 @@ class ReportTest : public testing::Test {
     connection_.last_time = kNoon + 1'500'000'000;
     connection_.pdus = {Wire(0, 205, 4, 4, 250, "7 bytes were lost"),
                         Wire(1, 16390, 5, 12, 1250)};
-    reported_.number = 3;
+    reported_.index = 2;
     reported_.connection = &connection_;
     reported_.ae_titles = AeTitles{0, "CT 1", "ARCHIVE"};
     reported_.pdus = 2;
     reported_.notes = {"it breaks off"};
-    rows_ = TraceRows({{1, 0, 205, "A-ASSOCIATE-RQ PDU", ""},
-                       {2, 1, 16390, "P-DATA-TF PDU", ""}},
-                      connection_.pdus);
+    rows_ = Reported({{1, 0, 205, "A-ASSOCIATE-RQ PDU", ""},
+                      {2, 1, 16390, "P-DATA-TF PDU", ""}},
+                     connection_.pdus);
   }
 
   std::string Write(Report& report) {
     report.BeginCapture("a.pcap", 7, 1);
     report.BeginConnection(reported_);
-    report.BeginView(ListKind::kPdus, rows_);
-    report.Row(rows_[0], nullptr, nullptr, "");
-    report.Row(rows_[1], &tree_, &hex_, "Out of Range");
-    report.BeginView(ListKind::kMessages, {});
+    report.BeginList(ListKind::kPdus, rows_);
+    report.Row(rows_[0], {});
+    report.Row(rows_[1], decode_);
+    report.BeginList(ListKind::kMessages, {});
     return std::move(text_);
   }
 
@@ -153,11 +136,12 @@ class ReportTest : public testing::Test {
   Connection connection_;
   ReportedConnection reported_;
   std::vector<ReportedRow> rows_;
-  std::vector<TreeLine> tree_ = {{0, "P-DATA-TF", ByteRange{1, 0, 16390}},
-                                 {1, "Item", ByteRange{1, 6, 4}},
-                                 {2, "M\xFCller\n", ByteRange{1, 10, 6}},
-                                 {0, "Message Data", {}}};
-  std::string hex_ = "0000  04 FC  .\xFC\r\n0010  00     .\r\n";
+  DecodedRow decode_ = {.tree = {{{0, "P-DATA-TF", ByteRange{1, 0, 16390}},
+                                  {1, "Item", ByteRange{1, 6, 4}},
+                                  {2, "M\xFCller\n", ByteRange{1, 10, 6}},
+                                  {0, "Message Data", {}}}},
+                        .hex = "0000  04 FC  .\xFC\r\n0010  00     .\r\n",
+                        .stopped = "Out of Range"};
   std::string text_;
 };
 
@@ -220,11 +204,11 @@ TEST_F(ReportTest, JsonHasOneObjectALineAndNestedTrees) {
 
 TEST_F(ReportTest, ColumnsWithoutContentAreLeftOut) {
   connection_.pdus.clear();
-  rows_ = TraceRows({{7, 0, 4, "A", "Message Id: 1"}}, {});
+  rows_ = Reported({{7, 0, 4, "A", "Message Id: 1"}}, {});
   text_.clear();
   const auto report = MakeTextReport(IntoText());
-  report->BeginView(ListKind::kMessages, rows_);
-  report->Row(rows_[0], nullptr, nullptr, "");
+  report->BeginList(ListKind::kMessages, rows_);
+  report->Row(rows_[0], {});
   EXPECT_EQ(text_,
             "\n  Messages\n"
             "  row  number  dir  length  summary  detail\n"

@@ -6,8 +6,8 @@
 #include "host/rows/row_filter.h"
 #include "host/rows/row_pages.h"
 #include "host/rows/row_text.h"
+#include "host/rows/row_trace.h"
 #include "host/rows/tree_search.h"
-#include "host/rows/wire_index.h"
 #include "host/streams/dimse_status.h"
 
 namespace host {
@@ -166,20 +166,98 @@ TEST(DimseStatusTest, IsFoundBehindOtherElements) {
   }
 }
 
-TEST(WireIndexTest, FollowsRowsThatAreShifted) {
-  std::vector<WireRecord> wire(4);
-  for (std::uint32_t i = 0; i < 4; ++i) {
-    wire[i].length = 10 * i;
-    wire[i].first_frame = wire[i].last_frame = i + 1;
+// Rows and records of a list in letters: each letter is a length, a capital
+// goes the other way, and a record in brackets is one that is not to be listed.
+// Frames are counted from 1.
+class RowTraceTest : public testing::Test {
+ protected:
+  void Capture(const std::string& wire) {
+    bool listed = true;
+    for (const char letter : wire) {
+      if (letter == '(' || letter == ')') {
+        listed = letter == ')';
+        continue;
+      }
+      WireRecord record;
+      const ListedRow row = LetterRow(letter);
+      record.direction = row.direction;
+      record.length = row.length;
+      record.listed = listed;
+      record.first_frame = record.last_frame =
+          static_cast<std::uint32_t>(wire_.size() + 1);
+      wire_.push_back(record);
+    }
   }
-  wire[1].listed = false;
-  WireIndex index(wire);
-  EXPECT_EQ(index.Find(0, Row("", "", 0, 0)), &wire[0]);
-  EXPECT_EQ(index.Find(1, Row("", "", 0, 20)), &wire[2]);
-  EXPECT_EQ(index.Find(1, Row("", "", 0, 30)), &wire[3]);  // one was left out
-  EXPECT_EQ(index.Find(2, Row("", "", 0, 99)), &wire[3]);  // another length
-  EXPECT_EQ(index.Find(2, Row("", "", 1, 99)), nullptr);
-  EXPECT_EQ(index.PositionOfFrame(3, 0), 1u);
+
+  // The frames of the rows, "-" where none is known.
+  std::string Frames(const std::string& rows) {
+    std::vector<ListedRow> listed;
+    for (const char letter : rows) listed.push_back(LetterRow(letter));
+    trace_.Append(listed);
+    std::string text;
+    for (std::uint32_t i = 0; i < trace_.RowCount(); ++i) {
+      const WireRecord* record = trace_.RecordOf(i);
+      text += (text.empty() ? "" : " ") +
+              (record ? std::to_string(record->first_frame) : "-");
+    }
+    return text;
+  }
+
+  static ListedRow LetterRow(char letter) {
+    const bool back = letter < 'a';
+    return Row("", "", back, static_cast<std::uint32_t>(letter | 0x20));
+  }
+
+  std::vector<WireRecord> wire_;
+  RowTrace trace_{wire_};
+};
+
+TEST_F(RowTraceTest, RowsShowWhereTheyCameFrom) {
+  struct Case {
+    const char *wire, *rows, *frames, *why;
+  };
+  for (const Case& c :
+       {Case{"aBc", "aBc", "1 2 3", "as expected"},
+        {"a(b)c", "ac", "1 3", "one is not to be listed"},
+        {"aBc", "ac", "1 3", "one has no row"},
+        {"aBc", "axc", "1 - 3", "no such thing went this way"},
+        {"aBc", "aXc", "1 2 3", "another length"},
+        {"abcd", "axcd", "1 2 3 4", "another length among its like"},
+        {"abcdef", "ax", "1 2", "another length where the list ends early"},
+        {"abcde", "aecd", "1 2 3 4", "another length, that of a later one"},
+        {"abcd", "aabcd", "1 1 2 3 4", "listed twice"},
+        {"ab", "abb", "1 2 2", "listed twice at the end"},
+        {"abcd", "axbcd", "1 - 2 3 4", "not from the wire"},
+        // One of the equal ones has no row, and which one cannot be known;
+        // behind them all is known again.
+        {"abbbCbbbD", "abbCbbbD", "1 2 3 5 6 7 8 9", "equal ones"},
+        {"", "ab", "- -", "handed over as captured"}}) {
+    SCOPED_TRACE(c.why);
+    wire_.clear();
+    trace_ = RowTrace(wire_);
+    Capture(c.wire);
+    EXPECT_EQ(Frames(c.rows), c.frames);
+  }
+}
+
+TEST_F(RowTraceTest, PortionsMakeNoDifference) {
+  Capture("ab");
+  EXPECT_EQ(Frames("a"), "1");
+  EXPECT_EQ(Frames("x"), "1 2") << "another length, by all that is known";
+  Capture("cdefghij");
+  EXPECT_EQ(Frames("b"), "1 - 2") << "now it is one too many";
+  EXPECT_EQ(Frames("cdefg"), "1 - 2 3 4 5 6 7");
+}
+
+TEST_F(RowTraceTest, FramesLeadToRows) {
+  Capture("ab(c)dEf");
+  EXPECT_EQ(trace_.RowAtFrame(4, 0), 2u) << "to be expected";
+  Frames("abdE");
+  EXPECT_EQ(trace_.RowAtFrame(2, 0), 1u);
+  EXPECT_EQ(trace_.RowAtFrame(3, 0), 2u) << "the next one";
+  EXPECT_EQ(trace_.RowAtFrame(3, 1), 3u) << "of the same direction";
+  EXPECT_EQ(trace_.RowAtFrame(6, 0), 4u) << "not listed yet";
+  EXPECT_EQ(trace_.RowOfRecord(4), 3u);
 }
 
 }  // namespace

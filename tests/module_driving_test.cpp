@@ -47,31 +47,29 @@ class ModuleDrivingTest : public testing::Test {
     session_.reset();
     module_.reset();  // only one at a time sees the message boxes
     module_ = std::make_unique<Module>(FaultyModule());
-    decodes_ = std::make_unique<DecodeView>(DecodeView::HexWindow::kEdit);
+    controls_ =
+        std::make_unique<DecodeControls>(DecodeControls::HexWindow::kEdit);
     connection_.feed = std::make_unique<NumberedFeed>();
     connection_.live = live;
     session_ =
-        std::make_unique<ModuleSession>(*module_, *decodes_, connection_);
-    session_->List().Read();
+        std::make_unique<ModuleSession>(*module_, *controls_, connection_);
+    session_->ReadLists(false);
   }
   ~ModuleDrivingTest() override {
     session_.reset();  // before what it stands on
     SetEnvironmentVariableA("FAULT", nullptr);
   }
 
-  std::size_t Rows() {
-    return session_->List().AllRows(ListKind::kPdus).size();
-  }
+  std::size_t Rows() { return session_->AllRows(ListKind::kPdus).size(); }
   std::string Notes() {
     std::string text;
-    for (const std::string& note : session_->List().Notes())
-      text += note + "\n";
+    for (const std::string& note : session_->Notes()) text += note + "\n";
     return text;
   }
 
   Connection connection_;
   std::unique_ptr<Module> module_;
-  std::unique_ptr<DecodeView> decodes_;
+  std::unique_ptr<DecodeControls> controls_;
   std::unique_ptr<ModuleSession> session_;
 };
 
@@ -134,7 +132,7 @@ TEST(ModuleTest, WhatCannotBeLoadedIsExplained) {
   ASSERT_TRUE(
       CopyFileW(L"C:\\windows\\system32\\version.dll", copy.c_str(), 0));
   const std::pair<std::wstring, const char*> cases[] = {
-      {L"no_such.dll", "there is no module at"},
+      {L"no_such.dll", "There is no module at"},
       {ProgramFolder() + L"\\CTestTestfile.cmake",
        "is not a 32-bit Windows DLL"},
       {copy, "has no function GetDicomDllVersion"}};
@@ -154,15 +152,16 @@ TEST_F(ModuleDrivingTest, AListIsReadToItsEndInBothWays) {
 }
 
 TEST_F(ModuleDrivingTest, ABadPlaceIsPassedAndAnotherEndsTheList) {
-  const std::string box = "the module showed a message box: \"Out of Range\"\n";
+  const std::string box =
+      "The module showed a message box: \"Out of Range\".\n";
   Begin("fail@7", false);
   EXPECT_EQ(Rows(), 14U);
   EXPECT_EQ(Notes(), box);
   Begin("fail@7 fail@9", false);
   EXPECT_EQ(Rows(), 3U);
   EXPECT_EQ(Notes(), box +
-                         "the module cannot go on at packet 8 of 30 (Out of "
-                         "Range); the list ends before it\n");
+                         "The module cannot go on at packet 8 of 30 (Out of "
+                         "Range): the lists end before it.\n");
 }
 
 TEST_F(ModuleDrivingTest, AModuleThatStandsStillOrCrashesEndsTheList) {
@@ -175,28 +174,28 @@ TEST_F(ModuleDrivingTest, AModuleThatStandsStillOrCrashesEndsTheList) {
 
 TEST_F(ModuleDrivingTest, TheTreeIsReadBackWhole) {
   Begin("", false);
-  const DecodedRow row = session_->Display(ListKind::kPdus, 0);
+  const DecodedRow row = session_->Decode({ListKind::kPdus, 0});
   std::string depths;
-  for (const TreeLine& line : row.tree) depths += std::to_string(line.depth);
+  for (const TreeLine& line : *row.tree) depths += std::to_string(line.depth);
   ASSERT_EQ(depths, "01210");
-  EXPECT_EQ(row.tree[0].text, "Row \xE9\x80");
-  EXPECT_EQ(row.tree[1].text.size(), 200'000U);
-  EXPECT_EQ(row.tree[2].text, "deepest");
-  ASSERT_TRUE(row.tree[2].bytes);
-  EXPECT_EQ(row.tree[2].bytes->offset, 8U);
+  EXPECT_EQ((*row.tree)[0].text, "Row \xE9\x80");
+  EXPECT_EQ((*row.tree)[1].text.size(), 200'000U);
+  EXPECT_EQ((*row.tree)[2].text, "deepest");
+  ASSERT_TRUE((*row.tree)[2].bytes);
+  EXPECT_EQ((*row.tree)[2].bytes->offset, 8U);
   EXPECT_EQ(row.hex, "0000  E9  \xE9\r\n");
-  EXPECT_EQ(row.stopped, "");
+  EXPECT_EQ(row.stopped, std::nullopt);
 }
 
 TEST_F(ModuleDrivingTest, AFailedDisplayKeepsItsLinesAndTheNextRowWorks) {
   Begin("raise@1 crash@2", true);
-  const DecodedRow raised = session_->Display(ListKind::kPdus, 1);
-  EXPECT_EQ(raised.tree.size(), 2U);
+  const DecodedRow raised = session_->Decode({ListKind::kPdus, 1});
+  EXPECT_EQ(raised.tree->size(), 2U);
   EXPECT_EQ(raised.stopped, "Out of Memory");
-  const DecodedRow crashed = session_->Display(ListKind::kMessages, 2);
-  EXPECT_EQ(crashed.tree.size(), 2U);
-  EXPECT_EQ(crashed.stopped.substr(0, 16), "access violation");
-  EXPECT_EQ(session_->Display(ListKind::kPdus, 3).tree.size(), 5U);
+  const DecodedRow crashed = session_->Decode({ListKind::kMessages, 2});
+  EXPECT_EQ(crashed.tree->size(), 2U);
+  EXPECT_EQ(crashed.stopped->substr(0, 16), "access violation");
+  EXPECT_EQ(session_->Decode({ListKind::kPdus, 3}).tree->size(), 5U);
   EXPECT_EQ(Rows(), 15U);
 }
 

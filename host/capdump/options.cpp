@@ -8,7 +8,7 @@
 namespace host {
 namespace {
 
-constexpr std::string_view kSeeHelp = "; capdump --help lists the options";
+constexpr std::string_view kSeeHelp = ": capdump --help lists the options.";
 
 // --pdus and --messages; neither or both show both.
 struct ViewChoice {
@@ -55,15 +55,16 @@ std::string Quoted(std::string_view text) {
   return "\"" + std::string(text) + "\"";
 }
 
-std::uint32_t ParseNumber(std::string_view option, std::string_view text) {
+// The number of a row or a connection, which people count from 1.
+std::uint32_t ParseIndex(std::string_view option, std::string_view text) {
   std::uint32_t number = 0;
   const char* end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
   if (error != std::errc() || stop != end || number == 0) {
-    throw UsageError(std::string(option) + " wants a number from 1 on, not " +
-                     Quoted(text));
+    throw UsageError("The option " + std::string(option) + " wants a number from 1 on, not " +
+                     Quoted(text) + ".");
   }
-  return number;
+  return number - 1;
 }
 
 // The arguments one after the other; "--option=value" is two of them.
@@ -91,15 +92,15 @@ class Arguments {
   std::string TakeValue(std::string_view name, std::string_view wanted) {
     value_is_attached_ = false;
     if (AtEnd() || rest_.back().empty()) {
-      throw UsageError(std::string(name) + " wants " + std::string(wanted) +
-                       " behind it");
+      throw UsageError("The option " + std::string(name) + " wants " + std::string(wanted) +
+                       " behind it.");
     }
     return Take();
   }
 
   void RequireNoAttachedValue(std::string_view name) const {
     if (!value_is_attached_) return;
-    throw UsageError(std::string(name) + " takes no value" +
+    throw UsageError("The option " + std::string(name) + " takes no value" +
                      std::string(kSeeHelp));
   }
 
@@ -132,14 +133,14 @@ bool TakeValueOption(std::string_view name, Arguments& arguments,
   const auto* number = std::ranges::find(kNumbers, name, &NumberOption::name);
   if (number == std::end(kNumbers)) return false;
   options.*number->member =
-      ParseNumber(name, arguments.TakeValue(name, "a number"));
+      ParseIndex(name, arguments.TakeValue(name, "a number"));
   return true;
 }
 
 void TakeCapture(std::string name, Options& options) {
   if (!options.capture.empty()) {
-    throw UsageError("only one capture at a time can be opened, not " +
-                     Quoted(options.capture) + " and " + Quoted(name));
+    throw UsageError("Only one capture at a time can be opened, not " +
+                     Quoted(options.capture) + " and " + Quoted(name) + ".");
   }
   options.capture = std::move(name);
 }
@@ -151,14 +152,14 @@ void TakeOption(Arguments& arguments, Options& options, ViewChoice& choice) {
   } else if (TakeFlag(name, options, choice)) {
     arguments.RequireNoAttachedValue(name);
   } else if (!TakeValueOption(name, arguments, options)) {
-    throw UsageError("there is no option " + Quoted(name) +
+    throw UsageError("There is no option " + Quoted(name) +
                      std::string(kSeeHelp));
   }
 }
 
 void RequireCapture(const Options& options) {
   if (!options.capture.empty() || options.help || options.version) return;
-  throw UsageError("name a capture file to read" + std::string(kSeeHelp));
+  throw UsageError("Name a capture file to read" + std::string(kSeeHelp));
 }
 
 }  // namespace
@@ -179,7 +180,7 @@ Options ParseOptions(const std::vector<std::string>& argument_list) {
     }
   }
   if (choice.pdus != choice.messages) {
-    options.views = {choice.pdus ? ListKind::kPdus : ListKind::kMessages};
+    options.lists = {choice.pdus ? ListKind::kPdus : ListKind::kMessages};
   }
   RequireCapture(options);
   return options;

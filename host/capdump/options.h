@@ -23,9 +23,9 @@ struct Options {
   std::string filter;     // empty: every packet
   std::string module;     // empty: DicomDecode.dll beside the program
   std::string save_file;  // empty: nothing is saved
-  std::optional<std::uint32_t> connection;  // counted from 1
-  std::optional<std::uint32_t> row;         // counted from 1
-  std::vector<ListKind> views = {ListKind::kPdus, ListKind::kMessages};
+  std::optional<std::uint32_t> connection;  // from 0
+  std::optional<std::uint32_t> row;         // from 0
+  std::vector<ListKind> lists = {ListKind::kPdus, ListKind::kMessages};
   bool tree = false;
   bool hex = false;
   bool no_message_data = false;

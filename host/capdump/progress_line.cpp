@@ -1,43 +1,33 @@
 #include "host/capdump/progress_line.h"
 
-#include <windows.h>
-#include <io.h>
-
-#include <cstdio>
-#include <string>
+#include "host/capdump/console.h"
 
 namespace host {
 namespace {
 
-constexpr unsigned long kQuietMilliseconds = 1000;
-constexpr unsigned long kBetweenMilliseconds = 200;
+constexpr std::chrono::milliseconds kQuiet{1000};
+constexpr std::chrono::milliseconds kBetween{200};
 constexpr std::size_t kColumns = 78;
 constexpr std::size_t kPercentColumns = 8;
-
-// At once: the runtime would write it to a console character by character.
-void Write(const std::string& text) {
-  _write(_fileno(stderr), text.data(), static_cast<unsigned>(text.size()));
-}
 
 }  // namespace
 
 ProgressLine::ProgressLine()
-    : terminal_(_isatty(_fileno(stderr)) != 0),
-      next_(GetTickCount() + kQuietMilliseconds) {}
+    : terminal_(HasErrorTerminal()), next_(Clock::now() + kQuiet) {}
 
 void ProgressLine::Show(std::string what, unsigned percent) {
   if (!terminal_) return;
-  const unsigned long now = GetTickCount();
-  if (static_cast<long>(now - next_) < 0) return;
-  next_ = now + kBetweenMilliseconds;
+  const Clock::time_point now = Clock::now();
+  if (now < next_) return;
+  next_ = now + kBetween;
   what.resize(kColumns - kPercentColumns, ' ');
-  Write("\r" + what + " " + std::to_string(percent) + " % ");
+  WriteToErrorTerminal("\r" + what + " " + std::to_string(percent) + " % ");
   shown_ = true;
 }
 
 void ProgressLine::Clear() {
   if (!shown_) return;
-  Write("\r" + std::string(kColumns, ' ') + "\r");
+  WriteToErrorTerminal("\r" + std::string(kColumns, ' ') + "\r");
   shown_ = false;
 }
 

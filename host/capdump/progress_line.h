@@ -1,6 +1,7 @@
 #ifndef HOST_CAPDUMP_PROGRESS_LINE_H_
 #define HOST_CAPDUMP_PROGRESS_LINE_H_
 
+#include <chrono>
 #include <string>
 
 namespace host {
@@ -14,15 +15,17 @@ class ProgressLine {
   ProgressLine(const ProgressLine&) = delete;
   ProgressLine& operator=(const ProgressLine&) = delete;
 
-  // Cheap to call often.
+  // Cheap to call often; changes the line a few times a second.
   void Show(std::string what, unsigned percent);
   // Removes the line, before other output.
   void Clear();
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   bool terminal_;
   bool shown_ = false;
-  unsigned long next_ = 0;  // tick from which the line may change again
+  Clock::time_point next_;  // from which on the line may change again
 };
 
 }  // namespace host

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "host/rows/decoded_row.h"
-#include "host/rows/row_trace.h"
+#include "host/rows/reported_row.h"
 #include "host/streams/ae_titles.h"
 #include "host/streams/connection.h"
 
@@ -19,29 +19,32 @@ namespace host {
 using Sink = std::function<void(std::string_view)>;
 
 struct ReportedConnection {
-  std::uint32_t number = 0;  // in the capture, counted from 1
+  std::size_t index = 0;  // in the capture, from 0
   const Connection* connection = nullptr;
   std::optional<AeTitles> ae_titles;
   std::size_t pdus = 0;  // rows of the module's lists
   std::size_t messages = 0;
-  std::vector<std::string> notes;
+  std::vector<std::string> notes;  // the connection's and those of its lists
 };
 
 // Writes what was found, as a text for people or as JSON for programs. Called
-// in the order of the output: for each connection Begin, for each of its views
-// the list and its rows. Parts that were not asked for are null.
+// in the order of the output: for each connection BeginConnection, for each of
+// its lists BeginList and its rows. What is handed over is looked at during the
+// call only, but for the connection and the rows of BeginList, which stay until
+// the next one.
 class Report {
  public:
   virtual ~Report() = default;
   virtual void BeginCapture(const std::string& name, std::size_t connections,
                             std::size_t with_dicom) = 0;
   virtual void BeginConnection(const ReportedConnection& connection) = 0;
-  virtual void BeginView(ListKind view,
+  virtual void BeginList(ListKind list,
                          const std::vector<ReportedRow>& rows) = 0;
-  virtual void Row(const ReportedRow& row, const std::vector<TreeLine>* tree,
-                   const std::string* hex, const std::string& stopped) = 0;
+  // `decode` holds what was asked for, or nothing.
+  virtual void Row(const ReportedRow& row, const DecodedRow& decode) = 0;
 };
 
+// Both hand on what they write a line or a block at a time.
 std::unique_ptr<Report> MakeTextReport(Sink sink);
 std::unique_ptr<Report> MakeJsonReport(Sink sink);
 

@@ -78,7 +78,7 @@ class JsonReport final : public Report {
     const Connection& connection = *reported.connection;
     JsonObject object;
     object.Text("kind", "connection");
-    object.Number("connection", reported.number);
+    object.Number("connection", reported.index + 1);
     object.Text("first", connection.first_endpoint);
     object.Text("second", connection.second_endpoint);
     object.Value("dicom", connection.carries_dicom ? "true" : "false");
@@ -98,36 +98,35 @@ class JsonReport final : public Report {
     sink_(std::move(object).Close() + "\n");
   }
 
-  void BeginView(ListKind view, const std::vector<ReportedRow>&) override {
-    view_ = view;
+  void BeginList(ListKind list, const std::vector<ReportedRow>&) override {
+    list_ = list;
   }
 
-  void Row(const ReportedRow& row, const std::vector<TreeLine>* tree,
-           const std::string* hex, const std::string& stopped) override {
+  void Row(const ReportedRow& row, const DecodedRow& decode) override {
     JsonObject object;
     object.Text("kind", Kind(row));
     AddListed(row, object);
     if (row.wire != nullptr) AddWire(row, object);
-    if (tree != nullptr) object.Value("tree", TreeJson(*tree));
-    if (hex != nullptr) object.Text("hex", Utf8FromCodePage1252(*hex));
-    if (!stopped.empty()) {
-      object.Text("stopped", Utf8FromCodePage1252(stopped));
+    if (decode.tree) object.Value("tree", TreeJson(*decode.tree));
+    if (decode.hex) object.Text("hex", Utf8FromCodePage1252(*decode.hex));
+    if (decode.stopped) {
+      object.Text("stopped", Utf8FromCodePage1252(*decode.stopped));
     }
     sink_(std::move(object).Close() + "\n");
   }
 
  private:
   const char* Kind(const ReportedRow& row) const {
-    if (view_ == ListKind::kPdus) return row.position ? "pdu" : "unlisted_pdu";
-    return row.position ? "message" : "unlisted_message";
+    if (list_ == ListKind::kPdus) return row.index ? "pdu" : "unlisted_pdu";
+    return row.index ? "message" : "unlisted_message";
   }
 
   void AddListed(const ReportedRow& row, JsonObject& object) const {
     const Connection& connection = *reported_->connection;
     const bool from_first = row.listed.direction == 0;
-    object.Number("connection", reported_->number);
-    if (row.position != 0) {
-      object.Number("row", row.position);
+    object.Number("connection", reported_->index + 1);
+    if (row.index) {
+      object.Number("row", *row.index + 1);
       object.Number("number", row.listed.number);
     }
     object.Number("direction", row.listed.direction);
@@ -136,7 +135,7 @@ class JsonReport final : public Report {
     object.Text("to", from_first ? connection.second_endpoint
                                  : connection.first_endpoint);
     object.Number("length", row.listed.length);
-    if (row.position == 0) return;
+    if (!row.index) return;
     object.Text("summary", Utf8FromCodePage1252(row.listed.summary));
     object.Text("detail", Utf8FromCodePage1252(row.listed.detail));
   }
@@ -153,7 +152,7 @@ class JsonReport final : public Report {
 
   Sink sink_;
   const ReportedConnection* reported_ = nullptr;
-  ListKind view_ = ListKind::kPdus;
+  ListKind list_ = ListKind::kPdus;
 };
 
 }  // namespace

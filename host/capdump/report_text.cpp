@@ -34,12 +34,12 @@ struct Column {
 constexpr Column kColumns[] = {
     {"row", true,
      [](const ReportedRow& row) {
-       return row.position ? std::to_string(row.position) : std::string("-");
+       return row.index ? std::to_string(*row.index + 1) : std::string("-");
      }},
     {"number", true,
      // The module's own number is worth a column only where it differs.
      [](const ReportedRow& row) {
-       return row.position == 0 || row.listed.number == row.position
+       return !row.index || row.listed.number == *row.index + 1
                   ? std::string()
                   : "#" + std::to_string(row.listed.number);
      }},
@@ -60,8 +60,8 @@ constexpr Column kColumns[] = {
      [](const ReportedRow& row) { return NumberText(row.listed.length); }},
     {"summary", false,
      [](const ReportedRow& row) {
-       return row.position ? PrintableFromCodePage1252(row.listed.summary)
-                           : std::string("(not in the list)");
+       return row.index ? PrintableFromCodePage1252(row.listed.summary)
+                        : std::string("(not in the list)");
      }},
     {"detail", false,
      [](const ReportedRow& row) {
@@ -108,7 +108,7 @@ class TextReport final : public Report {
   void BeginConnection(const ReportedConnection& reported) override {
     const Connection& connection = *reported.connection;
     BlankLine();
-    Line("Connection " + std::to_string(reported.number) + "  " +
+    Line("Connection " + std::to_string(reported.index + 1) + "  " +
          connection.first_endpoint + " --> " + connection.second_endpoint);
     if (reported.ae_titles) Fact("AE titles", TitlesText(*reported.ae_titles));
     std::string begin = UtcTime(connection.first_time, 6);
@@ -117,16 +117,16 @@ class TextReport final : public Report {
     Fact("lasts",
          Seconds(connection.last_time - connection.first_time, 6) + " s, " +
              CountText(connection.captured_packets, "packet", "packets") +
-             ", " + CountText(connection.payload_bytes, "byte", "bytes"));
+             ", " + BytesText(connection.payload_bytes));
     Fact("holds", CountText(reported.pdus, "PDU", "PDUs") + ", " +
                       CountText(reported.messages, "message", "messages"));
     for (const std::string& note : reported.notes) Fact("note", note);
     Flush();
   }
 
-  void BeginView(ListKind view, const std::vector<ReportedRow>& rows) override {
+  void BeginList(ListKind list, const std::vector<ReportedRow>& rows) override {
     BlankLine();
-    const std::string name = view == ListKind::kPdus ? "PDUs" : "Messages";
+    const std::string name = list == ListKind::kPdus ? "PDUs" : "Messages";
     if (rows.empty()) {
       Line(std::string(kRowMargin) + name + ": none");
     } else {
@@ -137,19 +137,18 @@ class TextReport final : public Report {
     Flush();
   }
 
-  void Row(const ReportedRow& row, const std::vector<TreeLine>* tree,
-           const std::string* hex, const std::string& stopped) override {
+  void Row(const ReportedRow& row, const DecodedRow& decode) override {
     Columns([&row](const Column& column) { return column.text(row); });
     if (row.wire != nullptr && !row.wire->note.empty()) {
       Line(std::string(kDecodeMargin) + "note: " + row.wire->note);
     }
-    if (tree != nullptr) Tree(*tree);
-    if (!stopped.empty()) {
+    if (decode.tree) Tree(*decode.tree);
+    if (decode.stopped) {
       Line(std::string(kDecodeMargin) +
-           "decoding stopped: " + PrintableFromCodePage1252(stopped));
+           "decoding stopped: " + PrintableFromCodePage1252(*decode.stopped));
     }
-    if (hex != nullptr) Hex(*hex);
-    if (tree != nullptr || hex != nullptr) BlankLine();
+    if (decode.hex) Hex(*decode.hex);
+    if (decode.tree || decode.hex) BlankLine();
     Flush();
   }
 

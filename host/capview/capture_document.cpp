@@ -11,39 +11,10 @@ namespace {
 // More would take too long to be put in order at one go.
 constexpr unsigned kMostLooksPerSlice = 256;
 
-constexpr std::uint32_t kNoImages[DICOM_IMAGE_TABLE_ENTRIES] = {};
-
-std::size_t IndexOf(ListKind view) {
-  return view == ListKind::kMessages ? 1 : 0;
-}
-
 }  // namespace
 
-// One connection shown to the module.
-struct CaptureDocument::Session {
-  Session(Module& module, const Connection& connection)
-      : window(*connection.feed),
-        list(module, window, true),
-        generation(module.Generation()),
-        wire{WireIndex(connection.pdus), WireIndex(connection.messages)} {
-    list.Begin();
-  }
-
-  HostWindow window;
-  PacketList list;
-  unsigned generation;
-  std::array<WireIndex, 2> wire;
-  std::array<std::uint32_t, 2> shown{};
-  std::array<std::uint32_t, 2> available{};
-  bool listed = false;  // `packets` packets, said to be `live`
-  std::uint32_t packets = 0;
-  bool live = true;
-};
-
-CaptureDocument::CaptureDocument(std::wstring module_path)
+CaptureDocument::CaptureDocument(std::filesystem::path module_path)
     : module_path_(std::move(module_path)) {}
-
-CaptureDocument::~CaptureDocument() = default;
 
 void CaptureDocument::LoadModule() {
   if (!module_) module_ = std::make_unique<Module>(module_path_);
@@ -57,7 +28,6 @@ void CaptureDocument::Open(const std::filesystem::path& path,
   sessions_.clear();
   titles_.clear();
   chosen_.reset();
-  looked_for_dicom_ = 0;
   path_ = path;
   loader_ = std::move(loader);
   look_again_ = true;
@@ -71,9 +41,9 @@ bool CaptureDocument::Work(const TimeIsUp& time_is_up) {
     loader_->Read([&] { return ++looks > kMostLooksPerSlice || time_is_up(); });
     ChooseFirstDicom();
   }
-  if (Session* session = Current()) {
-    if (NeedsListing(*session)) ListSome(time_is_up);
-    if (NeedsListing(*session)) return true;
+  if (ModuleSession* session = Current()) {
+    if (!IsListed()) ListSome(*session, time_is_up);
+    if (!IsListed()) return true;
   }
   return loader_->state() == CaptureLoader::State::kReading;
 }
@@ -88,14 +58,10 @@ void CaptureDocument::Stop() {
 }
 
 unsigned CaptureDocument::Percent() const {
-  const Session* session = Current();
-  if (loader_->state() == CaptureLoader::State::kReading ||
-      session == nullptr) {
-    return loader_->percent();
-  }
-  const std::uint64_t packets = std::max(session->window.PacketCount(), 1U);
-  return static_cast<unsigned>(std::uint64_t{session->window.Position()} * 100 /
-                               packets);
+  const ModuleSession* session = Current();
+  const bool reading = loader_->state() == CaptureLoader::State::kReading;
+  return reading || session == nullptr ? loader_->percent()
+                                       : session->Percent();
 }
 
 // The first connection with DICOM is shown as soon as it is found.
@@ -131,103 +97,71 @@ std::optional<AeTitles> CaptureDocument::TitlesOf(std::size_t index) const {
 // read would disturb the next one, so the module begins anew.
 void CaptureDocument::Choose(std::size_t index) {
   if (chosen_ == index) return;
-  const Session* left = Current();
-  if (left != nullptr && NeedsListing(*left)) module_->Reload();
+  if (!IsListed()) module_->Reload();
   chosen_ = index;
   auto& session = sessions_[index];
   if (!session) {
-    session = std::make_unique<Session>(*module_, ConnectionAt(index));
+    session =
+        std::make_unique<ModuleSession>(*module_, hidden_, ConnectionAt(index));
   }
 }
 
 void CaptureDocument::Refresh() {
-  Session* session = Current();
-  if (session == nullptr) return;
-  module_->RefreshDecode(session->window.Handle());
-  // Whatever went wrong in the old one is forgotten; its rows stay in sight.
-  auto fresh = std::make_unique<Session>(*module_, ConnectionAt(*chosen_));
-  fresh->shown = session->shown;
-  sessions_[*chosen_] = std::move(fresh);
+  if (ModuleSession* session = Current()) session->Refresh();
 }
 
 bool CaptureDocument::HasModuleFailed() const {
-  const Session* session = Current();
-  return session != nullptr && !session->list.Notes().empty();
+  const ModuleSession* session = Current();
+  return session != nullptr && !session->Notes().empty();
 }
 
-CaptureDocument::Session* CaptureDocument::Current() const {
+ModuleSession* CaptureDocument::Current() const {
   return chosen_ ? sessions_.at(*chosen_).get() : nullptr;
 }
 
-bool CaptureDocument::NeedsListing(const Session& session) const {
-  return !session.listed || session.generation != module_->Generation() ||
-         session.packets != session.window.PacketCount() ||
-         session.live != (ConnectionAt(*chosen_).live ||
-                          loader_->state() != CaptureLoader::State::kDone);
-}
-
-void CaptureDocument::ListSome(const TimeIsUp& time_is_up) {
-  Session& session = *Current();
-  if (session.generation != module_->Generation()) session.list.Begin();
-  session.live = ConnectionAt(*chosen_).live ||
-                 loader_->state() != CaptureLoader::State::kDone;
-  session.packets = session.window.PacketCount();
-  session.list.SetLive(session.live);
-  session.listed = true;
-  session.list.Resume([&](unsigned) {
-    session.listed = !time_is_up();
-    return session.listed;
-  });
-  session.packets = std::min(session.packets, session.window.PacketCount());
-  session.generation = module_->Generation();
-  ReadCounts(session);
-}
-
-void CaptureDocument::ReadCounts(Session& session) {
-  for (const ListKind view : {ListKind::kPdus, ListKind::kMessages}) {
-    const std::size_t i = IndexOf(view);
-    session.available[i] = session.list.Count(view);
-    session.shown[i] = session.listed
-                           ? session.available[i]
-                           : std::max(session.shown[i], session.available[i]);
-  }
-}
-
-std::uint32_t CaptureDocument::Count(ListKind view) const {
-  const Session* session = Current();
-  return session == nullptr ? 0 : session->shown[IndexOf(view)];
-}
-
-std::uint32_t CaptureDocument::Available(ListKind view) const {
-  const Session* session = Current();
-  if (session == nullptr || session->generation != module_->Generation()) {
-    return 0;
-  }
-  return session->available[IndexOf(view)];
+bool CaptureDocument::IsGrowing() const {
+  return loader_->state() != CaptureLoader::State::kDone;
 }
 
 bool CaptureDocument::IsListed() const {
-  const Session* session = Current();
-  return session == nullptr || !NeedsListing(*session);
+  const ModuleSession* session = Current();
+  return session == nullptr || session->IsListed(IsGrowing());
 }
 
-std::vector<ListedRow> CaptureDocument::Page(ListKind view,
+void CaptureDocument::ListSome(ModuleSession& session,
+                               const TimeIsUp& time_is_up) {
+  session.ReadLists(IsGrowing(), [&](unsigned) { return !time_is_up(); });
+  session.TraceNewRows();
+}
+
+std::uint32_t CaptureDocument::Count(ListKind list) const {
+  const ModuleSession* session = Current();
+  return session == nullptr ? 0 : session->Count(list);
+}
+
+std::uint32_t CaptureDocument::Available(ListKind list) const {
+  const ModuleSession* session = Current();
+  return session == nullptr ? 0 : session->Available(list);
+}
+
+std::vector<ListedRow> CaptureDocument::Page(ListKind list,
                                              std::uint32_t first) {
-  if (first >= Available(view)) return {};
-  return Current()->list.Page(view, first);
+  ModuleSession* session = Current();
+  if (session == nullptr) return {};
+  return session->Page(list, first);
 }
 
-WireIndex* CaptureDocument::Wire(ListKind view) {
-  Session* session = Current();
-  return session == nullptr ? nullptr : &session->wire[IndexOf(view)];
+const RowTrace* CaptureDocument::Trace(ListKind list) const {
+  const ModuleSession* session = Current();
+  return session == nullptr ? nullptr : &session->Trace(list);
 }
 
 std::vector<std::string> CaptureDocument::Notes() const {
   std::vector<std::string> notes;
   if (IsOpen()) notes = loader_->Notes();
-  if (const Session* session = Current()) {
+  if (const ModuleSession* session = Current()) {
     const auto& wire = ConnectionAt(*chosen_).notes;
-    const auto& list = session->list.Notes();
+    const auto& list = session->Notes();
     notes.insert(notes.end(), wire.begin(), wire.end());
     notes.insert(notes.end(), list.begin(), list.end());
   }
@@ -236,54 +170,43 @@ std::vector<std::string> CaptureDocument::Notes() const {
 
 CaptureDocument::Failures CaptureDocument::FailedMessages(
     std::size_t connection) const {
+  const auto& messages = ConnectionAt(connection).messages;
+  std::optional<std::size_t> first;
   Failures failures;
-  std::uint32_t position = 0;
-  for (const WireRecord& message : ConnectionAt(connection).messages) {
-    if (!message.listed) continue;
-    const bool failed =
-        message.status && KindOfStatus(*message.status) == StatusKind::kFailure;
-    if (failed && failures.count++ == 0) failures.first = position;
-    ++position;
+  for (std::size_t i = 0; i < messages.size(); ++i) {
+    const WireRecord& message = messages[i];
+    if (!message.listed || !message.status) continue;
+    if (KindOfStatus(*message.status) != StatusKind::kFailure) continue;
+    if (!first) first = i;
+    ++failures.count;
+  }
+  if (first && connection == chosen_) {
+    failures.first = Trace(ListKind::kMessages)->RowOfRecord(*first);
   }
   return failures;
 }
 
-std::string CaptureDocument::Display(ListKind view, std::uint32_t index,
+std::string CaptureDocument::Display(ListKind list, std::uint32_t index,
                                      HWND tree, HWND hex,
                                      const Switches& switches) {
-  HostWindow& window = Current()->window;
-  window.State().SetShowMessageData(switches.show_message_data);
-  window.State().SetSectionExpandMask(switches.expand_mask);
-  const auto failure =
-      module_->Display(window.Handle(), tree, static_cast<std::int32_t>(index),
-                       kNoImages, hex, view == ListKind::kMessages);
-  return RecoverFrom(failure ? failure->text : std::string());
+  ModuleSession& session = *Current();
+  session.State().SetShowMessageData(switches.show_message_data);
+  session.State().SetSectionExpandMask(switches.expand_mask);
+  return session.Display({list, index}, {tree, hex}).value_or("");
 }
 
-std::string CaptureDocument::Save(ListKind view, std::uint32_t index,
+std::string CaptureDocument::Save(ListKind list, std::uint32_t index,
                                   HFILE file) {
-  return RecoverFrom(hidden_.Save(*module_, Current()->window, view,
-                                  static_cast<std::int32_t>(index), file));
+  return Current()->Save({list, index}, file).value_or("");
 }
 
-std::string CaptureDocument::Print(ListKind view, std::uint32_t index,
+std::string CaptureDocument::Print(ListKind list, std::uint32_t index,
                                    const Paper& paper) {
-  HostWindow& window = Current()->window;
-  window.State().SetPrinter(paper.printer, paper.line_height,
-                            paper.lines_per_page, 1);
-  return RecoverFrom(
-      hidden_.Print(*module_, window, view, static_cast<std::int32_t>(index)));
-}
-
-// After a failure the module takes no further display; loaded again it knows
-// nothing, and Work() lists the connection anew.
-std::string CaptureDocument::RecoverFrom(std::string failure) {
-  if (!failure.empty()) module_->Reload();
-  return failure;
+  return Current()->Print({list, index}, paper).value_or("");
 }
 
 void CaptureDocument::Clear(HWND tree, HWND hex) {
-  if (module_) module_->ClearDisplay(tree, hex);
+  if (module_) module_->ClearDisplay({tree, hex});
 }
 
 }  // namespace host

@@ -3,7 +3,6 @@
 
 #include <windows.h>
 
-#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -12,12 +11,11 @@
 #include <string>
 #include <vector>
 
-#include "host/module/decode_view.h"
-#include "host/module/host_window.h"
+#include "host/module/decode_controls.h"
 #include "host/module/module.h"
-#include "host/module/packet_list.h"
+#include "host/module/module_session.h"
 #include "host/rows/decoded_row.h"
-#include "host/rows/wire_index.h"
+#include "host/rows/row_trace.h"
 #include "host/streams/ae_titles.h"
 #include "host/streams/capture_loader.h"
 
@@ -27,8 +25,7 @@ namespace host {
 // that is seen. All reading is done in slices by Work().
 class CaptureDocument {
  public:
-  explicit CaptureDocument(std::wstring module_path);
-  ~CaptureDocument();
+  explicit CaptureDocument(std::filesystem::path module_path);
 
   // Throws CaptureError, and Failure when there is no usable module. What was
   // open before stays open then.
@@ -60,15 +57,16 @@ class CaptureDocument {
 
   // Rows that are shown, and those that the module can deliver at the moment:
   // fewer while a module that had to be loaded again catches up.
-  std::uint32_t Count(ListKind view) const;
-  std::uint32_t Available(ListKind view) const;
+  std::uint32_t Count(ListKind list) const;
+  std::uint32_t Available(ListKind list) const;
   bool IsListed() const;  // the module has read all that there is by now
-  std::vector<ListedRow> Page(ListKind view, std::uint32_t first);
-  WireIndex* Wire(ListKind view);  // null without a chosen connection
+  std::vector<ListedRow> Page(ListKind list, std::uint32_t first);
+  // Null without a chosen connection.
+  const RowTrace* Trace(ListKind list) const;
   std::vector<std::string> Notes() const;
   bool HasModuleFailed() const;  // while it listed the chosen connection
-  // A connection's responses with a failure status, and the first one's
-  // position in the message view.
+  // A connection's responses with a failure status, and the row of the first
+  // one in the list of messages.
   struct Failures {
     std::uint32_t count = 0;
     std::uint32_t first = 0;
@@ -81,16 +79,12 @@ class CaptureDocument {
   };
   // Shows the row in both controls; answers why it stopped early, or nothing.
   // `index` is below Available().
-  std::string Display(ListKind view, std::uint32_t index, HWND tree, HWND hex,
+  std::string Display(ListKind list, std::uint32_t index, HWND tree, HWND hex,
                       const Switches& switches);
-  std::string Save(ListKind view, std::uint32_t index, HFILE file);
-  struct Paper {
-    HDC printer = nullptr;
-    std::int32_t line_height = 0;
-    std::int32_t lines_per_page = 0;
-  };
+  std::string Save(ListKind list, std::uint32_t index, HFILE file);
+  using Paper = host::Paper;
   // Draws the row's lines from the top of the page on.
-  std::string Print(ListKind view, std::uint32_t index, const Paper& paper);
+  std::string Print(ListKind list, std::uint32_t index, const Paper& paper);
   // Empties both controls by the module.
   void Clear(HWND tree, HWND hex);
 
@@ -99,25 +93,22 @@ class CaptureDocument {
   void LoadModule();  // unless it is loaded; throws Failure
 
  private:
-  struct Session;
-
-  Session* Current() const;
-  void ListSome(const TimeIsUp& time_is_up);
-  bool NeedsListing(const Session& session) const;
-  void ReadCounts(Session& session);
+  // Of the chosen connection; null without one.
+  ModuleSession* Current() const;
+  // Whether the feed of the chosen connection may get more packets.
+  bool IsGrowing() const;
+  void ListSome(ModuleSession& session, const TimeIsUp& time_is_up);
   void ChooseFirstDicom();
-  std::string RecoverFrom(std::string failure);
 
-  std::wstring module_path_;
+  std::filesystem::path module_path_;
   std::unique_ptr<Module> module_;
   // For saving and printing.
-  DecodeView hidden_{DecodeView::HexWindow::kPlain};
+  DecodeControls hidden_{DecodeControls::HexWindow::kPlain};
   std::filesystem::path path_;
   std::unique_ptr<CaptureLoader> loader_;
-  std::map<std::size_t, std::unique_ptr<Session>> sessions_;
+  std::map<std::size_t, std::unique_ptr<ModuleSession>> sessions_;
   mutable std::map<std::size_t, AeTitles> titles_;
   std::optional<std::size_t> chosen_;
-  std::size_t looked_for_dicom_ = 0;
   bool look_again_ = false;
 };
 

@@ -12,8 +12,9 @@
 
 #include "host/capview/main_window.h"
 #include "host/capview/settings.h"
-#include "host/module/module_files.h"
+#include "host/module/module_library.h"
 #include "host/text/failure.h"
+#include "host/text/file_name.h"
 #include "host/text/wide_text.h"
 
 constexpr int kNoDisplay = 3;  // run.sh knows it
@@ -28,7 +29,7 @@ struct Arguments {
 };
 
 std::wstring NameFrom(const wchar_t* argument) {
-  return FileName(Utf8FromWide(argument));
+  return PathFromUtf8(Utf8FromWide(argument));
 }
 
 // An option with a value; false when it is none of ours.

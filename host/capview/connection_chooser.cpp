@@ -1,5 +1,8 @@
 #include "host/capview/connection_chooser.h"
 
+// After windows.h.
+#include <commctrl.h>
+
 #include <algorithm>
 #include <numeric>
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "host/capview/ui_fonts.h"
-#include "host/module/decode_view.h"
+#include "host/module/tree_reader.h"
 #include "host/rows/tree_search.h"
 #include "interface/host_interface.h"
 

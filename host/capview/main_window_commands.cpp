@@ -12,7 +12,7 @@
 #include "host/capview/ask_dialog.h"
 #include "host/capview/main_window.h"
 #include "host/capview/resource.h"
-#include "host/module/module_files.h"
+#include "host/module/module_version.h"
 #include "host/rows/tree_search.h"
 #include "host/text/text_encoding.h"
 #include "host/text/wide_text.h"

@@ -61,13 +61,13 @@ void RowModel::SetFilter(const std::string& text) {
 }
 
 void RowModel::ExtendFilter() {
-  WireIndex* wire = document_.Wire(view_);
+  const RowTrace* trace = document_.Trace(view_);
   const std::uint32_t end = std::min(count_, document_.Available(view_));
   while (filtered_ < end) {
     const auto page = document_.Page(view_, filtered_);
     if (page.empty()) break;
     for (const ListedRow& row : page) {
-      const WireRecord* record = wire ? wire->Find(filtered_, row) : nullptr;
+      const WireRecord* record = trace->RecordOf(filtered_);
       if (filter_.Passes(filtered_, row, record)) passing_.push_back(filtered_);
       ++filtered_;
     }
@@ -89,10 +89,9 @@ std::uint32_t RowModel::IndexOf(std::uint32_t position) const {
       passing_.begin());
 }
 
-const WireRecord* RowModel::Wire(std::uint32_t position) {
-  WireIndex* wire = document_.Wire(view_);
-  const ListedRow* row = Row(position);
-  return wire && row ? wire->Find(position, *row) : nullptr;
+const WireRecord* RowModel::Wire(std::uint32_t position) const {
+  const RowTrace* trace = document_.Trace(view_);
+  return trace == nullptr ? nullptr : trace->RecordOf(position);
 }
 
 RowKind RowModel::Kind(std::uint32_t position) {
@@ -109,7 +108,7 @@ std::string RowModel::Text(std::uint32_t position, RowColumn column) {
     case RowColumn::kTime:
       return wire ? TimeOfDay(wire->time) : std::string();
     case RowColumn::kSince:
-      return SinceText(position, wire);
+      return SinceText(position);
     case RowColumn::kDirection:
       return DirectionText(*row);
     case RowColumn::kLength:
@@ -121,11 +120,11 @@ std::string RowModel::Text(std::uint32_t position, RowColumn column) {
   }
 }
 
-std::string RowModel::SinceText(std::uint32_t position,
-                                const WireRecord* wire) {
-  if (wire == nullptr || position == 0) return {};
-  const WireRecord* before = document_.Wire(view_)->At(position - 1);
-  return before ? Seconds(wire->time - before->time, 6) : std::string();
+std::string RowModel::SinceText(std::uint32_t position) const {
+  const WireRecord* wire = Wire(position);
+  const WireRecord* before = position == 0 ? nullptr : Wire(position - 1);
+  if (wire == nullptr || before == nullptr) return {};
+  return Seconds(wire->time - before->time, 6);
 }
 
 std::string RowModel::DirectionText(const ListedRow& row) const {
@@ -146,9 +145,8 @@ std::uint32_t RowModel::PositionInOtherView(std::uint32_t position) {
   const ListKind other =
       view_ == ListKind::kPdus ? ListKind::kMessages : ListKind::kPdus;
   const WireRecord* wire = Wire(position);
-  WireIndex* index = document_.Wire(other);
-  if (wire == nullptr || index == nullptr) return position;
-  return index->PositionOfFrame(wire->first_frame, wire->direction);
+  if (wire == nullptr) return position;
+  return document_.Trace(other)->RowAtFrame(wire->first_frame, wire->direction);
 }
 
 std::optional<std::uint32_t> RowModel::PartnerOf(std::uint32_t position) {

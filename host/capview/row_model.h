@@ -53,7 +53,7 @@ class RowModel {
   std::string Text(std::uint32_t position, RowColumn column);
   RowKind Kind(std::uint32_t position);
   // Where the row was in the capture; null when it is not known.
-  const WireRecord* Wire(std::uint32_t position);
+  const WireRecord* Wire(std::uint32_t position) const;
 
   // The position in the other view that is nearest in the capture.
   std::uint32_t PositionInOtherView(std::uint32_t position);
@@ -65,7 +65,7 @@ class RowModel {
   void ExtendFilter();
   std::string DirectionText(const ListedRow& row) const;
   std::string DetailText(const ListedRow& row, const WireRecord* wire) const;
-  std::string SinceText(std::uint32_t position, const WireRecord* wire);
+  std::string SinceText(std::uint32_t position) const;
   std::optional<std::uint32_t> SearchPartner(const ListedRow& row,
                                              std::uint32_t from,
                                              bool backwards);

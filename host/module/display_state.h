@@ -11,8 +11,15 @@
 
 namespace host {
 
-// The block that a host window shows to the module: what to leave out, where
-// the lines go.
+// Where a decode is printed.
+struct Paper {
+  HDC printer = nullptr;
+  std::int32_t line_height = 0;  // device units
+  std::int32_t lines_per_page = 0;
+};
+
+// The block that a host window shows to the module with each display: what to
+// leave out, where the lines go. What is set stays set.
 class DisplayState {
  public:
   enum class Output : char { kTree = '0', kPrint = '7', kSave = '8' };
@@ -25,22 +32,26 @@ class DisplayState {
   void SetOutput(Output output) {
     Write(DICOM_STATE_OUTPUT_MODE, static_cast<char>(output));
   }
+  // Whether the hex dumps of message data are among the lines.
   void SetShowMessageData(bool show) {
     Write(DICOM_STATE_SHOW_MESSAGE_DATA, std::uint32_t{show});
   }
-  void SetFile(HFILE file) { Write(DICOM_STATE_FILE_HANDLE, file); }
-  // Lines of `line_height` device units; the first goes to `first_line`, which
-  // counts from 1.
-  void SetPrinter(HDC printer, std::int32_t line_height,
-                  std::int32_t lines_per_page, std::int32_t first_line) {
-    Write(DICOM_STATE_PRINTER_DC, printer);
-    Write(DICOM_STATE_LINE_HEIGHT, line_height);
-    Write(DICOM_STATE_LINES_PER_PAGE, lines_per_page);
-    Write(DICOM_STATE_CURRENT_LINE, first_line);
-  }
+  // Bit n expands section n of the tree, bit 8 the hex dumps.
   void SetSectionExpandMask(std::uint32_t mask) {
     Write(DICOM_STATE_SECTION_EXPAND_MASK, mask);
   }
+  // For kSave: an HFILE that is open for writing.
+  void SetFile(std::int32_t file) { Write(DICOM_STATE_FILE_HANDLE, file); }
+  // For kPrint: the lines begin at the top of the page.
+  void SetPaper(const Paper& paper) {
+    constexpr std::int32_t kFirstLine = 1;
+    Write(DICOM_STATE_PRINTER_DC, paper.printer);
+    Write(DICOM_STATE_LINE_HEIGHT, paper.line_height);
+    Write(DICOM_STATE_LINES_PER_PAGE, paper.lines_per_page);
+    Write(DICOM_STATE_CURRENT_LINE, kFirstLine);
+  }
+
+  // What the module is given the address of; it writes to it as well.
   void* Block() { return block_.data(); }
 
  private:

@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <exception>
 
-#include "host/text/failure.h"
-#include "host/text/wide_text.h"
-
 namespace host {
 namespace {
 
@@ -35,18 +32,11 @@ void RegisterClassOnce(WNDPROC procedure) {
 
 HostWindow::HostWindow(const PacketFeed& feed) : feed_(feed) {
   RegisterClassOnce(OnMessage);
-  window_ = CreateWindowW(kClassName, L"", WS_POPUP, 0, 0, 0, 0, nullptr,
-                          nullptr, GetModuleHandleW(nullptr), nullptr);
-  if (window_ == nullptr) {
-    throw Failure("no window can be made (" + SystemErrorText(GetLastError()) +
-                  "); under Wine, start with a display, for example by "
-                  "tools/with-wine.sh");
-  }
-  SetWindowLongW(window_, DICOM_DISPLAY_STATE_INDEX, AsLong(state_.Block()));
-  SetWindowLongW(window_, kObjectIndex, AsLong(this));
+  window_ = MakeHiddenWindow(kClassName, 0);
+  SetWindowLongW(window_.get(), DICOM_DISPLAY_STATE_INDEX,
+                 AsLong(state_.Block()));
+  SetWindowLongW(window_.get(), kObjectIndex, AsLong(this));
 }
-
-HostWindow::~HostWindow() { DestroyWindow(window_); }
 
 std::uint32_t HostWindow::PacketCount() const {
   return std::min(feed_.PacketCount(), limit_);
@@ -76,8 +66,8 @@ LRESULT HostWindow::Answer(WPARAM code, LPARAM data) {
   }
   if (code == DICOM_FETCH_NEXT_PACKET) {
     if (!Deliver(std::int64_t{record.index} + 1, record)) return kRefused;
-    position_ = static_cast<std::uint32_t>(record.index) + 1;
-    taken_ = std::max(taken_, position_);
+    next_packet_ = static_cast<std::uint32_t>(record.index) + 1;
+    taken_ = std::max(taken_, next_packet_);
     return kDone;
   }
   return kRefused;

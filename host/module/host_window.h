@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "host/module/display_state.h"
+#include "host/module/window_handle.h"
 #include "host/streams/connection.h"
 
 namespace host {
@@ -18,37 +19,45 @@ class HostWindow {
  public:
   // The feed must outlive the window. Throws Failure.
   explicit HostWindow(const PacketFeed& feed);
-  ~HostWindow();
   HostWindow(const HostWindow&) = delete;
   HostWindow& operator=(const HostWindow&) = delete;
 
-  HWND Handle() const { return window_; }
+  HWND Handle() const { return window_.get(); }
   DisplayState& State() { return state_; }
 
   // Packets that the module is told of: those of the feed, or fewer after
   // LimitPackets.
   std::uint32_t PacketCount() const;
   void LimitPackets(std::uint32_t count) { limit_ = count; }
+  void LiftLimit() { limit_ = kNoLimit; }
 
-  // What the module has asked for since StartReading, to tell whether it still
-  // gets on. "Taken" is fetched by code 151, one after the other.
-  void StartReading() { taken_ = position_ = 0; }
-  std::uint32_t PacketsTaken() const { return taken_; }  // highest number + 1
-  std::uint32_t Position() const { return position_; }   // last number + 1
+  // What the module has asked for since StartReading, by which one sees whether
+  // it still gets on. It takes packets one after the other, and fetches some of
+  // them again. After a failure it begins anew at the first one.
+  void StartReading() { taken_ = next_packet_ = 0; }
+  std::uint32_t PacketsTaken() const { return taken_; }      // different ones
+  std::uint32_t NextPacket() const { return next_packet_; }  // to be taken
   std::uint64_t PacketsFetchedAgain() const { return fetched_again_; }
 
  private:
+  // As many packets as the module can count.
+  static constexpr std::uint32_t kNoLimit =
+      std::numeric_limits<std::int32_t>::max();
+
   static LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM code,
                                     LPARAM data);
+  // Answers the message for packets: 0, or another value for "no".
   LRESULT Answer(WPARAM code, LPARAM data);
+  // Fills the record with the packet; false, and the record as it was but for
+  // its index, when there is no such packet or no room for it.
   bool Deliver(std::int64_t number, DicomPacketRecord& record) const;
 
   const PacketFeed& feed_;
   DisplayState state_;
-  HWND window_ = nullptr;
-  std::uint32_t limit_ = std::numeric_limits<std::int32_t>::max();
+  WindowHandle window_;
+  std::uint32_t limit_ = kNoLimit;
   std::uint32_t taken_ = 0;
-  std::uint32_t position_ = 0;
+  std::uint32_t next_packet_ = 0;
   std::uint64_t fetched_again_ = 0;
 };
 

@@ -1,8 +1,7 @@
 #ifndef HOST_MODULE_MESSAGE_BOX_ANSWERS_H_
 #define HOST_MODULE_MESSAGE_BOX_ANSWERS_H_
 
-#include <windows.h>
-
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,10 +12,10 @@ struct MessageBoxText {
   std::string text;
 };
 
-// While one exists and a Scope is open, every message box of the calling thread
-// is answered with OK before it is shown, and its texts are kept: the module
-// reports failures in boxes, and nobody may be there to close them. Boxes
-// outside a Scope are the program's own. At most one at a time.
+// Answers the module's message boxes: it reports failures in boxes, and nobody
+// may be there to close them. While a Scope is open, every message box of the
+// calling thread is answered with OK before it is seen, and its texts are kept;
+// boxes outside a Scope are the program's own. At most one object at a time.
 class MessageBoxAnswers {
  public:
   MessageBoxAnswers();
@@ -24,6 +23,7 @@ class MessageBoxAnswers {
   MessageBoxAnswers(const MessageBoxAnswers&) = delete;
   MessageBoxAnswers& operator=(const MessageBoxAnswers&) = delete;
 
+  // Scopes may nest.
   class Scope {
    public:
     explicit Scope(MessageBoxAnswers& answers) : answers_(answers) {
@@ -41,17 +41,11 @@ class MessageBoxAnswers {
   std::vector<MessageBoxText> Take();
 
  private:
-  static LRESULT CALLBACK OnWindowEvent(int code, WPARAM window, LPARAM data);
-  static LRESULT CALLBACK OnMessageDone(int code, WPARAM sender, LPARAM data);
-  void Answer(HWND box);
+  struct Hooks;  // how the system tells of a box
 
-  static MessageBoxAnswers* current_;
   int scopes_ = 0;
-  HHOOK creation_hook_ = nullptr;
-  // Sees every message of the thread, so it is there only from the creation of
-  // a dialog to its initialisation.
-  HHOOK message_hook_ = nullptr;
   std::vector<MessageBoxText> boxes_;
+  std::unique_ptr<Hooks> hooks_;
 };
 
 }  // namespace host

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "host/text/number_text.h"
 #include "host/text/text_encoding.h"
 
 namespace host {
@@ -33,20 +34,17 @@ ListedRow RowFrom(const PacketListRow& row) {
           FieldText(row.detail, sizeof row.detail)};
 }
 
-std::uint32_t ViewArgument(ListKind view) {
-  return view == ListKind::kMessages;
-}
-
 }  // namespace
 
 PacketList::PacketList(Module& module, HostWindow& window, bool live)
     : module_(module), window_(window), live_(live) {
   module_.RegisterParent(window_.Handle());
+  BeginAnew();
 }
 
 PacketList::~PacketList() { module_.DeRegisterParent(window_.Handle()); }
 
-void PacketList::Begin() {
+void PacketList::BeginAnew() {
   window_.StartReading();
   failures_ = idle_calls_ = 0;
   first_failure_ = kUntouched;
@@ -55,12 +53,6 @@ void PacketList::Begin() {
 void PacketList::SetLive(bool live) { live_ = live || ends_early_; }
 
 void PacketList::Read(const Progress& progress) {
-  failures_ = idle_calls_ = 0;
-  first_failure_ = kUntouched;
-  Resume(progress);
-}
-
-void PacketList::Resume(const Progress& progress) {
   if (window_.PacketCount() == 0 || ReadOn(progress)) return;
   for (unsigned retreats = 0; retreats < kMostRetreats; ++retreats) {
     EndBeforeFailure(progress);
@@ -68,13 +60,6 @@ void PacketList::Resume(const Progress& progress) {
   }
 }
 
-void PacketList::ReadAgain(const Progress& progress) {
-  window_.StartReading();
-  Read(progress);
-}
-
-// Reads to the end, or until `progress` says no; false when the module keeps
-// failing.
 bool PacketList::ReadOn(const Progress& progress) {
   while (true) {
     const std::uint32_t taken = window_.PacketsTaken();
@@ -97,7 +82,7 @@ PacketList::Outcome PacketList::Call(Module::ListRequest& request) {
   const auto crash = module_.PacketList(window_.Handle(), request);
   for (const MessageBoxText& box : module_.TakeMessageBoxes()) {
     failure_text_ = PrintableFromCodePage1252(box.text);
-    AddNote("the module showed a message box: \"" + failure_text_ + "\"");
+    AddNote("The module showed a message box: \"" + failure_text_ + "\".");
   }
   if (crash) {
     failure_text_ = PrintableFromCodePage1252(crash->text);
@@ -112,7 +97,7 @@ PacketList::Outcome PacketList::Call(Module::ListRequest& request) {
 
 bool PacketList::GivesUp(Outcome outcome) {
   if (outcome != Outcome::kFailed && outcome != Outcome::kCrashed) return false;
-  first_failure_ = std::min(first_failure_, window_.Position());
+  first_failure_ = std::min(first_failure_, window_.NextPacket());
   ++failures_;
   return outcome == Outcome::kCrashed || failures_ >= kMostFailures;
 }
@@ -141,10 +126,10 @@ void PacketList::EndBeforeFailure(const Progress& progress) {
   const std::uint32_t packets = window_.PacketCount();
   const std::uint32_t end =
       std::min(packets, first_failure_) - (first_failure_ > 0 ? 1 : 0);
-  AddNote("the module cannot go on at packet " + std::to_string(end + 1) +
-          " of " + std::to_string(packets) +
+  AddNote("The module cannot go on at packet " + NumberText(end + 1) + " of " +
+          NumberText(packets) +
           (failure_text_.empty() ? "" : " (" + failure_text_ + ")") +
-          "; the list ends before it");
+          ": the lists end before it.");
   module_.RefreshDecode(window_.Handle());
   window_.LimitPackets(end);
   window_.StartReading();
@@ -153,23 +138,23 @@ void PacketList::EndBeforeFailure(const Progress& progress) {
   if (end > 0) ReadOn(progress);
 }
 
-std::uint32_t PacketList::Count(ListKind view) {
+std::uint32_t PacketList::Count(ListKind list) {
   if (window_.PacketCount() == 0) return 0;
   Module::ListRequest request;
-  request.message_view = ViewArgument(view);
+  request.list = list;
   request.last_available = kEmptyList;
   Call(request);
   return request.last_available + 1;
 }
 
-std::vector<ListedRow> PacketList::Page(ListKind view, std::uint32_t first) {
+std::vector<ListedRow> PacketList::Page(ListKind list, std::uint32_t first) {
+  if (window_.PacketCount() == 0) return {};
   std::array<PacketListRow, DICOM_ROWS_PER_CALL> rows{};
   Module::ListRequest request;
+  request.list = list;
   request.rows = rows.data();
   request.first_index = static_cast<std::int32_t>(first);
   request.row_count = static_cast<std::uint32_t>(rows.size());
-  request.message_view = ViewArgument(view);
-  if (window_.PacketCount() == 0) return {};
   Call(request);
   // A position behind the end comes back as the last one, a failure or an empty
   // list without rows.
@@ -184,18 +169,6 @@ std::vector<ListedRow> PacketList::Page(ListKind view, std::uint32_t first) {
   std::transform(rows.begin(), rows.begin() + count, std::back_inserter(page),
                  RowFrom);
   return page;
-}
-
-std::vector<ListedRow> PacketList::AllRows(ListKind view) {
-  const std::uint32_t count = Count(view);
-  std::vector<ListedRow> rows;
-  rows.reserve(count);
-  while (rows.size() < count) {
-    auto page = Page(view, static_cast<std::uint32_t>(rows.size()));
-    if (page.empty()) break;
-    std::move(page.begin(), page.end(), std::back_inserter(rows));
-  }
-  return rows;
 }
 
 void PacketList::AddNote(const std::string& note) {

@@ -1,28 +1,29 @@
 #ifndef HOST_MODULE_SAVE_FILE_H_
 #define HOST_MODULE_SAVE_FILE_H_
 
-#include <windows.h>
-
+#include <cstdint>
+#include <filesystem>
 #include <string>
 
 namespace host {
 
-// A new file that the module saves decodes into.
+// A new file that the module saves decodes into. One that is there is
+// overwritten.
 class SaveFile {
  public:
-  // Throws Failure; its text ends in `hint`, which says what to do.
-  SaveFile(const std::wstring& name, const std::string& hint);
-  ~SaveFile() { CloseHandle(file_); }
+  // Throws Failure; `advice` is the end of its sentence, which says what to do:
+  // "name another file with --save".
+  SaveFile(const std::filesystem::path& path, const std::string& advice);
+  ~SaveFile();
   SaveFile(const SaveFile&) = delete;
   SaveFile& operator=(const SaveFile&) = delete;
 
-  // The same as _lcreat answers, which takes no Unicode names.
-  HFILE Handle() const {
-    return static_cast<HFILE>(reinterpret_cast<ULONG_PTR>(file_));
-  }
+  // What the module writes to: an HFILE, as _lcreat answers one, which takes no
+  // Unicode names.
+  std::int32_t Handle() const { return file_; }
 
  private:
-  HANDLE file_;
+  std::int32_t file_;
 };
 
 }  // namespace host

@@ -6,24 +6,24 @@
 #include <string>
 #include <vector>
 
-#include "host/streams/connection.h"
-
 namespace host {
 
-// The two lists that the module keeps of a connection.
+// What the module shows of a connection, read back as plain data. Its texts are
+// bytes of code page 1252.
+
+// The two lists that it keeps of a connection.
 enum class ListKind { kPdus, kMessages };
 using View = ListKind;  // until the window has been told
 
-// A row of one of the lists; `index` counts from 0.
+// A row of one of the lists.
 struct RowRef {
   ListKind list = ListKind::kPdus;
-  std::uint32_t index = 0;
+  std::uint32_t index = 0;  // from 0
 };
 
-// One row of the module's packet list. Texts are bytes of code page 1252.
+// What stands in a row of a list.
 struct ListedRow {
-  std::uint32_t number =
-      0;  // the module's own, counted from 1, maybe with gaps
+  std::uint32_t number = 0;  // the module's own, from 1, maybe with gaps
   std::uint32_t direction = 0;
   std::uint32_t length = 0;  // bytes
   std::string summary;
@@ -37,19 +37,19 @@ struct ByteRange {
   std::uint32_t length = 0;
 };
 
-// One line of a decode tree, as it was read back from the tree view. The lines
-// of a tree are kept in the order in which they are shown fully expanded.
+// One line of a decode tree. The lines of a tree are kept in the order in which
+// they are shown fully expanded.
 struct TreeLine {
-  std::uint32_t depth = 0;         // 0: a top line
-  std::string text;                // code page 1252
-  std::optional<ByteRange> bytes;  // nothing when the module had no memory
+  std::uint32_t depth = 0;  // 0: a top line
+  std::string text;
+  std::optional<ByteRange> bytes;  // empty when the module had no memory
 };
 
-// What DisplayDicomPacket showed for one row.
+// The decode of one row. What nobody asked for is empty.
 struct DecodedRow {
-  std::vector<TreeLine> tree;
-  std::string hex;      // the hex window's text, code page 1252
-  std::string stopped;  // why the decoding stopped early; empty when it did not
+  std::optional<std::vector<TreeLine>> tree;
+  std::optional<std::string> hex;      // the hex window's text
+  std::optional<std::string> stopped;  // why the decoding stopped early
 };
 
 }  // namespace host

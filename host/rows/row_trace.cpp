@@ -1,91 +1,147 @@
 #include "host/rows/row_trace.h"
 
-#include <cstddef>
-#include <utility>
+#include <algorithm>
 
 namespace host {
 namespace {
 
-constexpr std::size_t kLookAhead = 16;  // records that have no row, at most
-
-class RowTracer {
- public:
-  RowTracer(const std::vector<ListedRow>& rows,
-            const std::vector<WireRecord>& wire)
-      : rows_(rows), wire_(wire) {
-    for (const WireRecord& record : wire_) left_ += record.listed;
-  }
-
-  std::vector<ReportedRow> Trace() {
-    for (std::size_t i = 0; i < rows_.size(); ++i) {
-      TakeLeftOut();
-      const WireRecord* record = Find(i);
-      while (record != nullptr && &wire_[next_] != record) Skip();
-      Add(static_cast<std::uint32_t>(i) + 1, rows_[i], record);
-      if (record != nullptr) Skip();
-    }
-    TakeLeftOut();
-    return std::move(traced_);
-  }
-
- private:
-  // The records before the next listed one.
-  void TakeLeftOut() {
-    for (; next_ < wire_.size() && !wire_[next_].listed; ++next_) {
-      const WireRecord& record = wire_[next_];
-      ListedRow row;
-      row.direction = record.direction;
-      row.length = static_cast<std::uint32_t>(record.length);
-      Add(0, row, &record);
-    }
-  }
-
-  // The record of row `index`; null when there is none.
-  const WireRecord* Find(std::size_t index) const {
-    if (next_ == wire_.size()) return nullptr;
-    const ListedRow& row = rows_[index];
-    // A row may show another length than the wire: as long as both lists have
-    // equally many left, it is the next one.
-    const bool equally_many = rows_.size() - index == left_;
-    const WireRecord& first = wire_[next_];
-    if (equally_many && first.direction == row.direction) return &first;
-    for (std::size_t i = next_; i < wire_.size() && i < next_ + kLookAhead;
-         ++i) {
-      const WireRecord& record = wire_[i];
-      if (record.listed && record.direction == row.direction &&
-          record.length == row.length) {
-        return &record;
-      }
-    }
-    return nullptr;
-  }
-
-  void Skip() { left_ -= wire_[next_++].listed; }
-
-  void Add(std::uint32_t position, const ListedRow& row,
-           const WireRecord* record) {
-    ReportedRow reported{position, row, record, {}};
-    if (record != nullptr) {
-      if (last_ != nullptr)
-        reported.since_previous = record->time - last_->time;
-      last_ = record;
-    }
-    traced_.push_back(std::move(reported));
-  }
-
-  const std::vector<ListedRow>& rows_;
-  const std::vector<WireRecord>& wire_;
-  std::vector<ReportedRow> traced_;
-  std::size_t next_ = 0;
-  std::size_t left_ = 0;  // listed records from next_ on
-  const WireRecord* last_ = nullptr;
-};
+constexpr std::uint32_t kMostLeftOut = 16;  // records in a row without a row
+constexpr std::size_t kWitnesses = 8;       // rows that speak for a guess
+// A row is settled by what follows. Behind the last record there is nothing,
+// and a module may list rows without end: after so many it is settled all the
+// same.
+constexpr std::size_t kMostUnsettled = 64;
 
 }  // namespace
 
-std::vector<ReportedRow> TraceRows(const std::vector<ListedRow>& rows,
-                                   const std::vector<WireRecord>& wire) {
-  return RowTracer(rows, wire).Trace();
+void RowTrace::Append(std::span<const ListedRow> rows) {
+  IndexRecords();
+  places_.resize(places_.size() - unsettled_.size());
+  for (const ListedRow& row : rows) {
+    unsettled_.push_back({row.direction, row.length});
+  }
+  PlaceUnsettled();
+  DropSettled();
+}
+
+void RowTrace::IndexRecords() const {
+  for (; looked_at_ < records_->size(); ++looked_at_) {
+    if ((*records_)[looked_at_].listed) {
+      listed_.push_back(static_cast<std::uint32_t>(looked_at_));
+    }
+  }
+}
+
+RowTrace::Shape RowTrace::ListedShape(std::size_t place) const {
+  const WireRecord& record = (*records_)[listed_[place]];
+  return {record.direction, record.length};
+}
+
+void RowTrace::PlaceUnsettled() {
+  for (std::size_t i = 0; i < unsettled_.size(); ++i) {
+    const std::uint32_t next = places_.empty() ? 0 : places_.back().Next();
+    places_.push_back(PlaceOf(i, next));
+  }
+}
+
+RowTrace::Place RowTrace::PlaceOf(std::size_t unsettled,
+                                  std::uint32_t next) const {
+  const Shape& row = unsettled_[unsettled];
+  const auto in_place = [&](std::uint32_t place) {
+    return place < listed_.size() && ListedShape(place) == row;
+  };
+  if (in_place(next)) return {next, true};
+
+  // It has no record of its own.
+  const bool again = next > 0 && in_place(next - 1);
+  Place best = again ? Place{next - 1, true} : Place{next, false};
+  unsigned best_score = Agreement(unsettled, next);
+  const auto weigh = [&](std::uint32_t place, unsigned fits_itself) {
+    const unsigned score = fits_itself + Agreement(unsettled, place + 1);
+    if (score < best_score) return;
+    best = {place, true};
+    best_score = score;
+  };
+  for (std::uint32_t skip = kMostLeftOut; skip > 0; --skip) {
+    if (in_place(next + skip)) weigh(next + skip, 1);
+  }
+  const bool same_way =
+      next < listed_.size() && ListedShape(next).direction == row.direction;
+  if (same_way) weigh(next, 0);
+  return best;
+}
+
+unsigned RowTrace::Agreement(std::size_t unsettled, std::uint32_t next) const {
+  unsigned fitting = 0;
+  for (; fitting < kWitnesses; ++fitting) {
+    const std::size_t row = unsettled + 1 + fitting;
+    const std::size_t place = std::size_t{next} + fitting;
+    if (row >= unsettled_.size() || place >= listed_.size() ||
+        unsettled_[row] != ListedShape(place)) {
+      break;
+    }
+  }
+  return fitting;
+}
+
+bool RowTrace::IsSettled(std::size_t unsettled) const {
+  const std::size_t behind = unsettled_.size() - unsettled - 1;
+  const std::size_t row = places_.size() - 1 - behind;
+  const std::uint32_t next = row == 0 ? 0 : places_[row - 1].Next();
+  if (next < listed_.size() && ListedShape(next) == unsettled_[unsettled]) {
+    return true;
+  }
+  const bool records_suffice =
+      std::size_t{next} + kMostLeftOut + kWitnesses < listed_.size();
+  return behind >= (records_suffice ? kWitnesses : kMostUnsettled);
+}
+
+void RowTrace::DropSettled() {
+  std::size_t settled = 0;
+  while (settled < unsettled_.size() && IsSettled(settled)) ++settled;
+  unsettled_.erase(unsettled_.begin(),
+                   unsettled_.begin() + static_cast<std::ptrdiff_t>(settled));
+}
+
+std::optional<std::size_t> RowTrace::RecordIndexOf(std::uint32_t row) const {
+  if (row >= places_.size() || !places_[row].known) return {};
+  return listed_[places_[row].record];
+}
+
+const WireRecord* RowTrace::RecordOf(std::uint32_t row) const {
+  const auto index = RecordIndexOf(row);
+  return index ? &(*records_)[*index] : nullptr;
+}
+
+std::uint32_t RowTrace::RowOfRecord(std::size_t record) const {
+  IndexRecords();
+  const auto place = static_cast<std::uint32_t>(
+      std::lower_bound(listed_.begin(), listed_.end(), record) -
+      listed_.begin());
+  const std::uint32_t next = places_.empty() ? 0 : places_.back().Next();
+  if (place >= next) return RowCount() + (place - next);
+  const auto found = std::partition_point(
+      places_.begin(), places_.end(),
+      [place](const Place& one) { return one.Next() <= place; });
+  return static_cast<std::uint32_t>(found - places_.begin());
+}
+
+std::uint32_t RowTrace::RowAtFrame(std::uint32_t frame,
+                                   std::uint32_t direction) const {
+  IndexRecords();
+  const auto first =
+      std::lower_bound(listed_.begin(), listed_.end(), frame,
+                       [this](std::uint32_t index, std::uint32_t wanted) {
+                         return (*records_)[index].last_frame < wanted;
+                       });
+  if (first == listed_.end()) return RowOfRecord(records_->size());
+  const auto end =
+      first + std::min<std::ptrdiff_t>(kMostLeftOut, listed_.end() - first);
+  const auto found =
+      std::find_if(first, end, [this, direction](std::uint32_t index) {
+        return (*records_)[index].direction == direction;
+      });
+  return RowOfRecord(found == end ? *first : *found);
 }
 
 }  // namespace host

@@ -5,8 +5,11 @@
 
 namespace host {
 
-// Something that the user has to know. The text is one sentence that says what
-// went wrong and what to do, in UTF-8.
+// The root of all that goes wrong in the host and that a person has to know.
+// The text is one whole sentence in UTF-8, with a capital and a full stop. It
+// says what went wrong and, behind a colon, what to do: "The file a.txt cannot
+// be written (Access is denied): name another file with --save." It is shown as
+// it is, by nobody mended.
 class Failure : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -25,16 +25,6 @@ std::string Utf8FromWide(std::wstring_view wide) {
   return utf8;
 }
 
-std::wstring FileName(std::string_view utf8) {
-  std::wstring name = WideFromUtf8(utf8);
-  const bool unix_root =
-      utf8.size() > 1 && utf8[0] == '/' && utf8[1] != '/' && utf8[1] != '\\';
-  const bool wine = GetProcAddress(GetModuleHandleW(L"ntdll.dll"),
-                                   "wine_get_version") != nullptr;
-  if (unix_root && wine) name.insert(0, L"Z:");  // Wine's drive for "/"
-  return name;
-}
-
 std::string SystemErrorText(unsigned long error) {
   wchar_t text[256] = L"";
   DWORD length = FormatMessageW(

@@ -6,15 +6,14 @@
 
 namespace host {
 
-// Between Windows' UTF-16 and the UTF-8 that the host keeps texts in.
+// Between the UTF-8 that the host keeps texts in and Windows, whose functions
+// for files, windows and errors take UTF-16. What is malformed becomes the
+// replacement character; nothing throws.
 std::wstring WideFromUtf8(std::string_view utf8);
 std::string Utf8FromWide(std::wstring_view wide);
 
-// A file name of the command line as Windows wants it. A name that begins with
-// one slash is left alone on Windows; under Wine it is the Unix file.
-std::wstring FileName(std::string_view utf8);
-
-// The system's sentence for a Win32 error code, without a full stop.
+// The system's sentence for a Win32 error code (GetLastError), in English and
+// without a full stop, to stand in brackets: "Access is denied".
 std::string SystemErrorText(unsigned long error);
 
 }  // namespace host

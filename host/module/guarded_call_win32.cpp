@@ -1,5 +1,3 @@
-#include "host/module/guarded_call.h"
-
 #include <windows.h>
 #include <malloc.h>
 
@@ -7,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "host/module/guarded_call.h"
 #include "interface/host_interface.h"
 
 // The compiler knows no structured exception handling for 32-bit Windows, so

@@ -1,0 +1,59 @@
+#ifndef HOST_CAPDUMP_DUMP_H_
+#define HOST_CAPDUMP_DUMP_H_
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "host/capdump/options.h"
+#include "host/capdump/progress_line.h"
+#include "host/capdump/report.h"
+#include "host/module/decode_controls.h"
+#include "host/module/module.h"
+#include "host/module/module_session.h"
+#include "host/module/save_file.h"
+#include "host/rows/reported_row.h"
+#include "host/streams/connection.h"
+
+namespace host {
+
+// The module that the options name, or the one beside this program.
+std::filesystem::path ModulePath(const Options& options);
+
+// Shows the connections of one capture through the module, as a report on
+// standard output.
+class Dump {
+ public:
+  // The options must outlive it. Throws Failure when the module cannot be
+  // loaded or the file for --save cannot be written.
+  explicit Dump(const Options& options);
+
+  // Throws UsageError when the connection or the row that was asked for is not
+  // there, and Failure as ModuleSession and the output do.
+  void Show(const std::vector<Connection>& connections);
+
+ private:
+  bool IsWanted(std::size_t index, const Connection& connection) const;
+  void RequireConnection() const;
+  void RequireRow() const;
+  void ShowConnection(std::size_t index, const Connection& connection);
+  void ShowList(ModuleSession& session, ListKind list,
+                std::vector<ReportedRow> rows);
+  void ShowRow(ModuleSession& session, ListKind list, const ReportedRow& row);
+  void ShowProgress(const char* doing, unsigned percent);
+
+  const Options& options_;
+  Module module_;
+  DecodeControls controls_;
+  std::unique_ptr<Report> report_;
+  std::unique_ptr<SaveFile> save_file_;
+  ProgressLine progress_;
+  std::size_t connections_ = 0;  // in the capture
+  std::size_t shown_ = 0;        // index of the one that is being shown
+  bool row_was_found_ = false;
+};
+
+}  // namespace host
+
+#endif  // HOST_CAPDUMP_DUMP_H_

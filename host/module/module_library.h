@@ -1,0 +1,61 @@
+#ifndef HOST_MODULE_MODULE_LIBRARY_H_
+#define HOST_MODULE_MODULE_LIBRARY_H_
+
+#include <filesystem>
+#include <memory>
+
+#include "interface/host_interface.h"
+
+namespace host {
+
+// The module's ten functions; host_interface.h says what they do.
+struct ModuleFunctions {
+  GetDicomDllVersionFunction version = nullptr;
+  DicomRegisterParentFunction register_parent = nullptr;
+  DicomPacketCaptureStartFunction capture_start = nullptr;
+  RefreshDicomDecodeFunction refresh_decode = nullptr;
+  DicomDeRegisterParentFunction deregister_parent = nullptr;
+  GetDicomPacketListFunction packet_list = nullptr;
+  DisplayDicomPacketFunction display = nullptr;
+  ClearDicomDisplayFunction clear_display = nullptr;
+  SaveDicomDecodeToFileFunction save_decode = nullptr;
+  PrintDicomDecodeFunction print_decode = nullptr;
+};
+
+// The module's code in this process: the one place that knows how it comes in.
+// Freeing and loading it again makes it forget everything.
+class ModuleLibrary {
+ public:
+  // Loads nothing yet. `path` is that of DicomDecode.dll, absolute; the
+  // dictionaries are read from the same folder.
+  explicit ModuleLibrary(std::filesystem::path path);
+  ~ModuleLibrary();
+  ModuleLibrary(const ModuleLibrary&) = delete;
+  ModuleLibrary& operator=(const ModuleLibrary&) = delete;
+
+  // Throws Failure, which says what is wrong with the file or its dictionaries;
+  // nothing is loaded then.
+  void Load();
+  void Free();  // nothing when nothing is loaded
+
+  const std::filesystem::path& path() const { return path_; }
+  // Valid while the library is loaded.
+  const ModuleFunctions& functions() const { return functions_; }
+
+ private:
+  void ResolveFunctions();
+
+  struct FreeLibraryOf {
+    void operator()(void* library) const;
+  };
+  std::filesystem::path path_;
+  std::unique_ptr<void, FreeLibraryOf> library_;
+  ModuleFunctions functions_;
+};
+
+// Where the module is when nobody names another one: beside this program.
+std::filesystem::path ModuleBesideProgram();
+
+}  // namespace host
+
+#endif  // HOST_MODULE_MODULE_LIBRARY_H_

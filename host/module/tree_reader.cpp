@@ -1,0 +1,97 @@
+#include "host/module/tree_reader.h"
+
+#include <string>
+
+#include "interface/host_interface.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kFirstTextRoom = 64 * 1024;
+constexpr std::size_t kMostTextRoom = 64 * 1024 * 1024;
+
+// Some tree views search all their items for each message, so as few as
+// possible are sent: one a leaf for its contents, one to go on.
+class TreeReader {
+ public:
+  TreeReader(HWND tree, std::vector<HTREEITEM>* items)
+      : tree_(tree), items_(items) {}
+
+  std::vector<TreeLine> Read() {
+    std::vector<TreeLine> lines;
+    std::vector<HTREEITEM> parents;
+    HTREEITEM item = Next(nullptr, TVGN_ROOT);
+    while (item != nullptr) {
+      bool has_children = false;
+      if (items_ != nullptr) items_->push_back(item);
+      lines.push_back(Line(item, parents.size(), &has_children));
+      if (has_children) {
+        parents.push_back(item);
+        item = Next(item, TVGN_CHILD);
+        continue;
+      }
+      HTREEITEM next = Next(item, TVGN_NEXT);
+      while (next == nullptr && !parents.empty()) {
+        next = Next(parents.back(), TVGN_NEXT);
+        parents.pop_back();
+      }
+      item = next;
+    }
+    return lines;
+  }
+
+ private:
+  HTREEITEM Next(HTREEITEM item, WPARAM relation) const {
+    return reinterpret_cast<HTREEITEM>(SendMessageA(
+        tree_, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
+  }
+
+  TreeLine Line(HTREEITEM item, std::size_t depth, bool* has_children) {
+    TVITEMA request{};
+    request.hItem = item;
+    Get(request);
+    // A text that fills the room may have been cut: ask again with more.
+    while (TextLength() + 1 >= text_.size() && text_.size() < kMostTextRoom) {
+      text_.resize(text_.size() * 2);
+      Get(request);
+    }
+    *has_children = request.cChildren > 0;
+    TreeLine line;
+    line.depth = static_cast<std::uint32_t>(depth);
+    line.text.assign(text_.data(), TextLength());
+    if (request.lParam != 0) {
+      const auto& bytes =
+          *reinterpret_cast<const DicomByteRangeRecord*>(request.lParam);
+      line.bytes = ByteRange{bytes.section, bytes.offset, bytes.length};
+    }
+    return line;
+  }
+
+  void Get(TVITEMA& request) {
+    text_[0] = '\0';
+    request.mask = TVIF_TEXT | TVIF_PARAM | TVIF_CHILDREN;
+    request.pszText = text_.data();
+    request.cchTextMax = static_cast<int>(text_.size());
+    SendMessageA(tree_, TVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&request));
+    // Some controls answer with a text of their own in place of the buffer.
+    if (request.pszText != text_.data() && request.pszText != nullptr) {
+      lstrcpynA(text_.data(), request.pszText, request.cchTextMax);
+    }
+  }
+
+  std::size_t TextLength() const {
+    return static_cast<std::size_t>(lstrlenA(text_.data()));
+  }
+
+  HWND tree_;
+  std::vector<HTREEITEM>* items_;
+  std::vector<char> text_ = std::vector<char>(kFirstTextRoom);
+};
+
+}  // namespace
+
+std::vector<TreeLine> ReadTree(HWND tree, std::vector<HTREEITEM>* items) {
+  return TreeReader(tree, items).Read();
+}
+
+}  // namespace host

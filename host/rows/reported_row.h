@@ -1,0 +1,33 @@
+#ifndef HOST_ROWS_REPORTED_ROW_H_
+#define HOST_ROWS_REPORTED_ROW_H_
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "host/rows/decoded_row.h"
+#include "host/rows/row_trace.h"
+#include "host/streams/connection.h"
+#include "host/text/time_text.h"
+
+namespace host {
+
+// One line of a list that is written out: a row, with what the capture says
+// about it, or something that was on the wire and has no row.
+struct ReportedRow {
+  std::optional<std::uint32_t> index;  // in the module's list, from 0
+  ListedRow listed;  // of something without a row: its direction and length
+  const WireRecord* wire = nullptr;           // null: not known
+  std::optional<Nanoseconds> since_previous;  // since the one before in time
+};
+
+// Puts the rows of a list, which `trace` has traced, and the records that are
+// not to be listed together in the order of the wire. The result points into
+// `records`.
+std::vector<ReportedRow> ReportRows(std::vector<ListedRow> rows,
+                                    const RowTrace& trace,
+                                    const std::vector<WireRecord>& records);
+
+}  // namespace host
+
+#endif  // HOST_ROWS_REPORTED_ROW_H_
