@@ -30,7 +30,7 @@ is_complete() {
   while (($#)); do
     case $1 in
       --help | -h | --version) return 0 ;;
-      --filter | --module | --save | --row | --connection)
+      --row | --connection | --filter | --module | --save)
         (($# > 1)) || return 0  # capdump will complain
         shift
         ;;

@@ -1,5 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "host/capdump/help_text.h"
+#include "host/capdump/option_table.h"
 #include "host/capdump/options.h"
 
 namespace host {
@@ -26,14 +34,15 @@ TEST(OptionsTest, EverythingCanBeAskedForAtOnce) {
   EXPECT_EQ(options.connection, 1U);
   EXPECT_EQ(options.save_file, "out.txt");
   EXPECT_TRUE(options.as_captured);
-  EXPECT_EQ(options.lists, std::vector{ListKind::kMessages});
+  EXPECT_EQ(options.Lists(), std::vector{ListKind::kMessages});
 }
 
 TEST(OptionsTest, LittleNeedsToBeSaid) {
   const std::vector both = {ListKind::kPdus, ListKind::kMessages};
-  EXPECT_EQ(ParseOptions({"a"}).lists, both);
-  EXPECT_EQ(ParseOptions({"a", "--messages", "--pdus"}).lists, both);
-  EXPECT_EQ(ParseOptions({"--pdus", "a"}).lists, std::vector{ListKind::kPdus});
+  EXPECT_EQ(ParseOptions({"a"}).Lists(), both);
+  EXPECT_EQ(ParseOptions({"a", "--messages", "--pdus"}).Lists(), both);
+  EXPECT_EQ(ParseOptions({"--pdus", "a"}).Lists(),
+            std::vector{ListKind::kPdus});
   EXPECT_EQ(ParseOptions({"--", "--tree"}).capture, "--tree");
   EXPECT_EQ(ParseOptions({"-"}).capture, "-");
   EXPECT_TRUE(ParseOptions({"--help"}).help);
@@ -59,6 +68,51 @@ TEST(OptionsTest, MistakesSayWhatToDo) {
   for (const auto& [arguments, sentence] : mistakes) {
     EXPECT_EQ(ErrorOf(arguments), sentence);
   }
+}
+
+std::string TextOf(const std::string& name) {
+  std::ifstream file(SOURCE_DIR "/" + name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST(OptionTableTest, EveryPlaceThatNamesTheOptionsAgrees) {
+  std::string table = "| option | |\n|---|---|\n", in_shell;
+  std::string_view group;
+  for (const OptionRow& option : OptionTable()) {
+    if (option.group != group) {
+      table += "| **" + std::string(option.group) + "** | |\n";
+    }
+    group = option.group;
+    const std::string name(option.name);
+    table += "| `" + name + (option.TakesValue() ? " " : "") +
+             std::string(option.value) + "`" +
+             (option.letter.empty() ? "" : ", `") + std::string(option.letter) +
+             (option.letter.empty() ? "" : "`") + " | " +
+             std::string(option.help) + " |\n";
+    if (option.TakesValue()) in_shell += (in_shell.empty() ? "" : " | ") + name;
+    EXPECT_NE(HelpText().find("\n  " + name), std::string::npos) << name;
+  }
+  EXPECT_NE(TextOf("docs/capdump.md").find(table + "\n"), std::string::npos)
+      << "docs/capdump.md needs this table:\n\n"
+      << table;
+  EXPECT_NE(TextOf("run.sh").find("      " + in_shell + ")\n"),
+            std::string::npos)
+      << "run.sh has to know the options with a value:\n\n"
+      << in_shell;
+}
+
+TEST(OptionTableTest, HelpFitsIntoATerminal) {
+  const std::string help = HelpText();
+  for (std::size_t at = 0; at < help.size();) {
+    const std::size_t end = help.find('\n', at);
+    EXPECT_LE(end - at, 79u) << help.substr(at, end - at);
+    at = end + 1;
+  }
+  EXPECT_NE(help.find("\n  --tree            the decode tree of each row, each "
+                      "line with its bytes as\n"
+                      "                    [offset+length]\n"),
+            std::string::npos)
+      << help;
 }
 
 }  // namespace

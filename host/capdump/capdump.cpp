@@ -5,6 +5,7 @@
 
 #include "host/capdump/console.h"
 #include "host/capdump/dump.h"
+#include "host/capdump/help_text.h"
 #include "host/capdump/options.h"
 #include "host/capdump/progress_line.h"
 #include "host/capture/capture_reader.h"

@@ -88,7 +88,7 @@ void Dump::ShowConnection(std::size_t index, const Connection& connection) {
   const auto& notes = session.Notes();
   reported.notes.insert(reported.notes.end(), notes.begin(), notes.end());
   report_->BeginConnection(reported);
-  for (const ListKind list : options_.lists) {
+  for (const ListKind list : options_.Lists()) {
     const bool is_pdus = list == ListKind::kPdus;
     ShowList(
         session, list,

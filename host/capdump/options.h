@@ -17,30 +17,31 @@ class UsageError : public Failure {
   using Failure::Failure;
 };
 
-// What capdump was asked for. Names are UTF-8.
+// What capdump was asked for. Texts are UTF-8; an empty one was not given.
 struct Options {
   std::string capture;
-  std::string filter;     // empty: every packet
-  std::string module;     // empty: DicomDecode.dll beside the program
-  std::string save_file;  // empty: nothing is saved
-  std::optional<std::uint32_t> connection;  // from 0
-  std::optional<std::uint32_t> row;         // from 0
-  std::vector<ListKind> lists = {ListKind::kPdus, ListKind::kMessages};
   bool tree = false;
-  bool hex = false;
   bool no_message_data = false;
-  bool json = false;
+  bool hex = false;
+  bool only_pdus = false;  // both or neither: all lists
+  bool only_messages = false;
+  std::optional<std::uint32_t> row;         // from 0
+  std::optional<std::uint32_t> connection;  // from 0
   bool all_connections = false;
+  bool json = false;
+  std::string filter;  // in tcpdump's language
   bool as_captured = false;
-  bool help = false;
+  std::string module;     // DicomDecode.dll
+  std::string save_file;  // what the module's lines are written to
   bool version = false;
+  bool help = false;
+
+  // The lists that are shown, in their order.
+  std::vector<ListKind> Lists() const;
 };
 
 // Reads the arguments behind the program's name. Throws UsageError.
 Options ParseOptions(const std::vector<std::string>& arguments);
-
-// What --help prints.
-const char* HelpText();
 
 }  // namespace host
 

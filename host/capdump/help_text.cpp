@@ -1,0 +1,78 @@
+#include "host/capdump/help_text.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "host/capdump/option_table.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kColumns = 79;
+constexpr std::size_t kMargin = 2;
+
+constexpr std::string_view kBefore = R"(usage: capdump [options] CAPTURE
+
+Lists the DICOM traffic of a capture file (pcap or pcapng): for each TCP
+connection that carries DICOM its PDUs and its DIMSE messages, and on demand
+the decode of each, field by field.
+)";
+
+constexpr std::string_view kBehind = R"(
+Times are UTC. All output is UTF-8. The exit code is 0, or 1 when a file cannot
+be read or written, or 2 when the command line is wrong.
+)";
+
+// "--row N", "--help, -h".
+std::string Usage(const OptionRow& option) {
+  std::string usage(option.name);
+  if (option.TakesValue()) usage.append(" ").append(option.value);
+  if (!option.letter.empty()) usage.append(", ").append(option.letter);
+  return usage;
+}
+
+// Appends the words to a line that has come to `column`, and goes on in lines
+// of their own that begin there.
+void AppendWords(std::string_view words, std::size_t column,
+                 std::string& text) {
+  for (std::size_t width = column; !words.empty();) {
+    const std::size_t length = std::min(words.find(' '), words.size());
+    const bool begins = width == column;
+    if (!begins && width + 1 + length > kColumns) {
+      text.append("\n").append(column, ' ');
+      width = column;
+    } else if (!begins) {
+      text += ' ';
+      ++width;
+    }
+    text += words.substr(0, length);
+    width += length;
+    words.remove_prefix(std::min(length + 1, words.size()));
+  }
+  text += '\n';
+}
+
+}  // namespace
+
+std::string HelpText() {
+  std::size_t longest = 0;
+  for (const OptionRow& option : OptionTable()) {
+    longest = std::max(longest, Usage(option).size());
+  }
+  const std::size_t column = kMargin + longest + 1;
+  std::string text(kBefore);
+  std::string_view group;
+  for (const OptionRow& option : OptionTable()) {
+    if (option.group != group) {
+      group = option.group;
+      text.append("\n").append(group).append("\n");
+    }
+    const std::string usage = Usage(option);
+    text.append(kMargin, ' ').append(usage);
+    text.append(column - kMargin - usage.size(), ' ');
+    AppendWords(option.help, column, text);
+  }
+  return text.append(kBehind);
+}
+
+}  // namespace host

@@ -1,0 +1,70 @@
+#include "host/capdump/option_table.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace host {
+namespace {
+
+constexpr std::string_view kShown = "What is shown";
+constexpr std::string_view kRead = "What is read";
+constexpr std::string_view kWritten = "What is written besides";
+constexpr std::string_view kAbout = "About capdump";
+
+constexpr OptionRow kRows[] = {
+    {kShown, "--tree", "", "", "",
+     "the decode tree of each row, each line with its bytes as [offset+length]",
+     &Options::tree},
+    {kShown, "--no-message-data", "", "", "",
+     "leave the hex dump of message data out of the trees",
+     &Options::no_message_data},
+    {kShown, "--hex", "", "", "", "the hex dump of each row's bytes",
+     &Options::hex},
+    {kShown, "--pdus", "", "", "", "only the PDUs", &Options::only_pdus},
+    {kShown, "--messages", "", "", "", "only the DIMSE messages",
+     &Options::only_messages},
+    {kShown, "--row", "", "N", "a number", "only row N of each list",
+     &Options::row},
+    {kShown, "--connection", "", "N", "a number",
+     "only connection N, whatever it carries", &Options::connection},
+    {kShown, "--all", "", "", "", "every TCP connection, DICOM or not",
+     &Options::all_connections},
+    {kShown, "--json", "", "", "",
+     "one JSON object a line, for jq: \"kind\" is \"connection\", \"pdu\" or "
+     "\"message\"",
+     &Options::json},
+    {kRead, "--filter", "", "FILTER",
+     "a packet filter, for example \"port 104\",",
+     "only the packets that match, in tcpdump's language", &Options::filter},
+    {kRead, "--as-captured", "", "", "",
+     "hand the captured packets to the module as they are, not as clean "
+     "streams",
+     &Options::as_captured},
+    {kRead, "--module", "", "PATH", "the path of DicomDecode.dll",
+     "the module, with its dictionaries beside it; without it DicomDecode.dll "
+     "beside this program",
+     &Options::module},
+    {kWritten, "--save", "", "FILE", "the file to write",
+     "the decode lines of the rows, as the module saves them",
+     &Options::save_file},
+    {kAbout, "--version", "", "", "",
+     "the versions of program, module and dictionaries", &Options::version},
+    {kAbout, "--help", "-h", "", "", "the list of options", &Options::help},
+};
+
+static_assert(std::ranges::all_of(kRows,
+                                  [](const OptionRow& row) {
+                                    return row.name.starts_with("--") &&
+                                           !row.help.empty() &&
+                                           row.TakesValue() ==
+                                               (row.target.index() != 0) &&
+                                           row.TakesValue() ==
+                                               !row.wanted.empty();
+                                  }),
+              "complete, and a value exactly where something takes it");
+
+}  // namespace
+
+std::span<const OptionRow> OptionTable() { return kRows; }
+
+}  // namespace host

@@ -1,0 +1,42 @@
+#ifndef HOST_CAPDUMP_OPTION_TABLE_H_
+#define HOST_CAPDUMP_OPTION_TABLE_H_
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "host/capdump/options.h"
+
+namespace host {
+
+// One option, with all that anybody needs to know of it: the parser, --help,
+// the table in docs/capdump.md and run.sh go by these rows.
+struct OptionRow {
+  // What the option sets, and by that whether a value stands behind it: a
+  // switch takes none, a number counts from 1 on the command line and from 0
+  // inside.
+  using Switch = bool Options::*;
+  using Text = std::string Options::*;
+  using Number = std::optional<std::uint32_t> Options::*;
+
+  std::string_view group;   // a heading; rows of a group stand together
+  std::string_view name;    // "--row"
+  std::string_view letter;  // "-h", or nothing
+  std::string_view value;   // the value's name, "N", or nothing
+  // What the value is, in "The option --row wants a number behind it."
+  std::string_view wanted;
+  std::string_view help;  // what it does, without a capital and a full stop
+  std::variant<Switch, Text, Number> target;
+
+  constexpr bool TakesValue() const { return !value.empty(); }
+};
+
+// In the order in which they are explained.
+std::span<const OptionRow> OptionTable();
+
+}  // namespace host
+
+#endif  // HOST_CAPDUMP_OPTION_TABLE_H_
