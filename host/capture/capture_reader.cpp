@@ -6,14 +6,10 @@
 #include <system_error>
 
 #include "host/capture/capture_file.h"
+#include "host/text/file_name.h"
 
 namespace host {
 namespace {
-
-std::string NameOf(const std::filesystem::path& path) {
-  const std::u8string name = path.u8string();
-  return std::string(name.begin(), name.end());
-}
 
 Nanoseconds TimeOf(const pcap_pkthdr& header) {
   // Seconds are unsigned in capture files; tv_usec holds nanoseconds here.
@@ -41,14 +37,14 @@ CaptureReader::CaptureReader(const std::filesystem::path& path,
   std::string reason;
   pcap_->handle = OpenCaptureFile(path, &reason);
   if (pcap_->handle == nullptr) {
-    throw CaptureError("Cannot read " + NameOf(path) + " (" + reason +
+    throw CaptureError("Cannot read " + Utf8FromPath(path) + " (" + reason +
                        "): give the name of a pcap or pcapng file.");
   }
   link_type_ = pcap_datalink(pcap_->handle);
   if (!IsLinkTypeKnown(link_type_)) {
     const char* name = pcap_datalink_val_to_name(link_type_);
     throw CaptureError(
-        "The frames of " + NameOf(path) + " are of link type " +
+        "The frames of " + Utf8FromPath(path) + " are of link type " +
         (name != nullptr ? name : std::to_string(link_type_)) +
         ", which is not read here: capture on Ethernet, loopback, raw IP or "
         "with Linux's \"any\" interface.");

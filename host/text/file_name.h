@@ -12,7 +12,8 @@ namespace host {
 
 // Under Wine a name that begins with one slash is the Unix file.
 std::filesystem::path PathFromUtf8(std::string_view name);
-// Never throws; what is no Unicode becomes the replacement character.
+// Never throws; what Windows has that is no Unicode becomes the replacement
+// character, and another system's bytes stay as they are.
 std::string Utf8FromPath(const std::filesystem::path& path);
 
 }  // namespace host
