@@ -34,20 +34,26 @@ class Dump {
   void Show(const std::vector<Connection>& connections);
 
  private:
+  // Connections are known by their index in the capture, from 0.
   bool IsWanted(std::size_t index, const Connection& connection) const;
+  // Both throw UsageError: before anything is shown, and when all is.
   void RequireConnection() const;
   void RequireRow() const;
+
+  // Each shows itself and what is below it. A list leaves out the rows that
+  // were not asked for.
   void ShowConnection(std::size_t index, const Connection& connection);
   void ShowList(ModuleSession& session, ListKind list,
                 std::vector<ReportedRow> rows);
   void ShowRow(ModuleSession& session, ListKind list, const ReportedRow& row);
+  // "listing connection 2 of 7", with the per cent of that.
   void ShowProgress(const char* doing, unsigned percent);
 
   const Options& options_;
   Module module_;
   DecodeControls controls_;
   std::unique_ptr<Report> report_;
-  std::unique_ptr<SaveFile> save_file_;
+  std::unique_ptr<SaveFile> save_file_;  // null without --save
   ProgressLine progress_;
   std::size_t connections_ = 0;  // in the capture
   std::size_t shown_ = 0;        // index of the one that is being shown

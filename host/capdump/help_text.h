@@ -5,8 +5,8 @@
 
 namespace host {
 
-// What --help prints: the option table between a few sentences, in lines of at
-// most 79 columns.
+// What --help prints: how capdump is called, the option table with a heading
+// for each group, and what holds for all of it. Lines of at most 79 columns.
 std::string HelpText();
 
 }  // namespace host

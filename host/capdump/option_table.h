@@ -34,7 +34,7 @@ struct OptionRow {
   constexpr bool TakesValue() const { return !value.empty(); }
 };
 
-// In the order in which they are explained.
+// In the order in which they are explained. Each name is there once.
 std::span<const OptionRow> OptionTable();
 
 }  // namespace host

@@ -19,7 +19,9 @@ class UsageError : public Failure {
 
 // What capdump was asked for. Texts are UTF-8; an empty one was not given.
 struct Options {
-  std::string capture;
+  std::string capture;  // the file's name
+
+  // What is shown.
   bool tree = false;
   bool no_message_data = false;
   bool hex = false;
@@ -29,18 +31,24 @@ struct Options {
   std::optional<std::uint32_t> connection;  // from 0
   bool all_connections = false;
   bool json = false;
+
+  // What is read, and what is written besides.
   std::string filter;  // in tcpdump's language
   bool as_captured = false;
   std::string module;     // DicomDecode.dll
   std::string save_file;  // what the module's lines are written to
+
+  // Instead of a capture.
   bool version = false;
   bool help = false;
 
-  // The lists that are shown, in their order.
+  // The lists that are shown, in the order in which they are.
   std::vector<ListKind> Lists() const;
 };
 
-// Reads the arguments behind the program's name. Throws UsageError.
+// Reads the arguments behind the program's name, in any order; what stands
+// behind "--" is no option. A value may be attached: "--row=5". Throws
+// UsageError, which says what to write instead.
 Options ParseOptions(const std::vector<std::string>& arguments);
 
 }  // namespace host

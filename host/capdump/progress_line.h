@@ -15,7 +15,8 @@ class ProgressLine {
   ProgressLine(const ProgressLine&) = delete;
   ProgressLine& operator=(const ProgressLine&) = delete;
 
-  // Cheap to call often; changes the line a few times a second.
+  // Says what is done and how far it has come, as "decoding connection 1 of 2
+  // 40 %". Cheap to call often; the line changes a few times a second.
   void Show(std::string what, unsigned percent);
   // Removes the line, before other output.
   void Clear();

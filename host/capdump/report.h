@@ -18,6 +18,7 @@ namespace host {
 // Takes what was written, UTF-8 with LF line ends.
 using Sink = std::function<void(std::string_view)>;
 
+// What is said of a connection before its lists.
 struct ReportedConnection {
   std::size_t index = 0;  // in the capture, from 0
   const Connection* connection = nullptr;
@@ -35,16 +36,19 @@ struct ReportedConnection {
 class Report {
  public:
   virtual ~Report() = default;
+  // The capture's name as it was given, and how many connections it holds.
   virtual void BeginCapture(const std::string& name, std::size_t connections,
                             std::size_t with_dicom) = 0;
   virtual void BeginConnection(const ReportedConnection& connection) = 0;
+  // All rows at once, since columns are as wide as their widest text.
   virtual void BeginList(ListKind list,
                          const std::vector<ReportedRow>& rows) = 0;
   // `decode` holds what was asked for, or nothing.
   virtual void Row(const ReportedRow& row, const DecodedRow& decode) = 0;
 };
 
-// Both hand on what they write a line or a block at a time.
+// Both hand on what they write a line or a block at a time, and keep none of
+// it.
 std::unique_ptr<Report> MakeTextReport(Sink sink);
 std::unique_ptr<Report> MakeJsonReport(Sink sink);
 

@@ -75,7 +75,7 @@ void ConnectionChooser::Update() {
 }
 
 ConnectionColumns ConnectionChooser::Texts(std::size_t connection) const {
-  return ConnectionTexts(connection + 1, document_.ConnectionAt(connection),
+  return ConnectionTexts(connection, document_.ConnectionAt(connection),
                          document_.TitlesOf(connection));
 }
 

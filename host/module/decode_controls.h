@@ -30,8 +30,9 @@ class DecodeControls {
   // Empties the hex window, which keeps its text when a decode fails before the
   // dump. The tree is emptied by the module, whose lines it holds.
   void ForgetHex();
+  // What stands in them. Texts are code page 1252.
   std::vector<TreeLine> Tree() const;
-  // Code page 1252; nothing without an edit control.
+  // Nothing without an edit control.
   std::optional<std::string> Hex() const;
 
  private:

@@ -10,18 +10,22 @@ namespace host {
 
 // Why a guarded call did not return.
 struct CallFailure {
-  std::uint32_t code = 0;  // the Win32 exception code
-  std::string text;        // for the user, without a full stop
+  std::uint32_t code = 0;  // of the exception, as the system numbers it
+  // The module's own words, or a description: "access violation at 00401000h
+  // (reading address 00000008h)". Never empty; to stand inside a sentence.
+  std::string text;
 };
 
-// Runs `function` under a structured exception frame. Every Win32 exception of
-// error severity that is raised inside and handled by nobody deeper (the
-// module's DICOM_DECODE_EXCEPTION, an access violation, a stack overflow,
-// another compiler's C++ exception, ...) ends the call; the frames below are
-// dropped without running their destructors. Nothing when the call returned.
-// `function` must not let a C++ exception of this program pass.
+// Runs `function` so that nothing that happens inside ends this program. Every
+// exception of the system of error severity that is raised inside and handled
+// by nobody deeper (the module's DICOM_DECODE_EXCEPTION, an access violation, a
+// stack overflow, another compiler's C++ exception, ...) ends the call; the
+// frames below are dropped without running their destructors. Answers nothing
+// when the call returned. `function` must not let a C++ exception of this
+// program pass. Calls may nest.
 std::optional<CallFailure> RunGuarded(void (*function)(void*), void* argument);
 
+// The same for anything that can be called.
 template <class Function>
 std::optional<CallFailure> Guarded(Function&& function) {
   return RunGuarded(

@@ -23,6 +23,7 @@ class MessageBoxAnswers {
   MessageBoxAnswers(const MessageBoxAnswers&) = delete;
   MessageBoxAnswers& operator=(const MessageBoxAnswers&) = delete;
 
+  // The time in which boxes are answered: around each call of the module.
   // Scopes may nest.
   class Scope {
    public:
@@ -41,9 +42,9 @@ class MessageBoxAnswers {
   std::vector<MessageBoxText> Take();
 
  private:
-  struct Hooks;  // how the system tells of a box
+  struct Hooks;  // how the system tells of a box, for as long as we exist
 
-  int scopes_ = 0;
+  int scopes_ = 0;  // open ones
   std::vector<MessageBoxText> boxes_;
   std::unique_ptr<Hooks> hooks_;
 };

@@ -82,6 +82,7 @@ class Module {
     const MessageBoxAnswers::Scope scope(boxes_);
     return Guarded(function);
   }
+  // Both as ModuleLibrary has them, with boxes answered.
   void Load();
   void Free();
 

@@ -23,7 +23,9 @@ struct ModuleFunctions {
 };
 
 // The module's code in this process: the one place that knows how it comes in.
-// Freeing and loading it again makes it forget everything.
+// Freeing and loading it again makes it forget everything. Loading and freeing
+// run code of the module, guarded; its message boxes are the caller's to
+// answer.
 class ModuleLibrary {
  public:
   // Loads nothing yet. `path` is that of DicomDecode.dll, absolute; the
@@ -43,6 +45,7 @@ class ModuleLibrary {
   const ModuleFunctions& functions() const { return functions_; }
 
  private:
+  // Throws Failure, with the library freed, when one is not there.
   void ResolveFunctions();
 
   struct FreeLibraryOf {

@@ -69,9 +69,11 @@ class ModuleSession {
   static std::size_t IndexOf(ListKind list) {
     return list == ListKind::kMessages ? 1 : 0;
   }
+  // What the list calls have to say.
   bool WantsLive(bool growing) const { return connection_.live || growing; }
   bool IsKnownToModule() const { return generation_ == module_.Generation(); }
   void CountRows();
+  // Displays the row with its lines going elsewhere.
   std::optional<std::string> Divert(DisplayState::Output output, RowRef row);
 
   Module& module_;

@@ -53,17 +53,22 @@ class PacketList {
  private:
   enum class Outcome { kUpToDate, kMore, kFailed, kCrashed };
 
+  // Makes the call and keeps what its message boxes said. A module that crashed
+  // is loaded again at once.
   Outcome Call(Module::ListRequest& request);
   // One call that reads and lists nothing.
   Outcome ReadSome();
   // Reads to the end, or until `progress` says no; false when the module keeps
   // failing.
   bool ReadOn(const Progress& progress);
+  // Counts a failure; true when there were enough, and no further call helps.
   bool GivesUp(Outcome outcome);
-  // `taken_before` and `fetched_before` are what the window counted before the
-  // call that had this outcome.
+  // Whether the lists hold all that the window reports, or the module stands
+  // still. `taken_before` and `fetched_before` are what the window counted
+  // before the call that had this outcome.
   bool IsFinished(Outcome outcome, std::uint32_t taken_before,
                   std::uint64_t fetched_before);
+  // Reads anew, only the packets before the one at which it failed first.
   void EndBeforeFailure(const Progress& progress);
   void AddNote(const std::string& note);
 

@@ -7,8 +7,8 @@
 
 namespace host {
 
-// A new file that the module saves decodes into. One that is there is
-// overwritten.
+// A new file that the module saves decodes into, one behind the other. One that
+// is there already is overwritten. Others may read it meanwhile.
 class SaveFile {
  public:
   // Throws Failure; `advice` is the end of its sentence, which says what to do:

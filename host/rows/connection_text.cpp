@@ -27,10 +27,10 @@ std::string TitlesText(const AeTitles& titles) {
                                       : called + " <-- " + calling;
 }
 
-ConnectionColumns ConnectionTexts(std::size_t number,
+ConnectionColumns ConnectionTexts(std::size_t index,
                                   const Connection& connection,
                                   const std::optional<AeTitles>& titles) {
-  return {std::to_string(number),
+  return {std::to_string(index + 1),
           connection.first_endpoint + " --> " + connection.second_endpoint,
           titles ? TitlesText(*titles) : std::string(),
           ContentsText(connection),

@@ -24,13 +24,15 @@ struct DumpHighlight {
   ColumnRun characters;
 };
 
-// Nothing when no byte of [offset, offset + length) stands in the line.
+// Lines count from 0. Nothing when no byte of [offset, offset + length) stands
+// in the line.
 std::optional<DumpHighlight> HighlightInLine(std::uint32_t line,
                                              std::uint32_t offset,
                                              std::uint32_t length);
 
-// The byte whose digits or character stand at this place; the blank behind a
-// byte's digits counts as the byte's. The dump may have fewer bytes.
+// The byte whose digits or character stand at this place, both from 0; the
+// blank behind a byte's digits counts as the byte's. The dump may have fewer
+// bytes. Nothing beside and between the two columns.
 std::optional<std::uint32_t> ByteAt(std::uint32_t line, std::uint32_t column);
 
 }  // namespace host

@@ -50,7 +50,7 @@ void RowFilter::TakeDirection(std::string_view direction,
   }
 }
 
-bool RowFilter::Passes(std::uint32_t position, const ListedRow& row,
+bool RowFilter::Passes(std::uint32_t index, const ListedRow& row,
                        const WireRecord* wire) const {
   if (!passes_[row.direction != 0]) return false;
   if (part_.empty() || ContainsText(row.summary, part_) ||
@@ -58,11 +58,10 @@ bool RowFilter::Passes(std::uint32_t position, const ListedRow& row,
     return true;
   }
   if (wire != nullptr && ContainsText(wire->note, part_)) return true;
-  return may_be_number_ && PassesNumbers(position, row, wire);
+  return may_be_number_ && PassesNumbers(index, row, wire);
 }
 
-// Texts are made only when they can contain what is looked for.
-bool RowFilter::PassesNumbers(std::uint32_t position, const ListedRow& row,
+bool RowFilter::PassesNumbers(std::uint32_t index, const ListedRow& row,
                               const WireRecord* wire) const {
   const bool time = part_.find_first_of(":.") != part_.npos;
   if (time) {
@@ -71,7 +70,7 @@ bool RowFilter::PassesNumbers(std::uint32_t position, const ListedRow& row,
   if (part_.find(',') != part_.npos) {
     return ContainsText(NumberText(row.length), part_);
   }
-  return ContainsText(std::to_string(position + 1), part_) ||
+  return ContainsText(std::to_string(index + 1), part_) ||
          ContainsText(std::to_string(row.length), part_);
 }
 

@@ -12,7 +12,8 @@ namespace host {
 
 // Decides which rows of a list are shown. The text is looked for in each of a
 // row's columns, in capitals or not. The word "dir:X" keeps one direction: X is
-// > or 0, < or 1, or a part of the sending endpoint, like "dir:192.0.2.2".
+// > or 0, < or 1, or a part of the sending endpoint, like "dir:192.0.2.2". Any
+// text is a filter; at worst nothing passes it.
 class RowFilter {
  public:
   RowFilter() = default;  // every row passes
@@ -21,17 +22,21 @@ class RowFilter {
             const std::string& second_endpoint);
 
   bool IsEmpty() const { return part_.empty() && passes_[0] && passes_[1]; }
-  // `position` counts from 0; `wire` may be null.
-  bool Passes(std::uint32_t position, const ListedRow& row,
+  // `index` is the row's in its list, from 0; `wire` is null when the row's
+  // record is not known. Asked for every row of a list, hence quick.
+  bool Passes(std::uint32_t index, const ListedRow& row,
               const WireRecord* wire) const;
 
  private:
-  bool PassesNumbers(std::uint32_t position, const ListedRow& row,
+  // The columns that show a number or a time. Their texts are made only when
+  // they can contain what is looked for.
+  bool PassesNumbers(std::uint32_t index, const ListedRow& row,
                      const WireRecord* wire) const;
+  // What stands behind "dir:".
   void TakeDirection(std::string_view direction, const std::string& first,
                      const std::string& second);
 
-  std::string part_;
+  std::string part_;  // what is looked for; the words but for "dir:X"
   bool may_be_number_ = false;
   bool passes_[2] = {true, true};  // by direction
 };

@@ -4,18 +4,17 @@
 
 namespace host {
 
-const ListedRow* RowPages::At(std::uint32_t position) {
-  Page& page = PageOf(position / kPageRows);
+const ListedRow* RowPages::At(std::uint32_t row) {
+  Page& page = PageOf(row / kPageRows);
   page.used = ++uses_;
-  const std::uint32_t index = position % kPageRows;
+  const std::uint32_t index = row % kPageRows;
   // The list may have grown into the page since.
-  if (index >= page.rows.size()) page.rows = source_(position - index);
+  if (index >= page.rows.size()) page.rows = source_(row - index);
   return index < page.rows.size() ? &page.rows[index] : nullptr;
 }
 
 void RowPages::Forget() { pages_ = {}; }
 
-// The page, in place of the one that was not used for the longest time.
 RowPages::Page& RowPages::PageOf(std::uint32_t number) {
   const auto found =
       std::find_if(pages_.begin(), pages_.end(), [number](const Page& page) {

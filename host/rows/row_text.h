@@ -10,7 +10,7 @@
 
 namespace host {
 
-// What a row of the list says besides its texts, for windows and consoles.
+// What a row says besides its texts, for windows and consoles.
 
 // How a row is to be told from others at a glance.
 enum class RowKind {
@@ -20,13 +20,17 @@ enum class RowKind {
   kWarning,  // a response whose status is a warning, or bytes were lost
   kFault,    // reject, abort, a response whose status is a failure
 };
+// `wire` is null when the row's record is not known; its kind is then that of
+// its summary.
 RowKind KindOf(const ListedRow& row, const WireRecord* wire);
 
-// The message ID in a row's detail text.
+// The message ID in the detail text of a message's row.
 std::optional<std::uint32_t> MessageIdOf(const ListedRow& row);
-// Whether the two rows of the message view are a command and its response.
-bool AreCommandAndResponse(const ListedRow& one, const ListedRow& other);
+// Whether the message is a response, by its summary.
 bool IsResponse(const ListedRow& row);
+// Whether the two messages are a command and its response, in either order: of
+// one service and message ID, one in each direction.
+bool AreCommandAndResponse(const ListedRow& one, const ListedRow& other);
 
 }  // namespace host
 

@@ -7,7 +7,9 @@
 
 namespace host {
 
-// The one spelling of numbers and counts in everything that people read.
+// The one spelling of counts and sizes in everything that people read. The
+// number of a row, a connection or a frame is a name, which people type in
+// again: it is spelt without commas.
 
 std::string NumberText(std::uint64_t number);  // "16,390"
 // "1 packet", "16,390 packets".
