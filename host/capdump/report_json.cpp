@@ -7,9 +7,10 @@
 namespace host {
 namespace {
 
-// Writes "name": value pairs with their commas, each once and in order. By hand:
-// a library's numbers lose the zeros of "0.001951000", which a reader sees the
-// clock's digits by, and its tree of values costs twice the time of a row.
+// Writes "name": value pairs with their commas, each once and in order. By
+// hand: a library's numbers lose the zeros of "0.001951000", which a reader
+// sees the clock's digits by, and its tree of values costs twice the time of a
+// row.
 class JsonObject {
  public:
   void Text(std::string_view name, std::string_view utf8) {

@@ -22,9 +22,11 @@
 namespace host {
 
 // An open capture and the module that lists and decodes it, without any window
-// that is seen. All reading is done in slices by Work().
+// that is seen. All reading is done in slices by Work(). One connection is
+// chosen at a time; what was listed of the others is kept.
 class CaptureDocument {
  public:
+  // Loads nothing yet.
   explicit CaptureDocument(std::filesystem::path module_path);
 
   // Throws CaptureError, and Failure when there is no usable module. What was
@@ -47,8 +49,10 @@ class CaptureDocument {
   // Per cent of all that is to be read.
   unsigned Percent() const;
 
+  // Connections by their index in the capture, as many as were met by now.
   std::size_t ConnectionCount() const;
   const Connection& ConnectionAt(std::size_t index) const;
+  // Nothing while no association request was read.
   std::optional<AeTitles> TitlesOf(std::size_t index) const;
   std::optional<std::size_t> chosen() const { return chosen_; }
   void Choose(std::size_t index);
@@ -60,9 +64,11 @@ class CaptureDocument {
   std::uint32_t Count(ListKind list) const;
   std::uint32_t Available(ListKind list) const;
   bool IsListed() const;  // the module has read all that there is by now
+  // As ModuleSession::Page; nothing without a chosen connection.
   std::vector<ListedRow> Page(ListKind list, std::uint32_t first);
   // Null without a chosen connection.
   const RowTrace* Trace(ListKind list) const;
+  // On the capture, the chosen connection and its lists.
   std::vector<std::string> Notes() const;
   bool HasModuleFailed() const;  // while it listed the chosen connection
   // A connection's responses with a failure status, and the row of the first
@@ -73,6 +79,7 @@ class CaptureDocument {
   };
   Failures FailedMessages(std::size_t connection) const;
 
+  // What a person wants to see of a decode: see DisplayState.
   struct Switches {
     bool show_message_data = true;
     std::uint32_t expand_mask = 0;

@@ -13,6 +13,7 @@
 
 namespace host {
 
+// The columns of the list, from left to right.
 enum class RowColumn {
   kNumber,
   kTime,
@@ -24,8 +25,10 @@ enum class RowColumn {
 };
 inline constexpr int kRowColumns = 7;
 
-// The rows of the view that is being looked at, and which of them the filter
-// lets pass. A position counts a view's rows from 0, an index the shown ones.
+// The rows of the list that is being looked at, and which of them the filter
+// lets pass. A position counts the list's rows from 0, an index the shown ones.
+// Rows are fetched as they come into sight, so that a list of any length costs
+// little; only a filter reads them all.
 class RowModel {
  public:
   explicit RowModel(CaptureDocument& document);
@@ -35,9 +38,10 @@ class RowModel {
   // Rows may have come or changed; answers whether the number of shown ones
   // differs.
   bool Update();
-  // Everything is new.
+  // Everything is new: another connection, or another capture.
   void Reset();
 
+  // As a person typed it: see RowFilter. Code page 1252.
   void SetFilter(const std::string& text);
   bool IsFiltered() const { return !filter_.IsEmpty(); }
 
@@ -49,20 +53,23 @@ class RowModel {
 
   // Null when the module has no such row at the moment.
   const ListedRow* Row(std::uint32_t position) { return pages_.At(position); }
-  // UTF-8.
+  // What stands in the column, UTF-8; empty for a row that is not there now.
   std::string Text(std::uint32_t position, RowColumn column);
   RowKind Kind(std::uint32_t position);
   // Where the row was in the capture; null when it is not known.
   const WireRecord* Wire(std::uint32_t position) const;
 
-  // The position in the other view that is nearest in the capture.
+  // The position in the other list that is nearest in the capture; the same one
+  // where that is not known.
   std::uint32_t PositionInOtherView(std::uint32_t position);
   // The response of a command, the command of a response (of several responses
   // the next one in turn); searched in the message view.
   std::optional<std::uint32_t> PartnerOf(std::uint32_t position);
 
  private:
+  // Lets the filter see the rows that it has not seen.
   void ExtendFilter();
+  // The texts of columns that take some thought.
   std::string DirectionText(const ListedRow& row) const;
   std::string DetailText(const ListedRow& row, const WireRecord* wire) const;
   std::string SinceText(std::uint32_t position) const;
@@ -75,8 +82,8 @@ class RowModel {
   RowPages pages_;
   RowFilter filter_;
   std::string filter_text_;
-  std::vector<std::uint32_t> passing_;
-  std::uint32_t filtered_ = 0;  // positions that the filter has seen
+  std::vector<std::uint32_t> passing_;  // positions, in order
+  std::uint32_t filtered_ = 0;          // positions that the filter has seen
   std::uint32_t count_ = 0;
 };
 

@@ -32,6 +32,7 @@ Module::Module(const std::filesystem::path& path)
 Module::~Module() { Free(); }
 
 void Module::Reload() {
+  ++generation_;  // also when loading fails: nothing is known then either
   Free();
   Load();
 }
@@ -39,7 +40,6 @@ void Module::Reload() {
 void Module::Load() {
   const MessageBoxAnswers::Scope scope(boxes_);
   library_.Load();
-  ++generation_;
 }
 
 void Module::Free() {
