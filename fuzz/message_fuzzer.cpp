@@ -49,8 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
   const std::uint32_t command_length = input.Word();
   const dicom::testing::Bytes bytes = input.Rest();
   try {
-    dicom::DecodeTreeWriter writer(host.Window(), host.Tree(), 0,
-                                   host.Images());
+    dicom::DecodeTreeWriter writer({host.Window(), host.Tree(), host.Images()},
+                                   0);
     dicom::MessageDecoder(dictionary.Get(), contexts, writer)
         .DecodeMessage({{bytes.data(), bytes.Length()},
                         command_length,

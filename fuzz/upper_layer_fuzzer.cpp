@@ -17,8 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
   host.SetState(DICOM_STATE_SHOW_MESSAGE_DATA, std::uint32_t{data[0]} & 1);
   const auto length = static_cast<std::uint32_t>(size - 1);
   {
-    dicom::DecodeTreeWriter writer(host.Window(), host.Tree(), 0,
-                                   host.Images());
+    dicom::DecodeTreeWriter writer({host.Window(), host.Tree(), host.Images()},
+                                   0);
     dicom::UpperLayerDecoder(data + 1, length, writer, dictionary.Get())
         .DecodePdu();
   }

@@ -1,14 +1,12 @@
 #include "plugin/display_driver.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <limits>
 #include <vector>
 
 #include "dimse/message_decoder.h"
 #include "tree/decode_tree_writer.h"
-#include "tree/host_display_state.h"
-#include "tree/tree_output.h"
+#include "tree/hex_dump.h"
 #include "upper_layer/upper_layer_decoder.h"
 
 namespace dicom {
@@ -17,26 +15,6 @@ namespace {
 constexpr std::uint32_t kMaxMessageDump = 64000;  // bytes
 // Deliberate: the host's own mask is for hex dump sections only.
 constexpr std::uint32_t kExpandNoSection = 0;
-
-// What the tree takes for the host's layout is what hosts compile.
-static_assert(kDisplayStateIndex == DICOM_DISPLAY_STATE_INDEX &&
-              kStateShowMessageData == DICOM_STATE_SHOW_MESSAGE_DATA &&
-              kStateOutputMode == DICOM_STATE_OUTPUT_MODE &&
-              kStateLineHeight == DICOM_STATE_LINE_HEIGHT &&
-              kStateLinesPerPage == DICOM_STATE_LINES_PER_PAGE &&
-              kStateCurrentLine == DICOM_STATE_CURRENT_LINE &&
-              kStateFileHandle == DICOM_STATE_FILE_HANDLE &&
-              kStatePrinterDc == DICOM_STATE_PRINTER_DC &&
-              kStateSectionExpandMask == DICOM_STATE_SECTION_EXPAND_MASK);
-static_assert(kHighlightLimit == DICOM_HIGHLIGHT_LIMIT &&
-              kImageTableEntries == DICOM_IMAGE_TABLE_ENTRIES);
-static_assert(sizeof(ByteRangeRecord) == sizeof(DicomByteRangeRecord) &&
-              offsetof(ByteRangeRecord, section) ==
-                  offsetof(DicomByteRangeRecord, section) &&
-              offsetof(ByteRangeRecord, offset) ==
-                  offsetof(DicomByteRangeRecord, offset) &&
-              offsetof(ByteRangeRecord, length) ==
-                  offsetof(DicomByteRangeRecord, length));
 
 // A copy of the record to show: fetching its packets runs the host's code,
 // which may change the lists.
@@ -61,10 +39,10 @@ ByteArrayView Gather(const SpanList& spans, HWND host_window,
 void DisplayDriver::Display(const DisplayRequest& request) {
   if (busy_ != 0) return;
   busy_ = 1;
-  ClearTree(request.tree_window);
+  ClearTree(request.target.tree_window);
   // Deliberate: made for an unknown window too, but without an accessor.
   const std::shared_ptr<HostContext> context =
-      contexts_.ContextOf(request.host_window);
+      contexts_.ContextOf(request.target.host_window);
   const PduReassembler& reassembler = context->Reassembler();
   if (request.message_view ? reassembler.Messages().empty()
                            : reassembler.Pdus().empty()) {
@@ -81,11 +59,11 @@ void DisplayDriver::ShowPdu(const DisplayRequest& request,
                             const HostContext& context) {
   const PduRecord pdu = RecordAt(context.Reassembler().Pdus(), request.index);
   std::vector<std::uint8_t> buffer;
-  const ByteArrayView bytes = Gather(pdu.spans, request.host_window, buffer);
+  const ByteArrayView bytes =
+      Gather(pdu.spans, request.target.host_window, buffer);
   // Deliberate: a PDU is dumped whole, a message only up to a limit.
-  ShowHexDump(request.hex_window, bytes.Bytes(), bytes.Length());
-  DecodeTreeWriter writer(request.host_window, request.tree_window,
-                          kExpandNoSection, request.image_table);
+  ShowHexDump(request.hex_window, {bytes.Bytes(), bytes.Length()});
+  DecodeTreeWriter writer(request.target, kExpandNoSection);
   UpperLayerDecoder(bytes.Bytes(), bytes.Length(), writer, dictionary_)
       .DecodePdu();
   writer.FinishTree();
@@ -97,12 +75,11 @@ void DisplayDriver::ShowMessage(const DisplayRequest& request,
       RecordAt(context.Reassembler().Messages(), request.index);
   std::vector<std::uint8_t> buffer;
   const ByteArrayView bytes =
-      Gather(message.spans, request.host_window, buffer);
+      Gather(message.spans, request.target.host_window, buffer);
   const std::uint32_t length = message.command_length + message.data_length;
-  ShowHexDump(request.hex_window, bytes.Bytes(),
-              std::min({length, kMaxMessageDump, bytes.Length()}));
-  DecodeTreeWriter writer(request.host_window, request.tree_window,
-                          kExpandNoSection, request.image_table);
+  const ByteArrayView dumped = bytes.Part(0, std::min(length, kMaxMessageDump));
+  ShowHexDump(request.hex_window, {dumped.Bytes(), dumped.Length()});
+  DecodeTreeWriter writer(request.target, kExpandNoSection);
   MessageDecoder(dictionary_, context.PresentationContexts(), writer)
       .DecodeMessage({bytes, message.command_length, message.data_length,
                       message.first_text, message.presentation_context_id});

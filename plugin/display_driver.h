@@ -6,17 +6,15 @@
 #include "dimse/dicom_dictionary.h"
 #include "interface/host_interface.h"
 #include "plugin/host_context.h"
+#include "tree/tree_lines.h"
 
 namespace dicom {
 
-// What the host asks to be shown, and where. Windows and the image table (14
-// entries, may be null) stay the host's.
+// What the host asks to be shown, and where. The windows stay the host's.
 struct DisplayRequest {
-  HWND host_window;
-  HWND tree_window;
-  std::int32_t index;  // position in the list of the chosen view
-  const std::uint32_t* image_table;
+  LineTarget target;
   HWND hex_window;
+  std::int32_t index;  // position in the list of the chosen view, from 0
   bool message_view;
 };
 

@@ -8,7 +8,7 @@
 #include "plugin/display_driver.h"
 #include "plugin/host_context.h"
 #include "plugin/list_driver.h"
-#include "tree/tree_output.h"
+#include "tree/tree_lines.h"
 
 namespace dicom {
 namespace {
@@ -100,8 +100,10 @@ void WINAPI DisplayDicomPacket(HWND host_window, HWND tree_window,
                                std::int32_t index,
                                const std::uint32_t* image_table,
                                HWND hex_window, std::uint32_t message_view) {
-  if (dicom::DisplayOrKeepFailure({host_window, tree_window, index, image_table,
-                                   hex_window, message_view != 0})) {
+  if (dicom::DisplayOrKeepFailure({{host_window, tree_window, image_table},
+                                   hex_window,
+                                   index,
+                                   message_view != 0})) {
     return;
   }
   // Raised from the outermost frame, where nothing is left to be destroyed: the

@@ -12,7 +12,6 @@
 #include "tests/test_host.h"
 #include "tracking/presentation_context_table.h"
 #include "tree/decode_tree_writer.h"
-#include "tree/tree_output.h"
 
 namespace dicom::testing {
 
@@ -69,7 +68,8 @@ class DecodeTest : public ::testing::Test {
     ClearTree(host_.Tree());
     std::string outcome;
     try {
-      DecodeTreeWriter writer(host_.Window(), host_.Tree(), 0, host_.Images());
+      DecodeTreeWriter writer({host_.Window(), host_.Tree(), host_.Images()},
+                              0);
       decode(writer);
     } catch (const std::exception& failure) {
       outcome = std::string("threw ") + failure.what();

@@ -7,7 +7,6 @@
 #include "errors/errors.h"
 #include "tests/recorders.h"
 #include "tests/test_host.h"
-#include "tree/tree_output.h"
 
 namespace dicom {
 namespace {
@@ -28,7 +27,7 @@ class DecodeTreeWriterTest : public ::testing::Test {
 
   void Begin(std::uint32_t expand_mask = 0) {
     Clear();
-    writer_.emplace(host_.Window(), host_.Tree(), expand_mask, host_.Images());
+    writer_.emplace(target_, expand_mask);
   }
 
   // An open section with `depth` levels; nothing at all for depth 0.
@@ -39,7 +38,7 @@ class DecodeTreeWriterTest : public ::testing::Test {
 
   void Add(const std::string& text, LevelStep step, std::uint32_t offset = 0,
            std::uint32_t length = 0) {
-    EXPECT_TRUE(writer_->AddLine(text, step, offset, length));
+    writer_->AddLine(text, step, offset, length);
   }
 
   // The tree depth at which the line appears, as a digit; '-' when the writer
@@ -56,6 +55,7 @@ class DecodeTreeWriterTest : public ::testing::Test {
   }
 
   TestHost host_;
+  const LineTarget target_{host_.Window(), host_.Tree(), host_.Images()};
   std::optional<DecodeTreeWriter> writer_;
 };
 
@@ -135,10 +135,10 @@ TEST_F(DecodeTreeWriterTest, FinishingExpandsTheDeepestOpenItemByTheMask) {
   const std::string finished = "0 [0+0] expanded one\n1 [0+0] leaf\n";
   EXPECT_EQ(host_.TreeText(kExpansion), finished);
   EXPECT_THROW(writer_->AddLine("x", LevelStep::kLine, 0, 0), WrongTreeDepth);
-  ExpandTreeLine(host_.Window(), host_.Tree(),
+  ExpandTreeLine(target_,
                  reinterpret_cast<HTREEITEM>(
                      ::SendMessageA(host_.Tree(), TVM_GETNEXTITEM, 0, 0)),
-                 TVE_COLLAPSE);
+                 false);
   writer_.reset();  // has nothing left to finish
   EXPECT_EQ(host_.TreeText(kExpansion),
             "0 [0+0] collapsed one\n1 [0+0] leaf\n");

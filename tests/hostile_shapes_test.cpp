@@ -149,7 +149,7 @@ class DecoderShapeTest : public ::testing::Test {
   void DecodePdu(const Bytes& pdu) {
     {
       const CostLimit limit(pdu.size());
-      DecodeTreeWriter writer(host_.Window(), host_.Tree(), 0, nullptr);
+      DecodeTreeWriter writer({host_.Window(), host_.Tree(), nullptr}, 0);
       UpperLayerDecoder(pdu.data(), pdu.Length(), writer, dictionary_.Get())
           .DecodePdu();
     }
@@ -165,7 +165,7 @@ class DecoderShapeTest : public ::testing::Test {
     for (std::uint8_t context = 0; context < 4; ++context) {
       {
         const CostLimit limit(bytes.size());
-        DecodeTreeWriter writer(host_.Window(), host_.Tree(), 0, nullptr);
+        DecodeTreeWriter writer({host_.Window(), host_.Tree(), nullptr}, 0);
         MessageDecoder(dictionary_.Get(), contexts, writer)
             .DecodeMessage({{bytes.data(), bytes.Length()},
                             context == 3 ? bytes.Length() : 0,

@@ -11,7 +11,7 @@
 #include "interface/host_interface.h"
 #include "tests/memory_file.h"
 #include "tests/shape_test.h"
-#include "tree/tree_output.h"
+#include "tree/tree_lines.h"
 
 namespace dicom::testing {
 namespace {
@@ -104,8 +104,8 @@ TEST(TreeShapeTest, AMillionSiblingsAndAsDeepAsTheyAreWide) {
       HTREEITEM parent = nullptr;
       for (int i = 0; i < count; ++i) {
         const HTREEITEM item =
-            InsertTreeLine(host.Window(), parent, "line", TVI_LAST, 5,
-                           host.Tree(), MakeByteRange(1, 2, 3));
+            InsertTreeLine({host.Window(), host.Tree(), nullptr}, parent,
+                           "line", 5, MakeByteRange(1, 2, 3));
         if (deep) parent = item;
       }
       EXPECT_EQ(host.TreeCount(), static_cast<std::uint32_t>(count));

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/test_host.h"
-#include "tree/tree_output.h"
+#include "tree/tree_lines.h"
 
 namespace dicom::testing {
 namespace {
@@ -12,11 +12,12 @@ namespace {
 TEST(PlatformTest, TreeViewExpandsOnlyItemsWithChildren) {
   const TestHost host;
   const auto insert = [&](HTREEITEM parent, const char* text) {
-    return InsertTreeLine(host.Window(), parent, text, TVI_LAST, 0, host.Tree(),
-                          nullptr);
+    return InsertTreeLine({host.Window(), host.Tree(), nullptr}, parent, text,
+                          0, nullptr);
   };
   const auto expand = [&](HTREEITEM item, UINT code) {
-    return ExpandTreeLine(host.Window(), host.Tree(), item, code);
+    return ::SendMessageA(host.Tree(), TVM_EXPAND, code,
+                          reinterpret_cast<LPARAM>(item));
   };
   const HTREEITEM a = insert(nullptr, "a");
   EXPECT_EQ(expand(a, TVE_EXPAND), 0);

@@ -1,19 +1,19 @@
 #include "tree/decode_tree_writer.h"
 
 #include <limits>
+#include <optional>
 
 #include "errors/errors.h"
-#include "tree/tree_output.h"
 
 namespace dicom {
 namespace {
 
-constexpr std::int32_t kStay = 0;  // at the current depth
 constexpr std::int32_t kAnyDepth = std::numeric_limits<std::int32_t>::max();
+constexpr std::nullopt_t kStay = std::nullopt;
 
 struct LevelRule {
   std::int32_t min_depth, max_depth;  // admitted between these
-  std::int32_t go_to;                 // level under which the line goes
+  std::optional<std::int32_t> go_to;  // depth that is returned to before it
   std::int32_t change;  // of the depth, after it; +1: it is opened
 };
 
@@ -33,7 +33,7 @@ constexpr LevelRule kLevelRules[] = {
 };
 
 const LevelRule& RuleOf(LevelStep step) {
-  const std::size_t row = static_cast<std::uint32_t>(step) - 1;
+  const std::uint32_t row = static_cast<std::uint32_t>(step) - 1;
   if (row >= std::size(kLevelRules)) throw WrongTreeDepth();
   return kLevelRules[row];
 }
@@ -42,53 +42,46 @@ constexpr std::int32_t kSubLineImages = 7;  // behind the top lines' entries
 
 }  // namespace
 
-DecodeTreeWriter::DecodeTreeWriter(HWND host_window, HWND tree_window,
-                                   std::uint32_t expand_mask,
-                                   const std::uint32_t* image_table)
-    : host_window_(host_window),
-      tree_window_(tree_window),
-      expand_mask_(expand_mask),
-      image_table_(image_table) {}
+DecodeTreeWriter::DecodeTreeWriter(const LineTarget& target,
+                                   std::uint32_t expand_mask)
+    : target_(target), expand_mask_(expand_mask) {}
 
 DecodeTreeWriter::~DecodeTreeWriter() { FinishTree(); }
 
-bool DecodeTreeWriter::AddLine(const std::string& text, LevelStep step,
+void DecodeTreeWriter::AddLine(const std::string& text, LevelStep step,
                                std::uint32_t offset, std::uint32_t length) {
   if (step == LevelStep::kSection) {
-    AddTopLine(text.c_str(), offset, length);
-    return true;
+    return AddTopLine(text.c_str(), offset, length);
   }
   const LevelRule& rule = RuleOf(step);
   if (depth_ < rule.min_depth || depth_ > rule.max_depth) {
     throw WrongTreeDepth();
   }
-  if (rule.go_to != kStay) depth_ = rule.go_to;
+  depth_ = rule.go_to.value_or(depth_);
   const HTREEITEM item =
-      Insert(text.c_str(), open_items_[static_cast<std::size_t>(depth_)],
-             TVI_LAST, section_ + kSubLineImages, offset, length);
-  depth_ += rule.change;
+      InsertTreeLine(target_, DeepestOpenItem(), text.c_str(),
+                     section_ + kSubLineImages, RangeOf(offset, length));
   // Deliberate: the marker of a diverted line is kept like any item.
   if (rule.change > 0) open_items_[static_cast<std::size_t>(depth_)] = item;
-  return true;
+  depth_ += rule.change;
 }
 
 void DecodeTreeWriter::AddTopLine(const char* text, std::uint32_t offset,
                                   std::uint32_t length) {
   FinishTree();
   ++section_;
-  // Deliberate: top lines are inserted after TVI_ROOT, not TVI_LAST.
-  open_items_[1] = Insert(text, nullptr, TVI_ROOT, section_, offset, length);
+  open_items_[0] =
+      InsertTopLine(target_, text, section_, RangeOf(offset, length));
   depth_ = 1;
 }
 
-HTREEITEM DecodeTreeWriter::Insert(const char* text, HTREEITEM parent,
-                                   HTREEITEM insert_after,
-                                   std::int32_t image_entry,
-                                   std::uint32_t offset, std::uint32_t length) {
-  return InsertTreeLine(
-      host_window_, parent, text, insert_after,
-      TreeImage(image_table_, image_entry), tree_window_,
-      MakeByteRange(static_cast<std::uint32_t>(section_), offset, length));
+GlobalBlock<DicomByteRangeRecord> DecodeTreeWriter::RangeOf(
+    std::uint32_t offset, std::uint32_t length) const {
+  return MakeByteRange(static_cast<std::uint32_t>(section_), offset, length);
+}
+
+HTREEITEM DecodeTreeWriter::DeepestOpenItem() const {
+  return open_items_[static_cast<std::size_t>(depth_ - 1)];
 }
 
 void DecodeTreeWriter::FinishTree() {
@@ -98,9 +91,7 @@ void DecodeTreeWriter::FinishTree() {
   // meaning.
   const bool expand = section_ < kMaskBits && (expand_mask_ >> section_ & 1);
   // Deliberate: what is expanded is the deepest open item, not the top line.
-  ExpandTreeLine(host_window_, tree_window_,
-                 open_items_[static_cast<std::size_t>(depth_)],
-                 expand ? TVE_EXPAND : TVE_COLLAPSE);
+  ExpandTreeLine(target_, DeepestOpenItem(), expand);
   depth_ = 0;
 }
 

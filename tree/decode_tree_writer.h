@@ -1,64 +1,63 @@
 #ifndef TREE_DECODE_TREE_WRITER_H_
 #define TREE_DECODE_TREE_WRITER_H_
 
-#include <windows.h>
-#include <commctrl.h>
-
 #include <array>
 #include <cstdint>
 #include <string>
 
 #include "tree/level_step.h"
+#include "tree/tree_lines.h"
 
 namespace dicom {
 
 // Turns a decoder's lines into the host's tree view: decides from each line's
 // LevelStep under which open item it goes and which items stay open. One writer
-// serves one display request; the windows and the image table stay the host's.
+// serves one display request.
 class DecodeTreeWriter {
  public:
-  // Bit s of `expand_mask` (sections count from 1) set: section s is expanded
-  // when it is finished. `image_table`: entry s is the image of section s's top
-  // line, s + 7 of its other lines; may be null (image 0).
-  DecodeTreeWriter(HWND host_window, HWND tree_window,
-                   std::uint32_t expand_mask, const std::uint32_t* image_table);
+  // Sections count from 1, as the host numbers them. Bit s of `expand_mask`
+  // set: section s is expanded when it is finished, else collapsed. Entry s of
+  // the target's image table is the image of section s's top line, s + 7 of its
+  // other lines.
+  DecodeTreeWriter(const LineTarget& target, std::uint32_t expand_mask);
   DecodeTreeWriter(const DecodeTreeWriter&) = delete;
   DecodeTreeWriter& operator=(const DecodeTreeWriter&) = delete;
   virtual ~DecodeTreeWriter();
 
   // Writes one line that describes `length` bytes at `offset` of the bytes in
-  // the hex window. Shown up to the first zero byte of `text`. Returns true.
-  // Throws WrongTreeDepth, with nothing changed, when the current depth does
-  // not admit the step.
-  bool AddLine(const std::string& text, LevelStep step, std::uint32_t offset,
+  // the hex window. Shown up to the first zero byte of `text`. Throws
+  // WrongTreeDepth, with nothing changed, when the current depth does not admit
+  // the step.
+  void AddLine(const std::string& text, LevelStep step, std::uint32_t offset,
                std::uint32_t length);
 
-  // Expands or collapses the last section. Run again by the destructor, then
-  // without effect.
+  // Expands or collapses the last section and closes all its levels. Run again
+  // by the destructor, then without effect.
   void FinishTree();
 
-  HWND HostWindow() const { return host_window_; }
-  HWND TreeWindow() const { return tree_window_; }
-  const std::uint32_t* ImageTable() const { return image_table_; }
+  // For lines that go past the writer.
+  const LineTarget& Target() const { return target_; }
 
  private:
+  // Ends the section before and opens the first level of a new one.
   void AddTopLine(const char* text, std::uint32_t offset, std::uint32_t length);
-  HTREEITEM Insert(const char* text, HTREEITEM parent, HTREEITEM insert_after,
-                   std::int32_t image_entry, std::uint32_t offset,
-                   std::uint32_t length);
 
-  // The depth checks are the limit, not this storage: they admit up to seven
-  // open levels.
-  static constexpr std::size_t kOpenItems = 8;
+  // A range of the current section.
+  GlobalBlock<DicomByteRangeRecord> RangeOf(std::uint32_t offset,
+                                            std::uint32_t length) const;
 
-  HWND host_window_;
-  HWND tree_window_;
-  std::uint32_t expand_mask_;
-  // Entry k is the item under which level k's lines go; entry 0 is never used.
-  std::array<HTREEITEM, kOpenItems> open_items_{};
-  std::int32_t depth_ = 0;
-  std::int32_t section_ = 0;
-  const std::uint32_t* image_table_;
+  // The item under which the lines of the deepest open level go. There has to
+  // be one.
+  HTREEITEM DeepestOpenItem() const;
+
+  // What the depth checks admit.
+  static constexpr std::size_t kMaxOpenItems = 7;
+
+  const LineTarget target_;
+  const std::uint32_t expand_mask_;
+  std::array<HTREEITEM, kMaxOpenItems> open_items_{};  // outermost first
+  std::int32_t depth_ = 0;    // how many of them are open
+  std::int32_t section_ = 0;  // how many were begun
 };
 
 }  // namespace dicom

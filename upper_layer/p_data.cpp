@@ -1,4 +1,4 @@
-#include "tree/tree_output.h"
+#include "tree/hex_dump.h"
 #include "upper_layer/upper_layer_decoder.h"
 
 namespace dicom {
@@ -33,10 +33,8 @@ void UpperLayerDecoder::DecodeData() {
 // Deliberate: past the writer, whose section count the dump leaves alone.
 void UpperLayerDecoder::ShowMessageData() {
   const ByteArrayView rest = Part(position_, Length());
-  AddHexDumpSection(tree_writer_.HostWindow(), tree_writer_.TreeWindow(),
-                    rest.Bytes(), position_,
-                    static_cast<std::int32_t>(rest.Length()),
-                    "DICOM Message Data", 1, tree_writer_.ImageTable());
+  AddHexDumpSection(tree_writer_.Target(), {rest.Bytes(), rest.Length()},
+                    position_, "DICOM Message Data");
 }
 
 }  // namespace dicom
