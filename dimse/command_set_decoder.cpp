@@ -6,67 +6,51 @@
 
 namespace dicom {
 
-CommandSetDecoder::CommandSetDecoder(const ByteArrayView& command_set,
+using enum LevelStep;
+
+CommandSetDecoder::CommandSetDecoder(const MessageParts& message,
                                      const DicomDictionary& dictionary,
-                                     DecodeTreeWriter& writer,
-                                     const std::string& caption_suffix,
-                                     std::uint32_t& position)
-    : bytes_(command_set),
-      dictionary_(dictionary),
-      writer_(writer),
-      position_(position) {
-  position_ = 0;
-  writer_.AddLine("DICOM - Command Set: " + caption_suffix, LevelStep::kSection,
-                  0, bytes_.Length());
-  std::uint32_t next = 0;
-  for (CommandElement element; NextCommandElement(bytes_, next, element);) {
-    DecodeElement(element);
-    position_ = next;
+                                     DecodeTreeWriter& writer)
+    : LineCursor(message.bytes.Part(0, message.command_length), 0,
+                 kLittleEndian, writer),
+      caption_suffix_(message.caption_suffix),
+      dictionary_(dictionary) {}
+
+void CommandSetDecoder::Decode() {
+  ShowHere("DICOM - Command Set: " + caption_suffix_, kSection,
+           Bytes().Length());
+  while (const auto element = CommandElementAt(Bytes(), Position())) {
+    DecodeElement(*element);
   }
 }
 
+// Tag, 32-bit length, value; the VR is the dictionary's.
 void CommandSetDecoder::DecodeElement(const CommandElement& element) {
-  const std::string tag = TagTextOf(element.group, element.element);
-  dictionary_.LookupDataElement(tag, entry_);
-
+  const std::string tag = TagText(element.group, element.element);
+  const DataElementEntry entry = dictionary_.LookupDataElement(tag);
   // Deliberate: kOpenAtLevel1, where an element of a data set has kOpen.
-  writer_.AddLine(tag + " - " + entry_.name, LevelStep::kOpenAtLevel1,
-                  position_, SaturatingSum(element.value_length, 8));
+  ShowHere(tag + " - " + entry.name, kOpenAtLevel1,
+           SaturatingSum(element.value_length, 8));
   // Deliberate: the name again, not the VR.
-  writer_.AddLine("Value Type: " + entry_.name, LevelStep::kLine, position_, 4);
-  position_ += 4;
-  writer_.AddLine(
-      "Value Length: " + LongHexAndDecimal(bytes_, position_, kLittleEndian),
-      LevelStep::kLine, position_, 4);
-  position_ += 4;
-  DecodeValue(element);
+  Show("Value Type: " + entry.name, kLine, 4);
+  Show("Value Length: " + LongHexAndDecimal(Long()), kLine, 4);
+  DecodeValue(element, entry.vr_code);
 }
 
-void CommandSetDecoder::DecodeValue(const CommandElement& element) {
+void CommandSetDecoder::DecodeValue(const CommandElement& element,
+                                    std::int32_t vr_code) {
   const std::uint32_t length = element.value_length;
   if (element.Is(0x0000, 0x0100)) {
-    writer_.AddLine("Value Field: " + CommandFieldText(), LevelStep::kLine,
-                    position_, length);
-    return;
+    // Deliberate: two bytes are read whatever the value length says.
+    std::string text = "Value Field: " + WordHex(Word()) + " - ";
+    text += CommandName(Word());
+    return Show(text, kLine, length);
   }
-  const std::string value =
-      ValueText(bytes_, position_, length, kLittleEndian, entry_.vrCode);
-  if (entry_.vrCode != kVrUi) {
-    writer_.AddLine("Value Field: " + value, LevelStep::kLine, position_,
-                    length);
-    return;
-  }
-  writer_.AddLine("Value Field: " + value, LevelStep::kOpen, position_, length);
-  writer_.AddLine("UID description: " + dictionary_.LookupUidDescription(value),
-                  LevelStep::kLastLineOfTwo, position_, length);
-}
-
-// Deliberate: two bytes are read whatever the value length says.
-std::string CommandSetDecoder::CommandFieldText() const {
-  std::string text = WordHex(bytes_, position_, kLittleEndian);
-  text += " - ";
-  text += CommandName(bytes_.WordAt(position_, kLittleEndian));
-  return text;
+  const std::string value = Value(length, vr_code);
+  if (vr_code != kVrUi) return Show("Value Field: " + value, kLine, length);
+  ShowHere("Value Field: " + value, kOpen, length);
+  Show("UID description: " + dictionary_.LookupUidDescription(value),
+       kLastLineOfTwo, length);
 }
 
 }  // namespace dicom

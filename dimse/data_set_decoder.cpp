@@ -6,6 +6,9 @@
 #include "tracking/saturating_sum.h"
 
 namespace dicom {
+
+using enum LevelStep;
+
 namespace {
 
 constexpr std::uint32_t kUndefinedLength = 0xFFFFFFFF;
@@ -16,29 +19,33 @@ bool IsBulk(std::int32_t vr_code) {
   return vr_code == kVrOb || vr_code == kVrOw || vr_code == kVrSq;
 }
 
+// What the hex window shows up to the end of the data set.
+ByteArrayView UpToItsEnd(const MessageParts& message) {
+  return message.bytes.Part(
+      0, SaturatingSum(message.command_length, message.data_length));
+}
+
 }  // namespace
 
-DataSetDecoder::DataSetDecoder(const ByteArrayView& data_set,
-                               const DicomDictionary& dictionary,
-                               DecodeTreeWriter& writer,
+DataSetDecoder::DataSetDecoder(const MessageParts& message,
                                const PresentationContextTable& contexts,
-                               std::uint8_t presentation_context_id,
-                               std::uint32_t base_offset,
-                               std::uint32_t& position)
-    : bytes_(data_set),
-      dictionary_(dictionary),
-      writer_(writer),
-      base_offset_(base_offset),
-      position_(position) {
-  position_ = 0;
-  const bool big_endian = contexts.IsBigEndian(presentation_context_id);
-  const bool explicit_vr = contexts.IsExplicitVr(presentation_context_id);
+                               const DicomDictionary& dictionary,
+                               DecodeTreeWriter& writer)
+    : LineCursor(UpToItsEnd(message), message.command_length, kLittleEndian,
+                 writer),
+      contexts_(contexts),
+      context_id_(message.presentation_context_id),
+      dictionary_(dictionary) {}
+
+void DataSetDecoder::Decode() {
+  const bool big_endian = contexts_.IsBigEndian(context_id_);
+  const bool explicit_vr = contexts_.IsExplicitVr(context_id_);
   // Deliberate: nothing at all, not even the section line.
   if (big_endian && !explicit_vr) return;
 
-  if (big_endian) order_ = kBigEndian;
-  ShowHere("DICOM - Data Set", LevelStep::kSection, bytes_.Length());
-  while (position_ < bytes_.Length()) {
+  if (big_endian) SetOrder(kBigEndian);
+  ShowHere("DICOM - Data Set", kSection, Rest().Length());
+  while (!AtEnd()) {
     explicit_vr ? DecodeExplicitElement() : DecodeImplicitElement();
   }
 }
@@ -46,107 +53,82 @@ DataSetDecoder::DataSetDecoder(const ByteArrayView& data_set,
 // Deliberate: here an undefined length is a length like any other, it passes
 // the end. Tag, 32-bit length, value; the VR is the dictionary's.
 void DataSetDecoder::DecodeImplicitElement() {
-  const std::string tag = TagText(bytes_, position_, order_);
-  const std::uint32_t length = bytes_.LongAt(position_ + 4, order_);
+  const std::uint32_t length = Long(4);
   // Deliberate: kOpen; an element of the command set returns to level 1.
-  ShowElement(tag, LevelStep::kOpen, SaturatingSum(length, 8));
-  Show("Value Length: " + LongHexAndDecimal(bytes_, position_, order_),
-       LevelStep::kLine, 4);
-  ShowValue(length, entry_.vrCode);
+  const DataElementEntry entry = ShowElement(kOpen, SaturatingSum(length, 8));
+  Show("Value Length: " + LongHexAndDecimal(Long()), kLine, 4);
+  ShowValue(length, entry.vr_code);
 }
 
 // Tag and two VR letters, then one of two forms, chosen by the letters; the
 // dictionary has no say.
 void DataSetDecoder::DecodeExplicitElement() {
-  const std::int32_t vr_code = VrCodeOf(bytes_.CharactersAt(position_ + 4, 2));
+  const std::int32_t vr_code = VrCodeOf(Characters(2, 4));
   IsBulk(vr_code) ? DecodeLongForm(vr_code) : DecodeShortForm(vr_code);
 }
 
 // Tag, VR, 16-bit length, value.
 void DataSetDecoder::DecodeShortForm(std::int32_t vr_code) {
-  const std::string tag = TagText(bytes_, position_, order_);
-  const std::string vr(bytes_.CharactersAt(position_ + 4, 2));
-  const std::uint32_t length = bytes_.WordAt(position_ + 6, order_);
+  const std::uint32_t length = Word(6);
   // Deliberate: two bytes more than the element has.
-  ShowElement(tag, std::exchange(element_step_, LevelStep::kOpen), length + 10);
-  Show("Value Representation: " + vr, LevelStep::kLine, 2);
-  Show("Value Length: " + WordHexAndDecimal(bytes_, position_, order_),
-       LevelStep::kLine, 2);
+  ShowElement(std::exchange(element_step_, kOpen), length + 10);
+  Show("Value Representation: " + Characters(2), kLine, 2);
+  Show("Value Length: " + WordHexAndDecimal(Word()), kLine, 2);
   ShowValue(length, vr_code);
 }
 
 // Tag, VR, reserved word, 32-bit length, value or items.
 void DataSetDecoder::DecodeLongForm(std::int32_t vr_code) {
-  const std::string tag = TagText(bytes_, position_, order_);
-  const std::string vr(bytes_.CharactersAt(position_ + 4, 2));
-  const std::uint32_t length = bytes_.LongAt(position_ + 8, order_);
-  ShowElement(tag, std::exchange(element_step_, LevelStep::kOpen),
-              SaturatingSum(length, 12));
-  Show("Value Representation: " + vr, LevelStep::kLine, 2);
-  Show("Reserved: " + WordHex(bytes_, position_, order_), LevelStep::kLine, 2);
-  Show("Value Length: " + LongHexAndDecimal(bytes_, position_, order_),
-       LevelStep::kLine, 4);
+  const std::uint32_t length = Long(8);
+  ShowElement(std::exchange(element_step_, kOpen), SaturatingSum(length, 12));
+  Show("Value Representation: " + Characters(2), kLine, 2);
+  Show("Reserved: " + WordHex(Word()), kLine, 2);
+  Show("Value Length: " + LongHexAndDecimal(Long()), kLine, 4);
   if (length != kUndefinedLength) return ShowValue(length, vr_code);
   while (DecodeItem(vr_code)) {
   }
   // No line of an item closes the enclosing element: the next one has to.
-  element_step_ = LevelStep::kOpenAtLevel1;
+  element_step_ = kOpenAtLevel1;
 }
 
-// Tag, 32-bit length, value. Answers whether another item may follow.
+// Tag, 32-bit length, value.
 bool DataSetDecoder::DecodeItem(std::int32_t enclosing_vr_code) {
-  if (position_ >= bytes_.Length()) return false;
-  const std::string tag = TagText(bytes_, position_, order_);
-  const std::uint32_t length = bytes_.LongAt(position_ + 4, order_);
+  if (AtEnd()) return false;
+  const std::string tag = Tag();
+  const std::uint32_t length = Long(4);
   // Deliberate: a sequence's item has no value line and is skipped whole, and
   // the caption has its colon only where it is empty. The last line, whichever
   // it is, returns to the enclosing element's children.
   const bool has_value_line = length == 0 || enclosing_vr_code != kVrSq;
-  ShowElement(tag, LevelStep::kOpen, SaturatingSum(length, 8));
-  Show("Value Length: " + LongHexAndDecimal(bytes_, position_, order_),
-       has_value_line ? LevelStep::kLine : LevelStep::kLastLine, 4);
+  ShowElement(kOpen, SaturatingSum(length, 8));
+  Show("Value Length: " + LongHexAndDecimal(Long()),
+       has_value_line ? kLine : kLastLine, 4);
   if (has_value_line) {
-    ShowHere(length == 0 ? "Value Field: " : "Value Field",
-             LevelStep::kLastLine, length);
+    ShowHere(length == 0 ? "Value Field: " : "Value Field", kLastLine, length);
   }
-  position_ = SaturatingSum(position_, length);
+  Advance(length);
   // Deliberate: any other tag ends the value, not only the delimiter's.
   return tag == "(FFFE,E000)";
 }
 
-void DataSetDecoder::ShowElement(const std::string& tag, LevelStep step,
-                                 std::uint32_t length) {
-  dictionary_.LookupDataElement(tag, entry_);
-  ShowHere(tag + " - " + entry_.name, step, length);
+DataElementEntry DataSetDecoder::ShowElement(LevelStep step,
+                                             std::uint32_t length) {
+  const std::string tag = Tag();
+  DataElementEntry entry = dictionary_.LookupDataElement(tag);
+  ShowHere(tag + " - " + entry.name, step, length);
   // Deliberate: the name again, not the VR.
-  Show("Value Type: " + entry_.name, LevelStep::kLine, 4);
+  Show("Value Type: " + entry.name, kLine, 4);
+  return entry;
 }
 
-// The value line, which closes the element.
 void DataSetDecoder::ShowValue(std::uint32_t length, std::int32_t vr_code) {
-  if (IsBulk(vr_code)) {
-    // Deliberate: without a colon.
-    return Show("Value Field", LevelStep::kLastLine, length);
-  }
-  const std::string value =
-      ValueText(bytes_, position_, length, order_, vr_code);
-  if (vr_code != kVrUi) {
-    return Show("Value Field: " + value, LevelStep::kLastLine, length);
-  }
-  ShowHere("Value Field: " + value, LevelStep::kOpen, length);
+  // Deliberate: without a colon.
+  if (IsBulk(vr_code)) return Show("Value Field", kLastLine, length);
+  const std::string value = Value(length, vr_code);
+  if (vr_code != kVrUi) return Show("Value Field: " + value, kLastLine, length);
+  ShowHere("Value Field: " + value, kOpen, length);
   Show("UID description: " + dictionary_.LookupUidDescription(value),
-       LevelStep::kLastLineOfTwo, length);
-}
-
-void DataSetDecoder::ShowHere(const std::string& text, LevelStep step,
-                              std::uint32_t length) {
-  writer_.AddLine(text, step, SaturatingSum(base_offset_, position_), length);
-}
-
-void DataSetDecoder::Show(const std::string& text, LevelStep step,
-                          std::uint32_t length) {
-  ShowHere(text, step, length);
-  position_ = SaturatingSum(position_, length);
+       kLastLineOfTwo, length);
 }
 
 }  // namespace dicom

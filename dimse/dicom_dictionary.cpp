@@ -149,9 +149,7 @@ void DicomDictionary::AddDataElement(std::string_view line) {
       line.substr(tag_end + 1, name_end - tag_end - 1);
   const std::string_view columns = line.substr(name_end + 1);
   if (name.empty() || !IsVrAndExtraText(columns)) return;
-  const std::size_t extra_text = std::min(columns.size(), kVrWidth + 1);
-  data_elements_.push_back({tag, name, columns.substr(extra_text),
-                            VrCodeOf(columns.substr(0, kVrWidth))});
+  data_elements_.push_back({tag, name, VrCodeOf(columns.substr(0, kVrWidth))});
 }
 
 // Deliberate: an empty UID is kept, and the first of two lines for a UID wins.
@@ -166,32 +164,24 @@ void DicomDictionary::AddUid(std::string_view line) {
   uids_.push_back({uid, line.substr(uid_end + 1)});
 }
 
-bool DicomDictionary::LookupDataElement(const std::string& tagText,
-                                        DataElementEntry& entry) const {
-  std::string key = tagText;
+DataElementEntry DicomDictionary::LookupDataElement(
+    const std::string& tag_text) const {
+  std::string key = tag_text;
   FoldRepeatingGroup(key);
   const bool is_tag = key.starts_with('(') && key.ends_with(')');
-  const Element* const element =
+  const ElementLine* const line =
       is_tag ? Find(data_elements_,
                     std::string_view(key).substr(1, key.size() - 2))
              : nullptr;
-  if (element == nullptr) {
-    entry.vrCode = kVrUnknown;
-    entry.extraText.clear();
-    entry.name = "Unknown Tag";
-    return false;
-  }
-  entry.vrCode = element->vr_code;
-  entry.extraText = element->extra_text;
-  entry.name = element->name;
-  return true;
+  if (line == nullptr) return {kVrUnknown, "Unknown Tag"};
+  return {line->vr_code, std::string(line->name)};
 }
 
 // Deliberate: the text is not trimmed, so a UID with its padding is undefined.
 std::string DicomDictionary::LookupUidDescription(
-    const std::string& uidText) const {
-  const Uid* const uid = Find(uids_, uidText);
-  return std::string(uid == nullptr ? "- Undefined UID" : uid->description);
+    std::string_view uid_text) const {
+  const UidLine* const line = Find(uids_, uid_text);
+  return std::string(line == nullptr ? "- Undefined UID" : line->description);
 }
 
 }  // namespace dicom

@@ -44,13 +44,9 @@ enum VrCode : std::int32_t {
 std::int32_t VrCodeOf(std::string_view vr_text);
 
 // What the dictionary says of one data element.
-class DataElementEntry {
- public:
-  virtual ~DataElementEntry() = default;
-
-  std::int32_t vrCode = kVrUnknown;
-  std::string extraText;  // column 4 of Data.dic, for example "retired"
-  std::string name;       // column 2 of Data.dic
+struct DataElementEntry {
+  std::int32_t vr_code;  // column 3 of Data.dic
+  std::string name;      // column 2
 };
 
 // The two text dictionaries of the host's current directory, read once on
@@ -63,26 +59,24 @@ class DicomDictionary {
   DicomDictionary(const DicomDictionary&) = delete;
   DicomDictionary& operator=(const DicomDictionary&) = delete;
 
-  // `tagText` has the form (gggg,eeee), upper case. Fills `entry` and answers
-  // true; an unknown tag gives vrCode -1, the name "Unknown Tag", no extra
-  // text, and false. Groups 50gg and 60gg are looked up as 50xx and 60xx.
-  bool LookupDataElement(const std::string& tagText,
-                         DataElementEntry& entry) const;
+  // `tag_text` has the form (gggg,eeee), upper case. An unknown tag has the VR
+  // code kVrUnknown and the name "Unknown Tag". Groups 50gg and 60gg are looked
+  // up as 50xx and 60xx.
+  DataElementEntry LookupDataElement(const std::string& tag_text) const;
 
   // The description of a UID, "- Undefined UID" for an unknown one. The text is
   // not trimmed.
-  std::string LookupUidDescription(const std::string& uidText) const;
+  std::string LookupUidDescription(std::string_view uid_text) const;
 
  private:
   // One line of either file, as parts of its text: thousands of lines are read
   // while a host waits for the module to load, so none is copied.
-  struct Element {
+  struct ElementLine {
     std::string_view key;  // the tag without parentheses
     std::string_view name;
-    std::string_view extra_text;
     std::int32_t vr_code;
   };
-  struct Uid {
+  struct UidLine {
     std::string_view key;
     std::string_view description;
   };
@@ -92,8 +86,8 @@ class DicomDictionary {
 
   std::vector<char> data_text_;
   std::vector<char> uid_text_;
-  std::vector<Element> data_elements_;  // ascending by key, no key twice
-  std::vector<Uid> uids_;
+  std::vector<ElementLine> data_elements_;  // ascending by key, no key twice
+  std::vector<UidLine> uids_;
 };
 
 }  // namespace dicom

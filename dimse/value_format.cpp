@@ -30,7 +30,7 @@ std::string Signed(std::int32_t value) {
 }
 
 // Deliberate: the decimal of an unsigned value is signed.
-std::string HexAndDecimal(std::uint32_t value, int min_digits) {
+std::string HexAndSigned(std::uint32_t value, int min_digits) {
   std::string text = Hex(value, min_digits);
   text += ", ";
   AppendSigned(text, static_cast<std::int32_t>(value));
@@ -91,36 +91,24 @@ std::string Characters(const ByteArrayView& bytes, std::uint32_t position,
 
 }  // namespace
 
+std::string ByteDecimal(std::uint8_t value) { return Signed(value); }
+
+std::string ByteHex(std::uint8_t value) { return Hex(value, 2); }
+
+std::string WordHex(std::uint16_t value) { return Hex(value, 4); }
+
+std::string WordHexAndDecimal(std::uint16_t value) {
+  return HexAndSigned(value, 4);
+}
+
+std::string LongHex(std::uint32_t value) { return Hex(value, 8); }
+
+std::string LongHexAndDecimal(std::uint32_t value) {
+  return HexAndSigned(value, 8);
+}
+
 std::string HexAndDecimal(std::uint32_t value) {
-  return HexAndDecimal(value, 1);
-}
-
-std::string ByteDecimal(const ByteArrayView& bytes, std::uint32_t position) {
-  return Signed(bytes.ByteAt(position));
-}
-
-std::string ByteHex(const ByteArrayView& bytes, std::uint32_t position) {
-  return Hex(bytes.ByteAt(position), 2);
-}
-
-std::string WordHex(const ByteArrayView& bytes, std::uint32_t position,
-                    std::uint32_t order) {
-  return Hex(bytes.WordAt(position, order), 4);
-}
-
-std::string WordHexAndDecimal(const ByteArrayView& bytes,
-                              std::uint32_t position, std::uint32_t order) {
-  return HexAndDecimal(bytes.WordAt(position, order), 4);
-}
-
-std::string LongHex(const ByteArrayView& bytes, std::uint32_t position,
-                    std::uint32_t order) {
-  return Hex(bytes.LongAt(position, order), 8);
-}
-
-std::string LongHexAndDecimal(const ByteArrayView& bytes,
-                              std::uint32_t position, std::uint32_t order) {
-  return HexAndDecimal(bytes.LongAt(position, order), 8);
+  return HexAndSigned(value, 1);
 }
 
 std::string Unsigned(std::uint32_t value) {
@@ -129,19 +117,10 @@ std::string Unsigned(std::uint32_t value) {
   return text;
 }
 
-std::string TagText(const ByteArrayView& bytes, std::uint32_t position,
-                    std::uint32_t order) {
-  bytes.RequireBytes(position, 4);
-  return TagTextOf(bytes.WordAt(position, order),
-                   bytes.WordAt(position + 2, order));
-}
-
 // Deliberate: one zero byte at most, and no blank, is removed.
-std::string UidText(const ByteArrayView& bytes, std::uint32_t position,
-                    std::uint32_t length) {
-  std::string text = Characters(bytes, position, length);
-  if (text.ends_with('\0')) text.pop_back();
-  return text;
+std::string UidText(std::string characters) {
+  if (characters.ends_with('\0')) characters.pop_back();
+  return characters;
 }
 
 // Deliberate: what has a fixed width is read in that width whatever the value
@@ -149,15 +128,17 @@ std::string UidText(const ByteArrayView& bytes, std::uint32_t position,
 // SQ and the default show a word of their own and check no bounds.
 std::string ValueText(const ByteArrayView& bytes, std::uint32_t position,
                       std::uint32_t length, std::uint32_t order,
-                      std::int32_t vrCode) {
-  switch (vrCode) {
+                      std::int32_t vr_code) {
+  switch (vr_code) {
     case kVrUnknown:
       // Deliberate: the leading blank, so that the line has two.
       return " Unknown Type";
     case kVrAs:  // Deliberate: always four bytes
       return Characters(bytes, position, 4);
     case kVrAt:
-      return TagText(bytes, position, order);
+      bytes.RequireBytes(position, 4);
+      return TagText(bytes.WordAt(position, order),
+                     bytes.WordAt(position + 2, order));
     case kVrAe:
     case kVrCs:
     case kVrDa:
@@ -192,7 +173,7 @@ std::string ValueText(const ByteArrayView& bytes, std::uint32_t position,
     case kVrSs:
       return Signed(static_cast<std::int16_t>(bytes.WordAt(position, order)));
     case kVrUi:
-      return UidText(bytes, position, length);
+      return UidText(Characters(bytes, position, length));
     case kVrUl:
       return Unsigned(bytes.LongAt(position, order));
     case kVrUs:

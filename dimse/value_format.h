@@ -8,42 +8,27 @@
 
 namespace dicom {
 
-// The only forms in which decoders show numbers. Those with `bytes` read the
-// field at `position` (throwing OutOfRange past the end), those with `order` in
-// that byte order; the others show the value that they are given.
+// The only forms in which decoders show numbers.
 // Deliberate: "%d" of a 32-bit value is signed (80000000h, -2147483648).
+std::string ByteDecimal(std::uint8_t value);         // 7
+std::string ByteHex(std::uint8_t value);             // 07h
+std::string WordHex(std::uint16_t value);            // 0030h
+std::string WordHexAndDecimal(std::uint16_t value);  // 0002h, 2
+std::string LongHex(std::uint32_t value);            // 00000004h
+std::string LongHexAndDecimal(std::uint32_t value);  // 00000004h, 4
+std::string HexAndDecimal(std::uint32_t value);      // 1Ah, 26
+std::string Unsigned(std::uint32_t value);           // 4294967295
 
-std::string HexAndDecimal(std::uint32_t value);  // 1Ah, 26
-std::string ByteDecimal(const ByteArrayView& bytes,
-                        std::uint32_t position);                          // 7
-std::string ByteHex(const ByteArrayView& bytes, std::uint32_t position);  // 07h
-std::string WordHex(const ByteArrayView& bytes, std::uint32_t position,
-                    std::uint32_t order);  // 0030h
-std::string WordHexAndDecimal(const ByteArrayView& bytes,
-                              std::uint32_t position,
-                              std::uint32_t order);  // 0002h, 2
-std::string LongHex(const ByteArrayView& bytes, std::uint32_t position,
-                    std::uint32_t order);  // 00000004h
-std::string LongHexAndDecimal(const ByteArrayView& bytes,
-                              std::uint32_t position,
-                              std::uint32_t order);  // 00000004h, 4
-std::string Unsigned(std::uint32_t value);           // "%u"
-
-// Group and element at `position` as (gggg,eeee).
-std::string TagText(const ByteArrayView& bytes, std::uint32_t position,
-                    std::uint32_t order);
-
-// The `length` bytes at `position` without one trailing zero byte, if there is
-// one; empty for length 0.
-std::string UidText(const ByteArrayView& bytes, std::uint32_t position,
-                    std::uint32_t length);
+// A UID's characters without one trailing zero byte, if there is one; what is
+// empty stays empty.
+std::string UidText(std::string characters);
 
 // The text behind "Value Field: " for a value of `length` bytes at `position`,
-// by VR code. Throws OutOfRange when the bytes that the VR reads reach past the
-// end.
+// by its VR code (a VrCode, or any other number). Throws OutOfRange when the
+// bytes that the VR reads reach past the end.
 std::string ValueText(const ByteArrayView& bytes, std::uint32_t position,
                       std::uint32_t length, std::uint32_t order,
-                      std::int32_t vrCode);
+                      std::int32_t vr_code);
 
 }  // namespace dicom
 

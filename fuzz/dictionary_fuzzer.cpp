@@ -16,12 +16,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
   const std::string elements = text.substr(0, first);
   const std::string uids = text.substr(std::min(first + 1, size));
   const dicom::testing::TestDictionary dictionary(uids, elements);
-  dicom::DataElementEntry entry;
   for (std::size_t line = 0; line < elements.size(); ++line) {
     const std::string tag = elements.substr(line, 9);
-    if (dictionary.Get().LookupDataElement("(" + tag + ")", entry)) {
+    const dicom::DataElementEntry entry =
+        dictionary.Get().LookupDataElement("(" + tag + ")");
+    if (entry.name != "Unknown Tag") {
       Require(!entry.name.empty(), "an element has a name");
-      Require(entry.vrCode >= -1 && entry.vrCode <= 25,
+      Require(entry.vr_code >= -1 && entry.vr_code <= 25,
               "a VR code is one of the list");
       Require(elements.find(entry.name) != elements.npos ||
                   elements.find('\r') != elements.npos,

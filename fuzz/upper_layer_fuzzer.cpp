@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
   {
     dicom::DecodeTreeWriter writer({host.Window(), host.Tree(), host.Images()},
                                    0);
-    dicom::UpperLayerDecoder(data + 1, length, writer, dictionary.Get())
+    dicom::UpperLayerDecoder({data + 1, length}, dictionary.Get(), writer)
         .DecodePdu();
   }
   dicom::fuzz::CheckTree(host, length);

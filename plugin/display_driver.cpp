@@ -64,8 +64,7 @@ void DisplayDriver::ShowPdu(const DisplayRequest& request,
   // Deliberate: a PDU is dumped whole, a message only up to a limit.
   ShowHexDump(request.hex_window, {bytes.Bytes(), bytes.Length()});
   DecodeTreeWriter writer(request.target, kExpandNoSection);
-  UpperLayerDecoder(bytes.Bytes(), bytes.Length(), writer, dictionary_)
-      .DecodePdu();
+  UpperLayerDecoder(bytes, dictionary_, writer).DecodePdu();
   writer.FinishTree();
 }
 

@@ -28,8 +28,9 @@ class CommandSetDecoderTest : public DecodeTest {
   std::string Decode(const Bytes& command_set,
                      const std::string& caption_suffix = "") {
     return TreeOf([&](DecodeTreeWriter& writer) {
-      CommandSetDecoder(ViewOf(command_set), dictionary_.Get(), writer,
-                        caption_suffix, position_);
+      Run(CommandSetDecoder(
+          {ViewOf(command_set), command_set.Length(), 0, caption_suffix, 0},
+          dictionary_.Get(), writer));
     });
   }
 
@@ -38,8 +39,6 @@ class CommandSetDecoderTest : public DecodeTest {
     const std::string text = Decode(command_set);
     return text.substr(text.find('\n') + 1);
   }
-
-  std::uint32_t position_ = 99;
 };
 
 TEST_F(CommandSetDecoderTest, EchoRequestShowsFiveElements) {
@@ -66,7 +65,6 @@ TEST_F(CommandSetDecoderTest, EchoRequestShowsFiveElements) {
 
 TEST_F(CommandSetDecoderTest, EmptySetIsTheSectionLineWithItsTrailingBlank) {
   EXPECT_EQ(Decode({}), "0 [0+0] DICOM - Command Set: \n");
-  EXPECT_EQ(position_, 0u);
 }
 
 TEST_F(CommandSetDecoderTest, CommandFieldIsTwoBytesWhateverItsLength) {
@@ -109,9 +107,8 @@ TEST_F(CommandSetDecoderTest, ValueThatIsReadPastTheEndThrowsAtTheValue) {
   EXPECT_EQ(DecodeElements(uid.Patched(4, Little32(4))),
             "1 [0+12] (0000,0002) - Affected SOP Class UID\n"
             "2 [0+4] Value Type: Affected SOP Class UID\n"
-            "2 [4+4] Value Length: 00000004h, 4\n"
-            "threw Out of Range");
-  EXPECT_EQ(position_, 8u);
+            "2 [4+4] Value Length: 00000004h, 4\n" +
+                ThrewAt(8, "Out of Range"));
 }
 
 TEST_F(CommandSetDecoderTest, CutHeaderThrowsAtTheElementBeforeItsLines) {
@@ -120,8 +117,7 @@ TEST_F(CommandSetDecoderTest, CutHeaderThrowsAtTheElementBeforeItsLines) {
   for (std::uint32_t cut = 1; cut < 8; ++cut) {
     SCOPED_TRACE(cut);
     EXPECT_EQ(DecodeElements(first + Repeat(0, cut)),
-              lines + "threw Out of Range");
-    EXPECT_EQ(position_, 10u);
+              lines + ThrewAt(10, "Out of Range"));
   }
 }
 

@@ -45,6 +45,14 @@ inline std::string ElementLines(std::uint32_t offset, const std::string& tag,
          TreeLine(depth + 1, offset + 8, length, "Value Field" + value);
 }
 
+// The line in which a failed decode ends, and what threw.
+inline std::string ThrewAt(std::uint32_t position, const std::string& text) {
+  return TreeLine(0, position, 1,
+                  "ERROR - Could not decode further at Position: " +
+                      HexLength(1, position)) +
+         "threw " + text;
+}
+
 // A host, a small dictionary and three accepted contexts: what a DIMSE decoder
 // works with.
 class DecodeTest : public ::testing::Test {
@@ -75,6 +83,17 @@ class DecodeTest : public ::testing::Test {
       outcome = std::string("threw ") + failure.what();
     }
     return host_.TreeText() + outcome;
+  }
+
+  // The same of a decoder whose failures are another's to show.
+  template <typename Decoder>
+  static void Run(Decoder decoder) {
+    try {
+      decoder.Decode();
+    } catch (const std::exception&) {
+      decoder.ShowFailurePosition();
+      throw;
+    }
   }
 
   TestHost host_;

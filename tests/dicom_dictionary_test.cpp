@@ -12,13 +12,12 @@
 namespace dicom::testing {
 namespace {
 
-// "CODE NAME" or "CODE NAME; EXTRA TEXT", "-" when there is no such tag.
+constexpr char kUnknown[] = "-1 Unknown Tag";
+
+// "CODE NAME".
 std::string Element(const DicomDictionary& dictionary, const std::string& tag) {
-  DataElementEntry entry;
-  if (!dictionary.LookupDataElement(tag, entry)) return "-";
-  const std::string extra =
-      entry.extraText.empty() ? "" : "; " + entry.extraText;
-  return std::to_string(entry.vrCode) + " " + entry.name + extra;
+  const DataElementEntry entry = dictionary.LookupDataElement(tag);
+  return std::to_string(entry.vr_code) + " " + entry.name;
 }
 
 // What a Data.dic of this one line holds under `tag`.
@@ -35,11 +34,11 @@ TEST(DataDicTest, LinesWithThreeOrFourColumnsAreKept) {
     const char *line, *entry;
   } cases[] = {
       {"0008,0016;SOP Class UID;UI", "21 SOP Class UID"},
-      {"0008,0016;Curve Data;OB;retired", "12 Curve Data; retired"},
-      {"0008,0016;Name;US;a;b#; c", "23 Name; a;b#; c"},
+      {"0008,0016;Curve Data;OB;retired", "12 Curve Data"},
+      {"0008,0016;Name;US;a;b#; c", "23 Name"},
       {"0008,0016; a # b ;UN", "-1  a # b "},
       {"0008,0016;Name;us", "-1 Name"},
-      {"0008,0016;One;UI;x\n0008,0016;Two;US", "21 One; x"},  // the first wins
+      {"0008,0016;One;UI;x\n0008,0016;Two;US", "21 One"},  // the first wins
   };
   for (const auto& c : cases) {
     EXPECT_EQ(ElementOf(c.line, "(0008,0016)"), c.entry);
@@ -65,7 +64,7 @@ TEST(DataDicTest, MalformedLinesAreDroppedAndReadingGoesOn) {
         "", tag_and_line.substr(bar + 1) + "\n0010,0010;Next;PN\n");
     EXPECT_EQ(
         Element(dictionary.Get(), "(" + tag_and_line.substr(0, bar) + ")"),
-        "-");
+        kUnknown);
     EXPECT_EQ(Element(dictionary.Get(), "(0010,0010)"), "14 Next");
   }
 }
@@ -85,14 +84,14 @@ TEST(DataDicTest, LineOf120CharactersEndsTheFile) {
   const std::string data_dic = "\n0008,0002;Behind;US\n";
   for (const std::string line_end : {"", "\r"}) {
     const TestDictionary kept("", longest + line_end + data_dic);
-    EXPECT_NE(Element(kept.Get(), "(0008,0001)"), "-");
+    EXPECT_NE(Element(kept.Get(), "(0008,0001)"), kUnknown);
     EXPECT_EQ(Element(kept.Get(), "(0008,0002)"), "23 Behind");
   }
   const TestDictionary cut(
       "1.2;UID\n1.3;" + std::string(116, 'd') + "\n1.4;Behind",
       "0008,0000;Before;US\n#" + longest + data_dic);
   EXPECT_EQ(Element(cut.Get(), "(0008,0000)"), "23 Before");
-  EXPECT_EQ(Element(cut.Get(), "(0008,0002)"), "-");
+  EXPECT_EQ(Element(cut.Get(), "(0008,0002)"), kUnknown);
   EXPECT_EQ(cut.Get().LookupUidDescription("1.2"), "UID");
   EXPECT_EQ(cut.Get().LookupUidDescription("1.4"), "- Undefined UID");
 }
@@ -116,18 +115,8 @@ TEST(LookupDataElementTest, OnlyGroups50And60Fold) {
   }
   EXPECT_EQ(Element(dictionary.Get(), "(6001,0010)"), "23 Overlay");
   EXPECT_EQ(Element(dictionary.Get(), "(5100,0005)"), "23 Own");
-  EXPECT_EQ(Element(dictionary.Get(), "(5102,0005)"), "-");
-  EXPECT_EQ(Element(dictionary.Get(), "(7F02,0010)"), "-");
-}
-
-TEST(LookupDataElementTest, UnknownTagOverwritesTheWholeEntry) {
-  const TestDictionary dictionary("", "0008,0016;Name;UI;retired\n");
-  DataElementEntry entry;
-  ASSERT_TRUE(dictionary.Get().LookupDataElement("(0008,0016)", entry));
-  EXPECT_FALSE(dictionary.Get().LookupDataElement("(0008,0017)", entry));
-  EXPECT_EQ(entry.vrCode, -1);
-  EXPECT_EQ(entry.name, "Unknown Tag");
-  EXPECT_EQ(entry.extraText, "");
+  EXPECT_EQ(Element(dictionary.Get(), "(5102,0005)"), kUnknown);
+  EXPECT_EQ(Element(dictionary.Get(), "(7F02,0010)"), kUnknown);
 }
 
 TEST(VrCodeTest, CodesFollowTheModulesOrder) {
@@ -192,8 +181,8 @@ class ShippedDictionaryTest : public ::testing::Test {
 TEST_F(ShippedDictionaryTest, EveryLineIsKept) {
   const int elements = ForEachLine(
       data_dic_, [&](const std::string& tag, const std::string& rest) {
-        DataElementEntry entry;
-        dictionary_.Get().LookupDataElement("(" + tag + ")", entry);
+        const DataElementEntry entry =
+            dictionary_.Get().LookupDataElement("(" + tag + ")");
         EXPECT_TRUE(rest.starts_with(entry.name + ";")) << tag << rest;
       });
   EXPECT_GE(elements, 4900);
@@ -208,14 +197,14 @@ TEST_F(ShippedDictionaryTest, HoldsWellKnownEntriesOfEveryKind) {
   const struct {
     const char *tag, *entry;
   } elements[] = {
-      {"(0000,0001)", "22 Command Length to End; retired"},
+      {"(0000,0001)", "22 Command Length to End"},
       {"(0008,0016)", "21 SOP Class UID"},
       {"(0008,0420)", "17 Inventory Access End Points Sequence"},  // newer
       {"(0010,0010)", "14 Patient's Name"},
-      {"(0020,3104)", "3 Source Image IDs; retired"},
+      {"(0020,3104)", "3 Source Image IDs"},
       {"(0028,0106)", "23 Smallest Image Pixel Value"},          // US or SS
       {"(0028,3006)", "13 LUT Data"},                            // US or OW
-      {"(5012,3000)", "13 Curve Data; retired"},                 // OB or OW
+      {"(5012,3000)", "13 Curve Data"},                          // OB or OW
       {"(300A,067B)", "17 Radiation Generation Mode Sequence"},  // mended
       {"(6002,0010)", "23 Overlay Rows"},
       {"(7FE0,0003)", "-1 Encapsulated Pixel Data Value Total Length"},

@@ -150,7 +150,7 @@ class DecoderShapeTest : public ::testing::Test {
     {
       const CostLimit limit(pdu.size());
       DecodeTreeWriter writer({host_.Window(), host_.Tree(), nullptr}, 0);
-      UpperLayerDecoder(pdu.data(), pdu.Length(), writer, dictionary_.Get())
+      UpperLayerDecoder({pdu.data(), pdu.Length()}, dictionary_.Get(), writer)
           .DecodePdu();
     }
     ExpectInProportion(pdu.size());

@@ -4,8 +4,6 @@
 #include <functional>
 #include <iterator>
 
-#include "tracking/saturating_sum.h"
-
 namespace dicom {
 namespace {
 
@@ -37,15 +35,14 @@ static_assert(std::ranges::adjacent_find(kCommands, std::greater_equal{},
 
 }  // namespace
 
-bool NextCommandElement(const ByteArrayView& command_set,
-                        std::uint32_t& position, CommandElement& element) {
-  if (position >= command_set.Length()) return false;
-  element.group = command_set.WordAt(position, kLittleEndian);
-  element.element = command_set.WordAt(position + 2, kLittleEndian);
-  element.value_length = command_set.LongAt(position + 4, kLittleEndian);
-  element.value_offset = position + 8;
-  position = SaturatingSum(element.value_offset, element.value_length);
-  return true;
+std::optional<CommandElement> CommandElementAt(const ByteArrayView& command_set,
+                                               std::uint32_t position) {
+  if (position >= command_set.Length()) return std::nullopt;
+  return CommandElement{
+      .group = command_set.WordAt(position, kLittleEndian),
+      .element = command_set.WordAt(position + 2, kLittleEndian),
+      .value_offset = position + 8,
+      .value_length = command_set.LongAt(position + 4, kLittleEndian)};
 }
 
 std::string_view CommandName(std::uint16_t command_field) {

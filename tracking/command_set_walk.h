@@ -2,13 +2,16 @@
 #define TRACKING_COMMAND_SET_WALK_H_
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "tracking/byte_array_view.h"
+#include "tracking/saturating_sum.h"
 
 namespace dicom {
 
-// One element of a command set. The value may reach past the end of the bytes.
+// One element of a command set: tag, 32-bit value length, value. The value may
+// reach past the end of the bytes.
 struct CommandElement {
   std::uint16_t group;
   std::uint16_t element;
@@ -18,20 +21,22 @@ struct CommandElement {
   bool Is(std::uint16_t of_group, std::uint16_t of_element) const {
     return group == of_group && element == of_element;
   }
+  // Where the next element begins.
+  std::uint32_t End() const {
+    return SaturatingSum(value_offset, value_length);
+  }
 };
 
 // Deliberate: a command set is implicit VR little endian whatever its
 // presentation context agreed.
 //
-// Reads tag and value length of the element at `position` and moves `position`
-// behind its value; false, with nothing changed, when `position` has reached or
-// passed the end. Throws OutOfRange, `position` unmoved, when the end cuts the
-// tag or the length.
-bool NextCommandElement(const ByteArrayView& command_set,
-                        std::uint32_t& position, CommandElement& element);
+// The element that begins at `position`; nothing when that has reached or
+// passed the end. Throws OutOfRange when the end cuts the tag or the length.
+std::optional<CommandElement> CommandElementAt(const ByteArrayView& command_set,
+                                               std::uint32_t position);
 
 // The name of a Command Field (0000,0100) value as users know it, "Unknown
-// Type" for any other value.
+// Type" for any other value. The texts live forever and end in a zero byte.
 std::string_view CommandName(std::uint16_t command_field);
 
 }  // namespace dicom

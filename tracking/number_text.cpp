@@ -33,7 +33,7 @@ void AppendSigned(std::string& text, std::int32_t value) {
   AppendDecimal(text, value);
 }
 
-std::string TagTextOf(std::uint16_t group, std::uint16_t element) {
+std::string TagText(std::uint16_t group, std::uint16_t element) {
   std::string text("(");
   AppendHex(text, group, 4);
   text += ',';

@@ -19,7 +19,7 @@ void AppendUnsigned(std::string& text, std::uint32_t value);
 void AppendSigned(std::string& text, std::int32_t value);
 
 // A tag as the dictionary and all lines write it: (gggg,eeee), upper case.
-std::string TagTextOf(std::uint16_t group, std::uint16_t element);
+std::string TagText(std::uint16_t group, std::uint16_t element);
 
 }  // namespace dicom
 

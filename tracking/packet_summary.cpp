@@ -44,32 +44,30 @@ void MessageSummary::Build(DimseMessageRecord& message, PacketSource& source) {
   const ByteArrayView bytes(unread_.data(),
                             static_cast<std::uint32_t>(unread_.size()));
   std::uint32_t position = skip_;
-  while (ReadElement(bytes, position, message)) {
+  while (const auto end = ReadElement(bytes, position, message)) {
+    position = *end;
   }
   const std::uint32_t done = std::min(position, bytes.Length());
   skip_ = position - done;
   unread_.erase(unread_.begin(),
-                unread_.begin() + static_cast<std::int32_t>(done));
+                unread_.begin() + static_cast<std::ptrdiff_t>(done));
 }
 
-// False, with `position` unmoved, at the end of the bytes or where it cuts what
-// is read of the element: the rest has not come yet, or never will. That is
-// asked, not caught, since it can be so for every PDV of a capture.
-bool MessageSummary::ReadElement(const ByteArrayView& bytes,
-                                 std::uint32_t& position,
-                                 DimseMessageRecord& message) {
+// That the end cuts an element is asked, not caught, since it can be so for
+// every PDV of a capture.
+std::optional<std::uint32_t> MessageSummary::ReadElement(
+    const ByteArrayView& bytes, std::uint32_t position,
+    DimseMessageRecord& message) {
   const auto holds = [&](std::uint32_t offset, std::uint32_t count) {
     return offset <= bytes.Length() && count <= bytes.Length() - offset;
   };
-  if (!holds(position, kTagAndLength)) return false;
-  std::uint32_t next = position;
-  CommandElement element;
-  NextCommandElement(bytes, next, element);
+  if (!holds(position, kTagAndLength)) return std::nullopt;
+  const CommandElement element = *CommandElementAt(bytes, position);
   const bool is_command_field = element.Is(0x0000, 0x0100);
   const bool is_message_id =
       element.Is(0x0000, 0x0110) || element.Is(0x0000, 0x0120);
   if ((is_command_field || is_message_id) && !holds(element.value_offset, 2)) {
-    return false;
+    return std::nullopt;
   }
   // Deliberate: 16 bits are read whatever the value length says, and of the two
   // message ID elements the later one counts.
@@ -79,8 +77,7 @@ bool MessageSummary::ReadElement(const ByteArrayView& bytes,
   } else if (is_message_id) {
     message.message_id = bytes.WordAt(element.value_offset, kLittleEndian);
   }
-  position = next;
-  return true;
+  return element.End();
 }
 
 }  // namespace dicom

@@ -2,6 +2,7 @@
 #define TRACKING_PACKET_SUMMARY_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,8 +36,12 @@ class MessageSummary {
   void Build(DimseMessageRecord& message, PacketSource& source);
 
  private:
-  bool ReadElement(const ByteArrayView& bytes, std::uint32_t& position,
-                   DimseMessageRecord& message);
+  // Takes what the element at `position` says into the message's texts and
+  // answers where it ends. Nothing at the end of the bytes or where that cuts
+  // what is read of the element: the rest has not come yet, or never will.
+  static std::optional<std::uint32_t> ReadElement(const ByteArrayView& bytes,
+                                                  std::uint32_t position,
+                                                  DimseMessageRecord& message);
 
   SpanGatherer gatherer_;
   std::vector<std::uint8_t> unread_;  // gathered, from the next element on

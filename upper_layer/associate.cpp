@@ -1,3 +1,4 @@
+#include "dimse/value_format.h"
 #include "upper_layer/associate_form.h"
 
 namespace dicom {
@@ -29,8 +30,6 @@ static_assert(RowsAscend(kProposedScuRoles) && RowsAscend(kProposedScpRoles) &&
 
 constinit const UpperLayerDecoder::AssociateForm
     UpperLayerDecoder::kRequestForm = {
-        .title = "DICOM - Upper Layer Protokoll: A-ASSOCIATE-RQ PDU (01h)",
-        .caption = "PDU-Type: A-ASSOCIATE-RQ (01h)",
         .first_title = "Called AE title: ",
         .second_title = "Calling AE title: ",
         .context_item = 0x20,
@@ -42,8 +41,6 @@ constinit const UpperLayerDecoder::AssociateForm
 
 constinit const UpperLayerDecoder::AssociateForm
     UpperLayerDecoder::kAcceptForm = {
-        .title = "DICOM - Upper Layer Protokoll: A-ASSOCIATE-AC PDU (02h)",
-        .caption = "PDU-Type: A-ASSOCIATE-AC (02h)",
         // Deliberate: the accept's reserved bytes are shown as text.
         .first_title = "Reserved: ",
         .second_title = "Reserved: ",
@@ -57,9 +54,9 @@ constinit const UpperLayerDecoder::AssociateForm
 };
 
 void UpperLayerDecoder::DecodeAssociate(const AssociateForm& form) {
-  ShowCommonHeader(form.title, form.caption, PduSize::kAny);
+  ShowCommonHeader();
   if (!ShowProtocolVersion()) return;
-  Show("Reserved: " + WordHex(), kLine, 2);
+  Show("Reserved: " + WordHex(Word()), kLine, 2);
   Show(form.first_title + Characters(16), kLine, 16);
   Show(form.second_title + Characters(16), kLine, 16);
   // Deliberate: the 32 bytes are not read, so a PDU that is cut inside them
@@ -67,14 +64,13 @@ void UpperLayerDecoder::DecodeAssociate(const AssociateForm& form) {
   Show("Reserved : (32 Bytes)", kLine, 32);
   // Deliberate: the items reach to the buffer's end whatever the PDU length
   // says, in any order and number.
-  while (position_ < Length()) DecodeItem(form);
+  while (!AtEnd()) DecodeItem(form);
 }
 
-// False when the rest of the PDU cannot be read by this version's rules.
 bool UpperLayerDecoder::ShowProtocolVersion() {
   // Deliberate: each bit stands for a version that the peer supports, and only
   // bit 0 is looked at.
-  if (WordAt(position_, kBigEndian) & 1) {
+  if (Word() & 1) {
     Show("Protokoll Version: Version 1", kLine, 2);
     return true;
   }
@@ -82,29 +78,6 @@ bool UpperLayerDecoder::ShowProtocolVersion() {
   // Deliberate: an error line without a byte.
   ShowHere("ERROR - UL Protokoll Version not supported!", kSection, 0);
   return false;
-}
-
-void UpperLayerDecoder::DecodeItem(const AssociateForm& form) {
-  const std::uint8_t type = ByteAt(position_);
-  if (type == form.context_item) return (this->*form.decode_context_item)();
-  switch (type) {
-    case 0x10:
-      return DecodeApplicationContext();
-    case 0x50:
-      return DecodeUserInformation(form);
-    default:
-      return DecodeUnknownItem(form);
-  }
-}
-
-void UpperLayerDecoder::DecodeUnknownItem(const AssociateForm& form) {
-  const std::uint32_t length = ItemLength();
-  // Deliberate: the range is the item's claim, even past the buffer's end.
-  ShowHere("Unknown Item Type: " + ByteHex(), form.unknown_item, length + 4);
-  Advance(1);
-  Show("Reserved: " + ByteHex(), kLine, 1);
-  ShowHere("Item size: " + WordHexAndDecimal(), kLastLine, 2);
-  Advance(length + 2);
 }
 
 }  // namespace dicom

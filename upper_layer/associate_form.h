@@ -3,13 +3,13 @@
 
 #include <cstdint>
 
+#include "upper_layer/code_text.h"
 #include "upper_layer/upper_layer_decoder.h"
 
 namespace dicom {
 
+// For associate.cpp and items.cpp, which share the decode of an association.
 struct UpperLayerDecoder::AssociateForm {
-  const char* title;
-  const char* caption;
   const char* first_title;   // caption of the 16 bytes at 10
   const char* second_title;  // caption of the 16 bytes at 26
   // Deliberate: 20h in a request, 21h in an accept; each is an unknown item in

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <iterator>
 #include <span>
+#include <string>
 
 namespace dicom {
 
@@ -26,6 +27,10 @@ constexpr bool RowsAscend(CodeRows rows) {
   }
   return true;
 }
+
+// The code in decimal and the text of its row; `other` for a code without one.
+std::string CodeText(std::uint8_t code, CodeRows rows,
+                     const std::string& other);
 
 constexpr char kWrongValue[] = " ERROR - wrong value!";
 

@@ -1,3 +1,5 @@
+#include "dimse/value_format.h"
+#include "upper_layer/code_text.h"
 #include "upper_layer/upper_layer_decoder.h"
 
 // The four PDUs of 10 bytes: A-ASSOCIATE-RJ, A-RELEASE-RQ and -RP, A-ABORT.
@@ -65,47 +67,45 @@ static_assert(RowsAscend(kRejectResults) && RowsAscend(kRejectSources) &&
 }  // namespace
 
 void UpperLayerDecoder::DecodeReject() {
-  ShowCommonHeader("DICOM - Upper Layer Protokoll: A-ASSOCIATE-RJ PDU (03h)",
-                   "PDU-Type: A-ASSOCIATE-RJ (03h)", PduSize::kTenBytes);
-  Show("Reserved: " + ByteHex(), kLine, 1);
-  Show(CodeText("Result: ", kRejectResults, ByteHex() + kWrongValue), kLine, 1);
-  const std::uint8_t source = ByteAt(position_);
-  // Deliberate: the only "wrong value" without a blank before it.
-  Show(CodeText("Source: ", kRejectSources, ByteHex() + "ERROR - wrong value!"),
+  ShowCommonHeader();
+  Show("Reserved: " + ByteHex(Byte()), kLine, 1);
+  Show("Result: " +
+           CodeText(Byte(), kRejectResults, ByteHex(Byte()) + kWrongValue),
        kLine, 1);
-  Show(RejectReasonText(source), kLine, 1);
+  const std::uint8_t source = Byte();
+  // Deliberate: the only "wrong value" without a blank before it.
+  Show("Source: " + CodeText(source, kRejectSources,
+                             ByteHex(source) + "ERROR - wrong value!"),
+       kLine, 1);
+  if (source < 1 || source > 3) {
+    // Deliberate: without a known source the reason has no meaning and is not
+    // even read.
+    return Show("Reason/Diag.: ERROR - because of Source!", kLine, 1);
+  }
+  Show("Reason/Diag.: " + CodeText(Byte(), kReasonsBySource[source - 1],
+                                   ByteDecimal(Byte()) + kWrongValue),
+       kLine, 1);
 }
 
-// Deliberate: without a known source the reason has no meaning and is not even
-// read.
-std::string UpperLayerDecoder::RejectReasonText(std::uint8_t source) const {
-  if (source < 1 || source > 3)
-    return "Reason/Diag.: ERROR - because of Source!";
-  return CodeText("Reason/Diag.: ", kReasonsBySource[source - 1],
-                  ByteDecimal() + kWrongValue);
-}
-
-void UpperLayerDecoder::DecodeRelease(const char* title, const char* caption) {
-  ShowCommonHeader(title, caption, PduSize::kTenBytes);
-  Show("Reserved: " + LongHex(), kLine, 4);
+void UpperLayerDecoder::DecodeRelease() {
+  ShowCommonHeader();
+  Show("Reserved: " + LongHex(Long()), kLine, 4);
 }
 
 void UpperLayerDecoder::DecodeAbort() {
-  // Deliberate: an abort carries the release request's title and type.
-  ShowCommonHeader("DICOM - Upper Layer Protokoll: A-RELEASE-RQ PDU (05h)",
-                   "PDU-Type: A-RELEASE-RQ (05h)", PduSize::kTenBytes);
-  Show("Reserved: " + ByteHex(), kLine, 1);
-  Show("Reserved: " + ByteHex(), kLine, 1);
-  const std::uint8_t source = ByteAt(position_);
+  ShowCommonHeader();
+  Show("Reserved: " + ByteHex(Byte()), kLine, 1);
+  Show("Reserved: " + ByteHex(Byte()), kLine, 1);
+  const std::uint8_t source = Byte();
   if (source > 2) {
     // Deliberate: "Result: ", and the reason byte stays without a line.
-    Show("Result: " + ByteHex() + kWrongValue, kLine, 1);
-    return;
+    return Show("Result: " + ByteHex(source) + kWrongValue, kLine, 1);
   }
-  Show(CodeText("Source: ", kAbortSources, ""), kLine, 1);
-  Show(source == 2 ? CodeText("Reason/Diag.: ", kAbortReasons,
-                              ByteDecimal() + kWrongValue)
-                   : "Reserved: " + ByteHex(),
+  Show("Source: " + CodeText(source, kAbortSources, ""), kLine, 1);
+  Show(source == 2
+           ? "Reason/Diag.: " + CodeText(Byte(), kAbortReasons,
+                                         ByteDecimal(Byte()) + kWrongValue)
+           : "Reserved: " + ByteHex(Byte()),
        kLine, 1);
 }
 

@@ -1,13 +1,42 @@
 #include <string>
 
 #include "dimse/value_format.h"
+#include "errors/errors.h"
 #include "upper_layer/associate_form.h"
+
+// The items and sub-items of A-ASSOCIATE-RQ and -AC.
 
 namespace dicom {
 
 using enum LevelStep;
 
+// An item or sub-item whose value is one UID.
+struct UidItem {
+  const char* heading;
+  bool heading_shows_uid;
+  LevelStep step;  // of the heading
+  const char* caption;
+  bool may_be_empty;
+};
+
 namespace {
+
+// Deliberate: opens under whatever is open, so behind a presentation context it
+// nests in it; the other items return to level 1.
+constexpr UidItem kApplicationContext = {  // 10h
+    "Application Context Item: ", true, kOpen,
+    "Application context name: ", false};
+constexpr UidItem kAbstractSyntax = {  // 30h
+    "Abstract Syntax Sub Item: ", true, kOpenAtLevel2,
+    "Abstract Syntax name: ", false};
+// Deliberate: of all UIDs only this one may be empty. Rejected contexts are
+// answered so.
+constexpr UidItem kTransferSyntax = {  // 40h
+    "Transfer syntax Item: ", true, kOpenAtLevel2,
+    "Transfer syntax name: ", true};
+constexpr UidItem kImplementationClass = {  // 52h
+    "Implementation Class UID Sub Item", false, kOpenAtLevel2,
+    "Implementation Class UID: ", false};
 
 constexpr char kNotFourBytes[] = " ERROR - The length should be 4!";
 
@@ -20,129 +49,131 @@ constexpr CodeRow kContextResults[] = {
 };
 static_assert(RowsAscend(kContextResults));
 
+// Deliberate: where a UID has to be, an empty one is a failure, and the decode
+// ends at its item.
+std::string RequiredUid(const std::string& characters) {
+  if (characters.empty()) throw OutOfRange();
+  return UidText(characters);
+}
+
 }  // namespace
 
 // Deliberate: an empty transfer syntax, a role selection and an extended
 // negotiation leave their level open. What returns to level 1 or 2 does not
 // mind; what opens under the current level nests there.
 
-// Every item begins with its type, a reserved byte and a 16-bit length that
-// counts what follows; so an item covers its length and 4 bytes more.
-std::uint32_t UpperLayerDecoder::ItemLength() const {
-  return WordAt(PositionAfter(2), kBigEndian);
-}
-
-void UpperLayerDecoder::ShowItemHeader(const char* size_error) {
-  Show("Item Type: " + ByteHex(), kLine, 1);
-  Show("Reserved: " + ByteHex(), kLine, 1);
-  Show("Item size: " + WordHexAndDecimal() + size_error, kLine, 2);
+void UpperLayerDecoder::ShowItemHeader(const std::string& heading,
+                                       LevelStep step, const char* size_error) {
+  ShowHere(heading, step, ItemLength() + 4);
+  Show("Item Type: " + ByteHex(Byte()), kLine, 1);
+  Show("Reserved: " + ByteHex(Byte()), kLine, 1);
+  Show("Item size: " + WordHexAndDecimal(Word()) + size_error, kLine, 2);
 }
 
 void UpperLayerDecoder::ShowUid(const char* caption, std::uint32_t length,
                                 LevelStep description_step) {
-  const std::string uid = UidText(length);
+  const std::string uid = RequiredUid(Characters(length));
   ShowHere(caption + uid, kOpen, length);
   Show("UID description: " + dictionary_.LookupUidDescription(uid),
        description_step, length);
 }
 
-void UpperLayerDecoder::DecodeApplicationContext() {
+void UpperLayerDecoder::DecodeItem(const AssociateForm& form) {
+  const std::uint8_t type = Byte();
+  if (type == form.context_item) return (this->*form.decode_context_item)();
+  switch (type) {
+    case 0x10:
+      return DecodeUidItem(kApplicationContext);
+    case 0x50:
+      return DecodeUserInformation(form);
+    default:
+      return DecodeUnknownItem(form);
+  }
+}
+
+void UpperLayerDecoder::DecodeUnknownItem(const AssociateForm& form) {
   const std::uint32_t length = ItemLength();
-  // Deliberate: opens under whatever is open, so behind a presentation context
-  // it nests in it; the other items return to level 1.
-  ShowHere("Application Context Item: " + UidText(length, 4), kOpen,
+  // Deliberate: the range is the item's claim, even past the buffer's end.
+  ShowHere("Unknown Item Type: " + ByteHex(Byte()), form.unknown_item,
            length + 4);
-  ShowItemHeader();
-  ShowUid("Application context name: ", length, kLastLineOfTwo);
+  Advance(1);
+  Show("Reserved: " + ByteHex(Byte()), kLine, 1);
+  ShowHere("Item size: " + WordHexAndDecimal(Word()), kLastLine, 2);
+  Advance(length + 2);
+}
+
+void UpperLayerDecoder::DecodeUidItem(const UidItem& item) {
+  const std::uint32_t length = ItemLength();
+  const bool is_empty = item.may_be_empty && length == 0;
+  std::string heading = item.heading;
+  if (item.heading_shows_uid && !is_empty) {
+    heading += RequiredUid(Characters(length, 4));
+  }
+  ShowItemHeader(heading, item.step);
+  if (!is_empty) ShowUid(item.caption, length, kLastLineOfTwo);
 }
 
 void UpperLayerDecoder::DecodeProposedContext() {
-  const std::uint32_t length = ItemLength();
-  const std::uint32_t end = PositionAfter(length + 4);
-  ShowHere("Presentation Context Item: " + ByteHex(4), kOpenAtLevel1,
-           length + 4);
-  ShowItemHeader();
-  Show("Presentation Context ID: " + ByteHex(), kLine, 1);
-  Show("Reserved: " + ByteHex() + " " + ByteHex(1) + " " + ByteHex(2), kLine,
-       3);
-  while (position_ < end) DecodeProposedSyntax();
+  const std::uint32_t end = PositionAfter(ItemLength() + 4);
+  ShowItemHeader("Presentation Context Item: " + ByteHex(Byte(4)),
+                 kOpenAtLevel1);
+  Show("Presentation Context ID: " + ByteHex(Byte()), kLine, 1);
+  Show("Reserved: " + ByteHex(Byte()) + " " + ByteHex(Byte(1)) + " " +
+           ByteHex(Byte(2)),
+       kLine, 3);
+  while (Position() < end) DecodeProposedSyntax();
 }
 
 void UpperLayerDecoder::DecodeProposedSyntax() {
-  switch (ByteAt(position_)) {
+  switch (Byte()) {
     case 0x30:
-      return DecodeAbstractSyntax();
+      return DecodeUidItem(kAbstractSyntax);
     case 0x40:
-      return DecodeTransferSyntax();
+      return DecodeUidItem(kTransferSyntax);
     default:
       return DecodeUnknownSubItem();
   }
 }
 
-void UpperLayerDecoder::DecodeAbstractSyntax() {
-  const std::uint32_t length = ItemLength();
-  ShowHere("Abstract Syntax Sub Item: " + UidText(length, 4), kOpenAtLevel2,
-           length + 4);
-  ShowItemHeader();
-  ShowUid("Abstract Syntax name: ", length, kLastLineOfTwo);
-}
-
-void UpperLayerDecoder::DecodeTransferSyntax() {
-  const std::uint32_t length = ItemLength();
-  // Deliberate: of all UIDs only this one may be empty. Rejected contexts are
-  // answered so.
-  const std::string uid = length == 0 ? "" : UidText(length, 4);
-  ShowHere("Transfer syntax Item: " + uid, kOpenAtLevel2, length + 4);
-  ShowItemHeader();
-  if (length == 0) return;
-  ShowUid("Transfer syntax name: ", length, kLastLineOfTwo);
-}
-
 void UpperLayerDecoder::DecodeAcceptedContext() {
   const std::uint32_t length = ItemLength();
   const std::uint32_t end = PositionAfter(length + 4);
-  ShowHere("Presentation Context Item: " + ByteHex(4), kOpenAtLevel1,
-           length + 4);
-  ShowItemHeader();
-  Show("Presentation Context ID: " + ByteHex(), kLine, 1);
-  Show("Reserved: " + ByteHex(), kLine, 1);
+  ShowItemHeader("Presentation Context Item: " + ByteHex(Byte(4)),
+                 kOpenAtLevel1);
+  Show("Presentation Context ID: " + ByteHex(Byte()), kLine, 1);
+  Show("Reserved: " + ByteHex(Byte()), kLine, 1);
   // Deliberate: the only " ERROR wrong value" without hyphen and "!".
-  Show(CodeText("Result/Reason: ", kContextResults,
-                ByteDecimal() + " ERROR wrong value"),
+  Show("Result/Reason: " + CodeText(Byte(), kContextResults,
+                                    ByteDecimal(Byte()) + " ERROR wrong value"),
        kLine, 1);
-  Show("Reserved: " + ByteHex(), kLine, 1);
-  DecodeAcceptedSyntax();
-  if (position_ == end) return;
+  Show("Reserved: " + ByteHex(Byte()), kLine, 1);
+  // Deliberate: exactly one sub-item, even where the item's length leaves no
+  // room for it or has room for more.
+  Byte() == 0x40 ? DecodeUidItem(kTransferSyntax) : DecodeUnknownSubItem();
+  if (Position() == end) return;
   // Deliberate: the closing parenthesis is missing.
   ShowHere("ERROR in item size (either this item or in the sub item(s)",
            kSection, 1);
   // Deliberate: counted from the sub-item's last field, which is in general not
   // this item's end. It is at least 6 bytes behind this item's start, so the
   // decode still moves forward.
-  SetPosition(previous_position_ + length - 4);
-}
-
-// Deliberate: exactly one sub-item, even where the item's length leaves no room
-// for it or has room for more.
-void UpperLayerDecoder::DecodeAcceptedSyntax() {
-  if (ByteAt(position_) == 0x40) return DecodeTransferSyntax();
-  DecodeUnknownSubItem();
+  const std::uint32_t resumed = PreviousPosition() + length - 4;
+  if (resumed > Bytes().Length()) throw OutOfRange();
+  JumpTo(resumed);
 }
 
 void UpperLayerDecoder::DecodeUserInformation(const AssociateForm& form) {
-  const std::uint32_t length = ItemLength();
-  const std::uint32_t end = PositionAfter(length + 4);
-  ShowHere("User Info Item", kOpenAtLevel1, length + 4);
-  ShowItemHeader();
-  while (position_ < end) DecodeUserSubItem(form);
+  const std::uint32_t end = PositionAfter(ItemLength() + 4);
+  ShowItemHeader("User Info Item", kOpenAtLevel1);
+  while (Position() < end) DecodeUserSubItem(form);
 }
 
 void UpperLayerDecoder::DecodeUserSubItem(const AssociateForm& form) {
-  switch (ByteAt(position_)) {
+  switch (Byte()) {
     case 0x51:
       return DecodeMaximumLength();
     case 0x52:
-      return DecodeImplementationClass();
+      return DecodeUidItem(kImplementationClass);
     case 0x53:
       return DecodeOperationsWindow();
     case 0x54:
@@ -158,52 +189,39 @@ void UpperLayerDecoder::DecodeUserSubItem(const AssociateForm& form) {
 
 void UpperLayerDecoder::DecodeMaximumLength() {
   const std::uint32_t length = ItemLength();
-  ShowHere("Maximum Length Sub Item", kOpenAtLevel2, length + 4);
-  ShowItemHeader(length == 4 ? "" : kNotFourBytes);
+  ShowItemHeader("Maximum Length Sub Item", kOpenAtLevel2,
+                 length == 4 ? "" : kNotFourBytes);
   // Deliberate: the value is 4 bytes wide whatever the length says; the line
   // covers and skips what it says.
-  Show("Maximum length received: " + Unsigned(LongAt(position_, kBigEndian)),
-       kLastLine, length);
-}
-
-void UpperLayerDecoder::DecodeImplementationClass() {
-  const std::uint32_t length = ItemLength();
-  ShowHere("Implementation Class UID Sub Item", kOpenAtLevel2, length + 4);
-  ShowItemHeader();
-  ShowUid("Implementation Class UID: ", length, kLastLineOfTwo);
+  Show("Maximum length received: " + Unsigned(Long()), kLastLine, length);
 }
 
 void UpperLayerDecoder::DecodeOperationsWindow() {
-  const std::uint32_t length = ItemLength();
-  ShowHere("Asynchronous Operation Window Sub Item", kOpenAtLevel2, length + 4);
-  ShowItemHeader(length == 4 ? "" : kNotFourBytes);
+  ShowItemHeader("Asynchronous Operation Window Sub Item", kOpenAtLevel2,
+                 ItemLength() == 4 ? "" : kNotFourBytes);
   // Deliberate: two words are read and passed whatever the length says.
-  Show("Maximum number operations invoked: " +
-           Unsigned(WordAt(position_, kBigEndian)),
-       kLine, 2);
-  Show("Maximum number operations performed: " +
-           Unsigned(WordAt(position_, kBigEndian)),
-       kLastLine, 2);
+  Show("Maximum number operations invoked: " + Unsigned(Word()), kLine, 2);
+  Show("Maximum number operations performed: " + Unsigned(Word()), kLastLine,
+       2);
 }
 
 void UpperLayerDecoder::DecodeRoleSelection(const AssociateForm& form) {
-  const std::uint32_t length = ItemLength();
   // Deliberate: carries the heading of the asynchronous operations window.
-  ShowHere("Asynchronous Operation Window Sub Item", kOpenAtLevel2, length + 4);
-  ShowItemHeader();
-  const std::uint32_t uid_length = WordAt(position_, kBigEndian);
-  Show("UID size: " + WordHexAndDecimal(), kLine, 2);
+  ShowItemHeader("Asynchronous Operation Window Sub Item", kOpenAtLevel2);
+  const std::uint32_t uid_length = Word();
+  Show("UID size: " + WordHexAndDecimal(Word()), kLine, 2);
   ShowUid("SOP class UID: ", uid_length, kLastLine);
-  Show(CodeText("SCU role: ", form.scu_roles, ByteDecimal() + kWrongValue),
+  Show("SCU role: " +
+           CodeText(Byte(), form.scu_roles, ByteDecimal(Byte()) + kWrongValue),
        kLine, 1);
-  Show(CodeText("SCP role: ", form.scp_roles, ByteDecimal() + kWrongValue),
+  Show("SCP role: " +
+           CodeText(Byte(), form.scp_roles, ByteDecimal(Byte()) + kWrongValue),
        kLine, 1);
 }
 
 void UpperLayerDecoder::DecodeImplementationVersion() {
   const std::uint32_t length = ItemLength();
-  ShowHere("Implementation Version Name Sub Item", kOpenAtLevel2, length + 4);
-  ShowItemHeader();
+  ShowItemHeader("Implementation Version Name Sub Item", kOpenAtLevel2);
   // Deliberate: plain text, not a UID: pad bytes stay, and the length may be 0.
   Show("Implementation version name: " + Characters(length), kLastLine, length);
 }
@@ -211,11 +229,9 @@ void UpperLayerDecoder::DecodeImplementationVersion() {
 void UpperLayerDecoder::DecodeExtendedNegotiation() {
   const std::uint32_t length = ItemLength();
   const std::uint32_t end = PositionAfter(length + 4);
-  ShowHere("SOP Class Extended Negotiation Sub Item", kOpenAtLevel2,
-           length + 4);
-  ShowItemHeader();
-  const std::uint32_t uid_length = WordAt(position_, kBigEndian);
-  Show("SOP class UID size: " + WordHexAndDecimal(), kLine, 2);
+  ShowItemHeader("SOP Class Extended Negotiation Sub Item", kOpenAtLevel2);
+  const std::uint32_t uid_length = Word();
+  Show("SOP class UID size: " + WordHexAndDecimal(Word()), kLine, 2);
   ShowUid("SOP class UID: ", uid_length, kLastLine);
   // Deliberate: wraps below zero when the UID claims more than the sub-item
   // holds: the line then marks all that follows, and the cursor returns to the
@@ -224,16 +240,16 @@ void UpperLayerDecoder::DecodeExtendedNegotiation() {
       "Service class application information: (as specified in the Service "
       "Class Specification)",
       kLine, length - uid_length - 2);
-  previous_position_ = position_;
-  position_ = end;
+  JumpTo(end);
 }
 
 void UpperLayerDecoder::DecodeUnknownSubItem() {
   const std::uint32_t length = ItemLength();
-  ShowHere("Unknown Sub Item Type: " + ByteHex(), kOpenAtLevel2, length + 4);
-  Show("Item Type: " + ByteHex(), kLine, 1);
-  Show("Reserved: " + ByteHex(), kLine, 1);
-  ShowHere("Item size: " + WordHexAndDecimal(), kLastLine, 2);
+  ShowHere("Unknown Sub Item Type: " + ByteHex(Byte()), kOpenAtLevel2,
+           length + 4);
+  Show("Item Type: " + ByteHex(Byte()), kLine, 1);
+  Show("Reserved: " + ByteHex(Byte()), kLine, 1);
+  ShowHere("Item size: " + WordHexAndDecimal(Word()), kLastLine, 2);
   // One advance: an accepted context that resynchronises counts from the size.
   Advance(length + 2);
 }
