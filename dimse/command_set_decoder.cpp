@@ -42,9 +42,8 @@ void CommandSetDecoder::DecodeValue(const CommandElement& element,
   const std::uint32_t length = element.value_length;
   if (element.Is(0x0000, 0x0100)) {
     // Deliberate: two bytes are read whatever the value length says.
-    std::string text = "Value Field: " + WordHex(Word()) + " - ";
-    text += CommandName(Word());
-    return Show(text, kLine, length);
+    return Show("Value Field: " + WordHex(Word()) + " - " + CommandName(Word()),
+                kLine, length);
   }
   const std::string value = Value(length, vr_code);
   if (vr_code != kVrUi) return Show("Value Field: " + value, kLine, length);

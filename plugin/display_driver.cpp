@@ -22,14 +22,14 @@ template <class Records>
 typename Records::value_type RecordAt(const Records& records,
                                       std::int32_t index) {
   const auto last = static_cast<std::int32_t>(records.size()) - 1;
-  return records.at(static_cast<std::size_t>(std::min(index, last)));
+  // A negative index is behind every end. 32 bits of it, whatever a size_t has:
+  // the failure's text shows the number.
+  return records.at(static_cast<std::uint32_t>(std::min(index, last)));
 }
 
-ByteArrayView Gather(const SpanList& spans, HWND host_window,
-                     std::vector<std::uint8_t>& bytes) {
+std::vector<std::uint8_t> Gather(const SpanList& spans, HWND host_window) {
   HostPacketSource source(host_window);
-  bytes = GatherBytes(spans, std::numeric_limits<std::uint32_t>::max(), source);
-  return {bytes.data(), static_cast<std::uint32_t>(bytes.size())};
+  return GatherBytes(spans, std::numeric_limits<std::uint32_t>::max(), source);
 }
 
 }  // namespace
@@ -37,8 +37,8 @@ ByteArrayView Gather(const SpanList& spans, HWND host_window,
 // No guard object for the busy flag: it has to stay set when an exception
 // leaves.
 void DisplayDriver::Display(const DisplayRequest& request) {
-  if (busy_ != 0) return;
-  busy_ = 1;
+  if (busy_) return;
+  busy_ = true;
   ClearTree(request.target.tree_window);
   // Deliberate: made for an unknown window too, but without an accessor.
   const std::shared_ptr<HostContext> context =
@@ -52,15 +52,15 @@ void DisplayDriver::Display(const DisplayRequest& request) {
   } else {
     ShowPdu(request, *context);
   }
-  busy_ = 0;
+  busy_ = false;
 }
 
 void DisplayDriver::ShowPdu(const DisplayRequest& request,
                             const HostContext& context) {
   const PduRecord pdu = RecordAt(context.Reassembler().Pdus(), request.index);
-  std::vector<std::uint8_t> buffer;
-  const ByteArrayView bytes =
-      Gather(pdu.spans, request.target.host_window, buffer);
+  const std::vector<std::uint8_t> gathered =
+      Gather(pdu.spans, request.target.host_window);
+  const ByteArrayView bytes(gathered);
   // Deliberate: a PDU is dumped whole, a message only up to a limit.
   ShowHexDump(request.hex_window, {bytes.Bytes(), bytes.Length()});
   DecodeTreeWriter writer(request.target, kExpandNoSection);
@@ -72,9 +72,9 @@ void DisplayDriver::ShowMessage(const DisplayRequest& request,
                                 const HostContext& context) {
   const DimseMessageRecord message =
       RecordAt(context.Reassembler().Messages(), request.index);
-  std::vector<std::uint8_t> buffer;
-  const ByteArrayView bytes =
-      Gather(message.spans, request.target.host_window, buffer);
+  const std::vector<std::uint8_t> gathered =
+      Gather(message.spans, request.target.host_window);
+  const ByteArrayView bytes(gathered);
   const std::uint32_t length = message.command_length + message.data_length;
   const ByteArrayView dumped = bytes.Part(0, std::min(length, kMaxMessageDump));
   ShowHexDump(request.hex_window, {dumped.Bytes(), dumped.Length()});

@@ -39,7 +39,7 @@ class DisplayDriver {
 
   HostContexts& contexts_;
   const DicomDictionary& dictionary_;
-  std::uint32_t busy_ = 0;
+  bool busy_ = false;
 };
 
 }  // namespace dicom

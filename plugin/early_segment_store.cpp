@@ -7,7 +7,7 @@
 namespace dicom {
 
 void EarlySegmentStore::Add(const TcpSegment& segment) {
-  const Entry entry{added_, static_cast<std::int32_t>(segment.PacketNumber())};
+  const Entry entry{added_, segment.PacketNumber()};
   try {
     segments_.emplace(NumbersOf(segment), entry);
   } catch (const std::bad_alloc&) {
@@ -16,7 +16,7 @@ void EarlySegmentStore::Add(const TcpSegment& segment) {
   ++added_;
 }
 
-std::optional<std::int32_t> EarlySegmentStore::TakeOldest(
+std::optional<std::uint32_t> EarlySegmentStore::TakeOldest(
     std::initializer_list<NumberPair> fitting) {
   auto oldest = segments_.end();
   for (const NumberPair& numbers : fitting) {
@@ -28,7 +28,7 @@ std::optional<std::int32_t> EarlySegmentStore::TakeOldest(
     }
   }
   if (oldest == segments_.end()) return std::nullopt;
-  const std::int32_t packet_number = oldest->second.packet_number;
+  const std::uint32_t packet_number = oldest->second.packet_number;
   segments_.erase(oldest);
   return packet_number;
 }

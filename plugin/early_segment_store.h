@@ -18,8 +18,8 @@ class EarlySegmentStore {
   void Add(const TcpSegment& segment);
 
   // Removes the oldest segment with one of these number pairs and answers its
-  // packet number.
-  std::optional<std::int32_t> TakeOldest(
+  // packet number; nothing when there is none.
+  std::optional<std::uint32_t> TakeOldest(
       std::initializer_list<NumberPair> fitting);
 
   bool IsEmpty() const { return segments_.empty(); }
@@ -28,7 +28,7 @@ class EarlySegmentStore {
  private:
   struct Entry {
     std::uint64_t order;  // of arrival
-    std::int32_t packet_number;
+    std::uint32_t packet_number;
   };
 
   std::uint64_t added_ = 0;

@@ -8,9 +8,8 @@
 namespace dicom {
 namespace {
 
-std::uint32_t KeyOf(HWND host_window) {
-  return static_cast<std::uint32_t>(
-      reinterpret_cast<std::uintptr_t>(host_window));
+std::uintptr_t KeyOf(HWND host_window) {
+  return reinterpret_cast<std::uintptr_t>(host_window);
 }
 
 }  // namespace
@@ -32,8 +31,7 @@ void HostContext::BuildPresentationContexts() {
     const PduRecord accept = reassembler_.Pdus()[i];
     const std::vector<std::uint8_t> bytes =
         GatherBytes(accept.spans, accept.total_length, source_);
-    presentation_contexts_.AddAcceptedContexts(
-        {bytes.data(), static_cast<std::uint32_t>(bytes.size())});
+    presentation_contexts_.AddAcceptedContexts(ByteArrayView(bytes));
   }
   presentation_contexts_built_ = true;
 }

@@ -24,8 +24,8 @@ class HostContext {
   void SetHostWindow(HWND host_window) { source_.SetHostWindow(host_window); }
 
   // PduReassembler's, with what it throws.
-  bool ProcessSegment(const TcpSegment& segment) {
-    return reassembler_.ProcessSegment(segment, source_);
+  void ProcessSegment(const TcpSegment& segment) {
+    reassembler_.ProcessSegment(segment, source_);
   }
   void Flush() { reassembler_.Flush(); }
 
@@ -66,8 +66,8 @@ class HostContexts {
   void Remove(HWND host_window);
 
  private:
-  std::map<std::uint32_t, std::shared_ptr<HostContext>> contexts_;
-  std::map<std::uint32_t, std::shared_ptr<PacketAccessor>> accessors_;
+  std::map<std::uintptr_t, std::shared_ptr<HostContext>> contexts_;
+  std::map<std::uintptr_t, std::shared_ptr<PacketAccessor>> accessors_;
 };
 
 }  // namespace dicom

@@ -12,11 +12,6 @@ constexpr std::int32_t kNoCount = -1;
 
 }  // namespace
 
-void HostPacketRecord::SetHostWindow(HWND host_window) {
-  host_window_ = host_window;
-  host_window_set_ = true;
-}
-
 std::optional<std::int32_t> HostPacketRecord::AskPacketCount(HWND host_window) {
   std::int32_t count = kNoCount;
   const LRESULT answer =
@@ -42,14 +37,14 @@ bool HostPacketRecord::Fetch(std::int32_t index) {
 
 std::optional<std::int32_t> HostPacketRecord::PrepareAndCount(
     std::int32_t index) {
-  if (!host_window_set_) throw HandleNotSet();
+  if (!host_window_) throw HandleNotSet();
   record_.index = index;
   record_.buffer_size = DICOM_PACKET_RECORD_SIZE;
-  return AskPacketCount(host_window_);
+  return AskPacketCount(*host_window_);
 }
 
 bool HostPacketRecord::Ask(WPARAM code) {
-  return ::SendMessageA(host_window_, DICOM_HOST_MESSAGE, code,
+  return ::SendMessageA(*host_window_, DICOM_HOST_MESSAGE, code,
                         reinterpret_cast<LPARAM>(&record_)) == kHostSucceeded;
 }
 

@@ -13,11 +13,11 @@ namespace dicom {
 // once, never between fetches: that would cost more than all the rest of one.
 class HostPacketRecord {
  public:
-  void SetHostWindow(HWND host_window);
-  HWND HostWindow() const { return host_window_; }
+  // The window that is asked from now on.
+  void SetHostWindow(HWND host_window) { host_window_ = host_window; }
 
   // The number of packets in the capture; nothing when the host refuses. The
-  // host window need not be set.
+  // record's own window need not be set.
   static std::optional<std::int32_t> AskPacketCount(HWND host_window);
 
   // Asks for the packet after `current` (-1: the first). False when the capture
@@ -35,11 +35,14 @@ class HostPacketRecord {
   std::uint8_t Direction() const { return record_.direction != 0 ? 1 : 0; }
 
  private:
+  // Writes what a request for `index` tells the host, and asks for the count as
+  // before every request; nothing when the host refuses that.
   std::optional<std::int32_t> PrepareAndCount(std::int32_t index);
+
+  // False when the host refuses.
   bool Ask(WPARAM code);
 
-  HWND host_window_ = nullptr;
-  bool host_window_set_ = false;
+  std::optional<HWND> host_window_;
   DicomPacketRecord record_{};
 };
 

@@ -52,13 +52,13 @@ class MessagePump {
 // The busy flag is cleared on every way out, the message box's included.
 class BusyScope {
  public:
-  explicit BusyScope(std::uint32_t& busy) : busy_(busy) { busy_ = 1; }
+  explicit BusyScope(bool& busy) : busy_(busy) { busy_ = true; }
   BusyScope(const BusyScope&) = delete;
   BusyScope& operator=(const BusyScope&) = delete;
-  ~BusyScope() { busy_ = 0; }
+  ~BusyScope() { busy_ = false; }
 
  private:
-  std::uint32_t& busy_;
+  bool& busy_;
 };
 
 // The progress in per cent, shifted to the high word. What is not a percentage
@@ -128,7 +128,7 @@ void FillRows(const Records& records, const ListRequest& request) {
 }  // namespace
 
 std::uint32_t ListDriver::List(const ListRequest& request) {
-  if (busy_ != 0) {
+  if (busy_) {
     return request.live ? DICOM_LIST_UP_TO_DATE : DICOM_LIST_CALL_AGAIN;
   }
   const BusyScope busy(busy_);
@@ -170,22 +170,21 @@ std::uint32_t ListDriver::ListGuarded(const ListRequest& request) {
   }
 }
 
-// True when the last read delivered a segment, so that there may be more.
 bool ListDriver::ReadSegments(PacketAccessor& accessor, HostContext& context,
                               bool live) {
   MessagePump pump;
-  TcpSegment segment;
-  bool more = false;
+  std::optional<TcpSegment> segment;
   for (int i = 0; i < kSegmentsPerCall; ++i) {
     pump.PumpWhenDue();
-    more = accessor.ReadNextSegment(segment);
-    if (!more) break;
-    context.ProcessSegment(segment);
+    segment = accessor.ReadNextSegment();
+    if (!segment) break;
+    context.ProcessSegment(*segment);
   }
+  const bool more = segment.has_value();
   // Deliberate: what was held back has no limit of segments.
   if (!more && !live) {
-    while (accessor.ReadLeftoverSegment(segment)) {
-      context.ProcessSegment(segment);
+    while ((segment = accessor.ReadLeftoverSegment())) {
+      context.ProcessSegment(*segment);
     }
     context.Flush();
   }

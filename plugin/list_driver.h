@@ -33,15 +33,23 @@ class ListDriver {
   std::uint32_t List(const ListRequest& request);
 
  private:
+  // List without the guard against a call inside a call.
   std::uint32_t ListGuarded(const ListRequest& request);
+
+  // Hands what the accessor delivers to the context, a call's worth of it, and
+  // at the end of a capture closes it. True when the last read delivered a
+  // segment, so that there may be more. Throws what the two throw.
   bool ReadSegments(PacketAccessor& accessor, HostContext& context, bool live);
+
+  // Counts the failure, shows it or forgets the window's capture, and answers
+  // what List answers then.
   std::uint32_t ReportFailure(HWND host_window, const std::exception& failure,
                               std::uint32_t progress_word);
 
   HostContexts& contexts_;
   // Deliberate: for all host windows together, and no success resets the
   // failures.
-  std::uint32_t busy_ = 0;
+  bool busy_ = false;
   std::uint32_t failure_counter_ = 0;
 };
 

@@ -16,7 +16,7 @@ bool IsAfter(std::uint32_t number, std::uint32_t expected) {
 
 }  // namespace
 
-bool PacketAccessor::ReadNextSegment(TcpSegment& segment) {
+std::optional<TcpSegment> PacketAccessor::ReadNextSegment() {
   std::optional<std::uint32_t> ready;
   if (segment_ready_) {
     ready = history_->TakeSettled();
@@ -24,7 +24,7 @@ bool PacketAccessor::ReadNextSegment(TcpSegment& segment) {
   }
   if (!ready) {
     while (!segment_ready_) {
-      if (!AdvanceStream()) return false;
+      if (!AdvanceStream()) return std::nullopt;
     }
     ready = history_->TakeSettled();
     if (!ready) {
@@ -34,18 +34,16 @@ bool PacketAccessor::ReadNextSegment(TcpSegment& segment) {
   }
   // Deliberate: every delivered segment is fetched a second time, since the
   // packet in the record is a later one.
-  RequirePacket(static_cast<std::int32_t>(*ready));
+  FetchPacket(*ready);
   segment_ready_ = true;
-  segment = segment_;
-  return true;
+  return segment_;
 }
 
-bool PacketAccessor::ReadLeftoverSegment(TcpSegment& segment) {
+std::optional<TcpSegment> PacketAccessor::ReadLeftoverSegment() {
   const std::optional<std::uint32_t> left = history_->TakeAny();
-  if (!left) return false;
-  RequirePacket(static_cast<std::int32_t>(*left));
-  segment = segment_;
-  return true;
+  if (!left) return std::nullopt;
+  FetchPacket(*left);
+  return segment_;
 }
 
 bool PacketAccessor::FetchNextPacket() {
@@ -60,14 +58,11 @@ bool PacketAccessor::FetchNextPacket() {
   return true;
 }
 
-bool PacketAccessor::FetchPacket(std::int32_t index) {
-  if (!packet_.Fetch(index)) return false;
+void PacketAccessor::FetchPacket(std::uint32_t number) {
+  const auto index = static_cast<std::int32_t>(number);
+  if (!packet_.Fetch(index)) throw UnableToGetPacketFromTapvane();
   Refill();
-  return packet_.Index() == index;
-}
-
-void PacketAccessor::RequirePacket(std::int32_t index) {
-  if (!FetchPacket(index)) throw UnableToGetPacketFromTapvane();
+  if (packet_.Index() != index) throw UnableToGetPacketFromTapvane();
 }
 
 void PacketAccessor::Refill() {
@@ -145,7 +140,6 @@ void PacketAccessor::Synchronise() {
   early_segments_.Clear();
 }
 
-// One step: reads one packet and decides what it is. False when there is none.
 bool PacketAccessor::AdvanceStream() {
   if (!synchronised_ && !FindHandshake()) return false;
   if (!FetchForStream()) return false;
@@ -163,7 +157,7 @@ bool PacketAccessor::FetchForStream() {
   const std::uint32_t zero = expected_[kZeroSide];
   const std::uint32_t other_fin = NumberBehindFin(kOtherSide);
   const std::uint32_t zero_fin = NumberBehindFin(kZeroSide);
-  const std::optional<std::int32_t> early =
+  const std::optional<std::uint32_t> early =
       early_segments_.TakeOldest({{other, zero},
                                   {other_fin, zero},
                                   {other, zero_fin},
@@ -171,7 +165,7 @@ bool PacketAccessor::FetchForStream() {
   if (!early) return FetchNextPacket();
   // Deliberate: an early segment that cannot be read again is a failure, not a
   // gap.
-  RequirePacket(*early);
+  FetchPacket(*early);
   return true;
 }
 

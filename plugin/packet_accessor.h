@@ -27,43 +27,51 @@ class PacketAccessor {
 
   void SetHostWindow(HWND host_window) { packet_.SetHostWindow(host_window); }
 
-  // The number of packets of the capture; nothing when the host refuses.
-  std::optional<std::int32_t> GetPacketCount() const {
-    return HostPacketRecord::AskPacketCount(packet_.HostWindow());
-  }
-
-  // Delivers the next segment that the history reports ready; false when the
-  // host has no further packet now. The bytes stay until the next call. Throws
+  // The next segment that the history reports ready; nothing when the host has
+  // no further packet now. The bytes stay until the next call. Throws
   // HandleNotSet, ArrayTooShort, UnableToGetPacketFromTapvane, Unexpected.
-  bool ReadNextSegment(TcpSegment& segment);
+  std::optional<TcpSegment> ReadNextSegment();
 
-  // At the end of a capture: delivers a segment that the history still holds,
-  // settled or not; false when there is none. Throws HandleNotSet,
-  // ArrayTooShort, UnableToGetPacketFromTapvane.
-  bool ReadLeftoverSegment(TcpSegment& segment);
+  // At the end of a capture: a segment that the history still holds, settled or
+  // not; nothing when there is none. Throws HandleNotSet, ArrayTooShort,
+  // UnableToGetPacketFromTapvane.
+  std::optional<TcpSegment> ReadLeftoverSegment();
 
-  // The last packet delivered as the next one; -1 before the first.
+  // The last packet delivered as the next one; -1, as hosts are asked for the
+  // first packet, before that.
   std::int32_t CurrentPacketIndex() const { return current_index_; }
 
  private:
   enum class HandshakeStep { kFound, kReset, kNoMorePackets };
 
+  // Both fill segment_ from the host: with the packet behind the current one,
+  // which it becomes, false when there is none; or with an earlier one, which
+  // the host has to deliver. Throw what a Read does.
   bool FetchNextPacket();
-  bool FetchPacket(std::int32_t index);
-  void RequirePacket(std::int32_t index);
+  void FetchPacket(std::uint32_t number);
   void Refill();
 
+  // Reads on to the end of a handshake and synchronises with it; false when the
+  // packets end before that.
   bool FindHandshake();
+  // Its three packets; the one that was found is segment_.
   bool FindSyn();
   HandshakeStep FindAnswer();
   HandshakeStep FindClosingAck();
   void Synchronise();
 
+  // One step: reads one packet and decides what it is. False when there is
+  // none.
   bool AdvanceStream();
+  // An early segment whose turn has come, or else the next packet.
   bool FetchForStream();
+  // Whether segment_ is the one that is expected.
   bool IsInOrder() const;
   bool Matches(std::size_t side, std::uint32_t number) const;
+  // The expected number, or the one behind it when the side has closed.
   std::uint32_t NumberBehindFin(std::size_t side) const;
+  // segment_ goes to the history or settles what is there; or it is set aside
+  // or dropped.
   void TakeInOrder();
   void CountInOrder();
   void TakeOutOfOrder();

@@ -17,9 +17,10 @@ TEST(CommandNameTest, NamesKeepTheirOddSpellingAndCompareAllSixteenBits) {
   } cases[] = {{0x0001, "C-SEND-RQ"},         {0x8001, "C-SEND-RSP"},
                {0x0100, "C-EVENT-REPORT-RQ"}, {0x8100, "C-EVENT_REPORT-RSP"},
                {0x0FFF, "C-CANCEL-RQ"},       {0x8150, "N-DELETE-RSP"}};
-  for (const auto& c : cases) EXPECT_EQ(CommandName(c.field), c.name);
+  for (const auto& c : cases) EXPECT_STREQ(CommandName(c.field), c.name);
   for (int field : {0, 2, 0x8000, 0x8101, 0x8FFF, 0xFFFF}) {
-    EXPECT_EQ(CommandName(static_cast<std::uint16_t>(field)), "Unknown Type");
+    EXPECT_STREQ(CommandName(static_cast<std::uint16_t>(field)),
+                 "Unknown Type");
   }
 }
 

@@ -14,16 +14,16 @@ namespace {
 // Two byte streams: each Send() is one packet with a 20-byte TCP header.
 class PduReassemblerTest : public ::testing::Test, protected PacketSource {
  protected:
-  bool Send(const Bytes& payload, std::uint8_t direction = 0) {
-    return SendPacket(TcpSegmentBytes({}, payload), direction);
+  void Send(const Bytes& payload, std::uint8_t direction = 0) {
+    SendPacket(TcpSegmentBytes({}, payload), direction);
   }
 
-  bool SendPacket(const Bytes& packet, std::uint8_t direction = 0) {
+  void SendPacket(const Bytes& packet, std::uint8_t direction = 0) {
     packets_.push_back(packet);
     TcpSegment segment;
     segment.Parse(packet.data(), packet.Length(),
                   static_cast<std::uint32_t>(packets_.size() - 1), direction);
-    return reassembler_.ProcessSegment(segment, *this);
+    reassembler_.ProcessSegment(segment, *this);
   }
 
   ByteArrayView PacketBytes(std::uint32_t number) override {
@@ -80,11 +80,11 @@ const Bytes kEcho = Command(0x0030, 7);  // 32 bytes
 const Bytes kEchoData = PData(Pdv(1, kLastCommand, kEcho));
 
 TEST_F(PduReassemblerTest, PduOverThreeSegmentsIsOneRecordWithThreeSpans) {
-  EXPECT_FALSE(Send(ReleaseRequest().First(6)));
-  EXPECT_FALSE(Send(ReleaseRequest().Part(6, 1)));
-  EXPECT_TRUE(Send(ReleaseReply(), 1));
+  Send(ReleaseRequest().First(6));
+  Send(ReleaseRequest().Part(6, 1));
+  Send(ReleaseReply(), 1);
   EXPECT_EQ(Pdus(), "2<A-RELEASE-RP PDU 2:20+10\n");
-  EXPECT_TRUE(Send(ReleaseRequest().From(7)));
+  Send(ReleaseRequest().From(7));
   EXPECT_EQ(Pdus(),
             "2<A-RELEASE-RP PDU 2:20+10\n"
             "1 A-RELEASE-RQ PDU 0:20+6 1:20+1 3:20+3\n");
@@ -95,7 +95,7 @@ TEST_F(PduReassemblerTest, EveryTypeHasItsNameAndIsCutByItsLength) {
   for (std::uint8_t type : Bytes{0, 1, 2, 3, 5, 6, 7, 8, 255}) {
     stream += Pdu(type, Repeat(0, type));
   }
-  EXPECT_TRUE(Send(stream));
+  Send(stream);
   EXPECT_EQ(Pdus(),
             "1 unkown PDU 0:20+6\n"
             "2 A-ASSOCIATE-RQ PDU 0:26+7\n"
@@ -116,8 +116,8 @@ TEST_F(PduReassemblerTest, OnePduCutAnywhereBehindItsHeaderIsOneRecord) {
       EXPECT_THROW(Send(kEchoData.First(cut)), OutOfRange);
       continue;
     }
-    EXPECT_FALSE(Send(kEchoData.First(cut)));
-    EXPECT_TRUE(Send(kEchoData.From(cut)));
+    Send(kEchoData.First(cut));
+    Send(kEchoData.From(cut));
     ASSERT_EQ(reassembler_.Pdus().size(), 1u);
     EXPECT_EQ(reassembler_.Pdus()[0].total_length, kEchoData.size());
     ASSERT_EQ(reassembler_.Messages().size(), 1u);
@@ -239,7 +239,7 @@ TEST_F(PduReassemblerTest, FlushListsWhatIsIncompleteAndRepeatsMessages) {
             "0 c0 0+0 /\n"
             "1 c1 32+4 C-ECHO-RQ/Message Id: 7 0:32+32 1:32+4\n");
   reassembler_.Flush();
-  EXPECT_FALSE(Send(ReleaseRequest()));
+  Send(ReleaseRequest());
   EXPECT_EQ(reassembler_.Pdus().size(), 3u);
   EXPECT_EQ(reassembler_.Messages().size(), 2u);
 }
@@ -259,7 +259,7 @@ TEST_F(PduReassemblerTest, FlushOverwritesTheEntryBehindTheMessagesOwn) {
 
 TEST_F(PduReassemblerTest, HeaderCutByASegmentsEndThrowsAndIsLost) {
   EXPECT_THROW(Send(ReleaseRequest().First(5)), OutOfRange);
-  EXPECT_TRUE(Send(ReleaseRequest()));
+  Send(ReleaseRequest());
   EXPECT_THROW(Send(ReleaseRequest() + ReleaseRequest().First(1)), OutOfRange);
   EXPECT_EQ(Pdus(),
             "2 A-RELEASE-RQ PDU 1:20+10\n"
@@ -271,7 +271,7 @@ TEST_F(PduReassemblerTest, ContinuedPduIsListedEvenWhenTheNextHeaderIsCut) {
   EXPECT_THROW(Send(ReleaseRequest().From(8) + Bytes{5}), OutOfRange);
   EXPECT_EQ(Pdus(), "1 A-RELEASE-RQ PDU 0:20+8 1:20+2\n");
   // Two bytes still count as missing, and the record begun has no name.
-  EXPECT_TRUE(Send({0, 0}));
+  Send({0, 0});
   EXPECT_EQ(Pdus(),
             "1 A-RELEASE-RQ PDU 0:20+8 1:20+2\n"
             "0  2:20+2\n");
@@ -285,12 +285,13 @@ TEST_F(PduReassemblerTest, WrappingPduLengthIsUnexpectedOnBothPaths) {
     EXPECT_THROW(Send(bad), Unexpected);
     Send(ReleaseRequest().First(8));
     EXPECT_THROW(Send(ReleaseRequest().From(8) + bad), Unexpected);
-    EXPECT_TRUE(Send(ReleaseRequest()));  // a header is next again
+    Send(ReleaseRequest());  // a header is next again
     reassembler_.Flush();
     EXPECT_EQ(reassembler_.Pdus().size(), 2u);
   }
   reassembler_ = PduReassembler();
-  EXPECT_FALSE(Send(Bytes{1, 0} + Big32(0xFFFFFFF9) + Repeat(0, 50)));
+  Send(Bytes{1, 0} + Big32(0xFFFFFFF9) + Repeat(0, 50));
+  EXPECT_EQ(Pdus(), "");  // the longest that there is goes on
 }
 
 TEST_F(PduReassemblerTest, HeaderLengthBeyondThePacketFeedsNothing) {

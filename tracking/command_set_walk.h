@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <string_view>
 
 #include "tracking/byte_array_view.h"
 #include "tracking/saturating_sum.h"
@@ -36,8 +35,8 @@ std::optional<CommandElement> CommandElementAt(const ByteArrayView& command_set,
                                                std::uint32_t position);
 
 // The name of a Command Field (0000,0100) value as users know it, "Unknown
-// Type" for any other value. The texts live forever and end in a zero byte.
-std::string_view CommandName(std::uint16_t command_field);
+// Type" for any other value. The texts live forever.
+const char* CommandName(std::uint16_t command_field);
 
 }  // namespace dicom
 

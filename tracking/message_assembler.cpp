@@ -42,7 +42,7 @@ void MessageAssembler::Feed(const TcpSegment& segment, std::uint32_t offset,
   if (stream.is_command) {
     ListMessage(stream, source);
   } else {
-    ReplaceNewestEntry(stream.message);
+    ReplaceNewestEntry(stream);
   }
 }
 
@@ -79,9 +79,8 @@ void MessageAssembler::ReadNextHeader(Stream& stream, Chunk& chunk) {
   chunk.consumed += kPdvHeader;
 }
 
-// Lists a message for each PDV value that ends before the chunk does. False
-// when the chunk is used up, or ends in fewer bytes than a header has.
-// Deliberate: those are lost, and the next chunk is taken to begin with one.
+// Deliberate: bytes that are fewer than a header has are lost, and the next
+// chunk is taken to begin with one.
 bool MessageAssembler::ListValuesThatEndInside(Stream& stream, Chunk& chunk,
                                                PacketSource& source) {
   while (stream.missing < chunk.Left()) {
@@ -102,7 +101,7 @@ void MessageAssembler::StartMessage(Stream& stream, std::uint8_t direction,
                                     std::uint8_t context_id) {
   stream.message = DimseMessageRecord();
   stream.summary = MessageSummary();
-  newest_entry_.push_back(0);
+  stream.newest_entry.reset();
   stream.message.message_number = ++message_counter_;
   stream.message.direction = direction;
   stream.message.presentation_context_id = context_id;
@@ -118,14 +117,18 @@ void MessageAssembler::TakeValue(Stream& stream, const Chunk& chunk,
 
 void MessageAssembler::ListMessage(Stream& stream, PacketSource& source) {
   stream.summary.Build(stream.message, source);
+  NewestEntry(stream) = messages_.size();
   messages_.push_back(stream.message);
-  newest_entry_[stream.message.message_number] =
-      static_cast<std::uint32_t>(messages_.size());
 }
 
-void MessageAssembler::ReplaceNewestEntry(const DimseMessageRecord& message) {
-  const std::uint32_t entry = newest_entry_[message.message_number];
-  if (entry != 0) messages_[entry - 1] = message;
+void MessageAssembler::ReplaceNewestEntry(Stream& stream) {
+  const std::optional<std::size_t> entry = NewestEntry(stream);
+  if (entry) messages_[*entry] = stream.message;
+}
+
+std::optional<std::size_t>& MessageAssembler::NewestEntry(Stream& stream) {
+  return stream.message.message_number == 0 ? newest_entry_of_message_0_
+                                            : stream.newest_entry;
 }
 
 // Deliberate: the other side's message comes first.

@@ -2,9 +2,10 @@
 #define TRACKING_MESSAGE_ASSEMBLER_H_
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <vector>
+#include <optional>
 
 #include "tracking/packet_source.h"
 #include "tracking/packet_summary.h"
@@ -39,6 +40,7 @@ class MessageAssembler {
     bool last_fragment = true;  // so that the first command starts a message
     DimseMessageRecord message;
     MessageSummary summary;
+    std::optional<std::size_t> newest_entry;  // of the message, in the list
   };
 
   // One call's piece of a stream: which bytes, and how far they are used up.
@@ -53,24 +55,43 @@ class MessageAssembler {
     std::uint32_t Left() const { return length - consumed; }
   };
 
+  // Both read a PDV header, the one at the chunk's first byte and the one
+  // behind what is used up, start a message where it says so, and use it up.
+  // OutOfRange when the end of the segment cuts it.
   void ReadFirstHeader(Stream& stream, Chunk& chunk);
   void ReadNextHeader(Stream& stream, Chunk& chunk);
+
+  // Lists a message for each PDV value that ends before the chunk does. False
+  // when the chunk is used up, or ends in fewer bytes than a header has.
   bool ListValuesThatEndInside(Stream& stream, Chunk& chunk,
                                PacketSource& source);
+
+  // The stream goes on with a new message, of the next number.
   void StartMessage(Stream& stream, std::uint8_t direction,
                     std::uint8_t context_id);
+
+  // Counts the chunk's next `count` bytes to the stream's message, without
+  // using them up.
   static void TakeValue(Stream& stream, const Chunk& chunk,
                         std::uint32_t count);
+
+  // Lists the stream's message as it is now, with the texts of its command set.
   void ListMessage(Stream& stream, PacketSource& source);
-  void ReplaceNewestEntry(const DimseMessageRecord& message);
+
+  // Nothing when the message is not listed.
+  void ReplaceNewestEntry(Stream& stream);
+
+  // Where the newest entry with the message's number is. Both directions have a
+  // message 0, of the data before any command: they share its entries.
+  std::optional<std::size_t>& NewestEntry(Stream& stream);
+
+  // Lists what is left of a message, or lists it again.
   void FlushStream(const DimseMessageRecord& message);
 
   std::uint32_t message_counter_ = 0;
   std::array<Stream, 2> streams_;  // by direction
   std::deque<DimseMessageRecord> messages_;
-  // By message number: the list position of its newest entry plus 1, 0 for
-  // none. Spares the search from the newest entry backwards.
-  std::vector<std::uint32_t> newest_entry_ = {0};
+  std::optional<std::size_t> newest_entry_of_message_0_;
 };
 
 }  // namespace dicom

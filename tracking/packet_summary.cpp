@@ -41,8 +41,7 @@ std::string SecondText(const DimseMessageRecord& message) {
 
 void MessageSummary::Build(DimseMessageRecord& message, PacketSource& source) {
   gatherer_.GatherUpTo(message.command_length, message.spans, source, unread_);
-  const ByteArrayView bytes(unread_.data(),
-                            static_cast<std::uint32_t>(unread_.size()));
+  const ByteArrayView bytes(unread_);
   std::uint32_t position = skip_;
   while (const auto end = ReadElement(bytes, position, message)) {
     position = *end;
@@ -73,7 +72,7 @@ std::optional<std::uint32_t> MessageSummary::ReadElement(
   // message ID elements the later one counts.
   if (is_command_field) {
     message.first_text =
-        CommandName(bytes.WordAt(element.value_offset, kLittleEndian)).data();
+        CommandName(bytes.WordAt(element.value_offset, kLittleEndian));
   } else if (is_message_id) {
     message.message_id = bytes.WordAt(element.value_offset, kLittleEndian);
   }

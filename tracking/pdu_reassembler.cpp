@@ -2,18 +2,18 @@
 
 #include "errors/errors.h"
 #include "tracking/packet_summary.h"
+#include "tracking/pdu_header.h"
 
 namespace dicom {
 namespace {
 
-constexpr std::uint32_t kPduHeader = 6;  // type, reserved, length (4)
 constexpr std::uint8_t kPDataTf = 0x04;
 
 // By direction: whether the bytes of the PDU in progress go to the message
 // assembly.
 // Deliberate: module-wide, shared by all host contexts, and reset by nothing
 // but the PDUs themselves.
-std::array<std::uint8_t, 2> p_data_flags{};
+std::array<bool, 2> p_data_flags{};
 
 void AppendSpan(PduRecord& record, const TcpSegment& segment,
                 std::uint32_t offset, std::uint32_t length) {
@@ -23,18 +23,18 @@ void AppendSpan(PduRecord& record, const TcpSegment& segment,
 
 }  // namespace
 
-bool PduReassembler::ProcessSegment(const TcpSegment& segment,
+void PduReassembler::ProcessSegment(const TcpSegment& segment,
                                     PacketSource& source) {
-  if (!enabled_) return false;
+  if (!enabled_) return;
   const std::size_t direction = segment.Direction() != 0 ? 1 : 0;
   StreamState& stream = streams_[direction];
-  Cursor cursor{segment, stream, p_data_flags[direction],
-                source,  0,      segment.PayloadLength(),
-                0};
-  return stream.missing == 0 ? BeginWithPdu(cursor) : ContinuePdu(cursor);
+  PayloadCursor cursor{segment, stream, p_data_flags[direction],
+                       source,  0,      segment.PayloadLength(),
+                       0};
+  stream.missing == 0 ? BeginWithPdu(cursor) : ContinuePdu(cursor);
 }
 
-bool PduReassembler::BeginWithPdu(Cursor& cursor) {
+void PduReassembler::BeginWithPdu(PayloadCursor& cursor) {
   StreamState& stream = cursor.stream;
   StartPduWithFlag(cursor);
   while (stream.pdu_length < cursor.left) {
@@ -50,18 +50,16 @@ bool PduReassembler::BeginWithPdu(Cursor& cursor) {
   stream.missing = stream.pdu_length - cursor.left;
   AppendSpan(stream.record, cursor.segment, cursor.Offset(), cursor.left);
   FeedRest(cursor, cursor.left);
-  if (stream.missing != 0) return false;
-  FinishPdu(stream);
-  return true;
+  if (stream.missing == 0) FinishPdu(stream);
 }
 
-bool PduReassembler::ContinuePdu(Cursor& cursor) {
+void PduReassembler::ContinuePdu(PayloadCursor& cursor) {
   StreamState& stream = cursor.stream;
   if (stream.missing > cursor.left) {
     AppendSpan(stream.record, cursor.segment, cursor.Offset(), cursor.left);
     FeedRest(cursor, cursor.left);
     stream.missing -= cursor.left;
-    return false;
+    return;
   }
   while (stream.missing < cursor.left) {
     const std::uint32_t missing = stream.missing;
@@ -77,30 +75,27 @@ bool PduReassembler::ContinuePdu(Cursor& cursor) {
     stream.missing = stream.pdu_length;
     // Deliberate: unlike a PDU that follows a whole PDU, any type is passed to
     // the message assembly.
-    cursor.p_data = 1;
-    if (type == kPDataTf) cursor.skip += kPduHeader;
+    cursor.p_data = true;
+    if (type == kPDataTf) cursor.skip += kPduHeaderLength;
   }
   AppendSpan(stream.record, cursor.segment, cursor.Offset(), cursor.left);
   FeedRest(cursor, cursor.left);
   stream.missing -= cursor.left;
-  if (stream.missing != 0) return false;
-  FinishPdu(stream);
-  return true;
+  if (stream.missing == 0) FinishPdu(stream);
 }
 
-// Reads the PDU header at the cursor and answers the type.
 // Deliberate: the counter counts PDUs begun, so a failure leaves a gap in the
 // numbers, and a header that the segment's end cuts is not kept for the next.
-std::uint8_t PduReassembler::StartPdu(Cursor& cursor) {
+std::uint8_t PduReassembler::StartPdu(PayloadCursor& cursor) {
   StreamState& stream = cursor.stream;
   stream.record = PduRecord();
   ++pdu_counter_;
   const ByteArrayView reader =
       cursor.segment.Part(cursor.Offset(), cursor.left);
   const std::uint8_t type = reader.ByteAt(0);
-  stream.pdu_length = reader.LongAt(2, kBigEndian) + kPduHeader;
+  stream.pdu_length = reader.LongAt(2, kBigEndian) + kPduHeaderLength;
   // Deliberate: a length whose sum wraps is no PDU at all.
-  if (stream.pdu_length < kPduHeader) {
+  if (stream.pdu_length < kPduHeaderLength) {
     stream.pdu_length = 0;
     stream.missing = 0;
     throw Unexpected();
@@ -111,19 +106,16 @@ std::uint8_t PduReassembler::StartPdu(Cursor& cursor) {
   return type;
 }
 
-void PduReassembler::StartPduWithFlag(Cursor& cursor) {
-  const bool p_data = StartPdu(cursor) == kPDataTf;
-  cursor.p_data = p_data ? 1 : 0;
+void PduReassembler::StartPduWithFlag(PayloadCursor& cursor) {
+  cursor.p_data = StartPdu(cursor) == kPDataTf;
   // Deliberate: skip is not reset between the PDUs of one segment, so the
   // second P-DATA-TF is fed from its byte 12.
-  if (p_data) cursor.skip += kPduHeader;
+  if (cursor.p_data) cursor.skip += kPduHeaderLength;
 }
 
-// Feeds the next `length` payload bytes, less the skip, to the message
-// assembly.
 // Deliberate: a skip that uses them up feeds nothing.
-void PduReassembler::FeedRest(Cursor& cursor, std::uint32_t length) {
-  if (cursor.p_data == 0 || cursor.skip >= length) return;
+void PduReassembler::FeedRest(PayloadCursor& cursor, std::uint32_t length) {
+  if (!cursor.p_data || cursor.skip >= length) return;
   assembler_.Feed(cursor.segment, cursor.Offset() + cursor.skip,
                   length - cursor.skip, cursor.source);
 }

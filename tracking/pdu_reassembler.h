@@ -19,13 +19,12 @@ namespace dicom {
 class PduReassembler {
  public:
   // Takes the payload of the next segment of its direction. The bytes are read
-  // during the call only: records keep packet numbers and offsets. True when
-  // the segment ended exactly at the end of a PDU; false inside one, or after
-  // Flush. Throws OutOfRange when the segment's end cuts a PDU header (or the
-  // first PDV header of a chunk), Unexpected on a length field of FFFFFFFAh or
-  // more, and what the source throws. What was done before the failure stays
-  // done.
-  bool ProcessSegment(const TcpSegment& segment, PacketSource& source);
+  // during the call only: records keep packet numbers and offsets. Without
+  // effect after Flush. Throws OutOfRange when the segment's end cuts a PDU
+  // header (or the first PDV header of a chunk), Unexpected on a length field
+  // of FFFFFFFAh or more, and what the source throws. What was done before the
+  // failure stays done.
+  void ProcessSegment(const TcpSegment& segment, PacketSource& source);
 
   // At the end of a capture: lists the PDUs and messages that are still
   // incomplete. Ends the input for good; without effect after the first time.
@@ -46,10 +45,10 @@ class PduReassembler {
   };
 
   // How far one segment's payload is used up.
-  struct Cursor {
+  struct PayloadCursor {
     const TcpSegment& segment;
     StreamState& stream;
-    std::uint8_t& p_data;  // the direction's P-DATA flag
+    bool& p_data;  // the direction's P-DATA flag
     PacketSource& source;
     std::uint32_t consumed;  // payload bytes
     std::uint32_t left;
@@ -62,11 +61,24 @@ class PduReassembler {
     }
   };
 
-  bool BeginWithPdu(Cursor& cursor);  // the payload begins with a PDU header
-  bool ContinuePdu(Cursor& cursor);   // it goes on with a PDU
-  std::uint8_t StartPdu(Cursor& cursor);
-  void StartPduWithFlag(Cursor& cursor);
-  void FeedRest(Cursor& cursor, std::uint32_t length);
+  // The two ways through a segment: its payload begins with a PDU header, or it
+  // goes on with a PDU.
+  void BeginWithPdu(PayloadCursor& cursor);
+  void ContinuePdu(PayloadCursor& cursor);
+
+  // Reads the PDU header at the cursor, which stays there, into a new record of
+  // the stream and answers the type. OutOfRange when the end of the segment
+  // cuts it, Unexpected when the length field leaves no room for it.
+  std::uint8_t StartPdu(PayloadCursor& cursor);
+
+  // The same, and the P-DATA flag says whether it is a P-DATA-TF PDU.
+  void StartPduWithFlag(PayloadCursor& cursor);
+
+  // Feeds the next `length` payload bytes, less the skip, to the message
+  // assembly, when the P-DATA flag is set.
+  void FeedRest(PayloadCursor& cursor, std::uint32_t length);
+
+  // Lists the stream's PDU; a header is next.
   void FinishPdu(StreamState& stream);
 
   bool enabled_ = true;

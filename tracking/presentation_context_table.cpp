@@ -2,14 +2,14 @@
 
 #include <bitset>
 #include <exception>
-#include <utility>
+#include <optional>
 
 #include "errors/errors.h"
+#include "tracking/pdu_header.h"
 
 namespace dicom {
 namespace {
 
-constexpr std::uint32_t kPduHeader = 6;
 constexpr std::uint32_t kProtocolVersion = 6;
 constexpr std::uint16_t kFirstItem = 74;
 constexpr std::uint8_t kContextItem = 0x21;
@@ -22,13 +22,20 @@ constexpr std::uint32_t kOffsets = 65536;
 
 struct KnownSyntax {
   std::string_view uid;
-  bool big_endian, explicit_vr;
+  TransferSyntax syntax;
 };
 constexpr KnownSyntax kKnownSyntaxes[] = {
-    {"1.2.840.10008.1.2.1", false, true},
-    {"1.2.840.10008.1.2.2", true, true},
-    {"1.2.840.10008.1.2", false, false},
+    {"1.2.840.10008.1.2.1", {.big_endian = false, .explicit_vr = true}},
+    {"1.2.840.10008.1.2.2", {.big_endian = true, .explicit_vr = true}},
+    {"1.2.840.10008.1.2", {.big_endian = false, .explicit_vr = false}},
 };
+
+std::optional<TransferSyntax> KnownSyntaxOf(std::string_view uid_text) {
+  for (const KnownSyntax& known : kKnownSyntaxes) {
+    if (uid_text == known.uid) return known.syntax;
+  }
+  return std::nullopt;
+}
 
 // Reads the accepted contexts of one A-ASSOCIATE-AC PDU into a table.
 //
@@ -40,7 +47,7 @@ class AcceptReader {
 
   void Read() {
     // Deliberate: exactly version 1, although the decoder shows any odd one.
-    if (pdu_.LongAt(2, kBigEndian) + kPduHeader != pdu_.Length()) return;
+    if (pdu_.LongAt(2, kBigEndian) + kPduHeaderLength != pdu_.Length()) return;
     if (pdu_.WordAt(kProtocolVersion, kBigEndian) != 1) return;
     std::uint16_t offset = kFirstItem;
     std::bitset<kOffsets> visited;
@@ -70,8 +77,8 @@ class AcceptReader {
       const bool is_syntax = pdu_.ByteAt(offset) == kTransferSyntaxItem;
       const std::uint16_t length = pdu_.WordAt(offset + 2u, kBigEndian);
       if (is_syntax && accepted) {
-        table_.AddPresentationContext(
-            id, std::string(pdu_.CharactersAt(offset + 4u, length)));
+        table_.AddPresentationContext(id,
+                                      pdu_.CharactersAt(offset + 4u, length));
       }
       offset = static_cast<std::uint16_t>(offset + kItemHeader + length);
     }
@@ -86,22 +93,13 @@ class AcceptReader {
 // Deliberate: a text that is none of the known ones is tried again without its
 // last character, whatever that is, and else taken as explicit VR little
 // endian.
-TransferSyntax::TransferSyntax(std::string uid_text)
-    : uid_text_(std::move(uid_text)) {
-  const std::string_view text = uid_text_;
-  if (!Classify(text) && !text.empty()) {
-    Classify(text.substr(0, text.size() - 1));
+TransferSyntax TransferSyntaxOf(std::string_view uid_text) {
+  std::optional<TransferSyntax> known = KnownSyntaxOf(uid_text);
+  if (!known && !uid_text.empty()) {
+    known = KnownSyntaxOf(uid_text.substr(0, uid_text.size() - 1));
   }
-}
-
-bool TransferSyntax::Classify(std::string_view text) {
-  for (const KnownSyntax& known : kKnownSyntaxes) {
-    if (text != known.uid) continue;
-    big_endian_ = known.big_endian;
-    explicit_vr_ = known.explicit_vr;
-    return true;
-  }
-  return false;
+  return known.value_or(
+      TransferSyntax{.big_endian = false, .explicit_vr = true});
 }
 
 void PresentationContextTable::AddAcceptedContexts(const ByteArrayView& pdu) {
@@ -112,23 +110,24 @@ void PresentationContextTable::AddAcceptedContexts(const ByteArrayView& pdu) {
   }
 }
 
-void PresentationContextTable::AddPresentationContext(std::uint8_t id,
-                                                      std::string uid_text) {
+void PresentationContextTable::AddPresentationContext(
+    std::uint8_t id, std::string_view uid_text) {
   // Deliberate: a taken ID ends the reading of the whole PDU, so a second
   // association that uses the IDs again keeps the first one's syntaxes.
   if (contexts_.contains(id)) throw DoublePresentationContextId();
-  contexts_.emplace(id, TransferSyntax(std::move(uid_text)));
+  contexts_.emplace(id, TransferSyntaxOf(uid_text));
 }
 
 bool PresentationContextTable::IsBigEndian(std::uint8_t id) const {
-  return Find(id).IsBigEndian();
+  return SyntaxOf(id).big_endian;
 }
 
 bool PresentationContextTable::IsExplicitVr(std::uint8_t id) const {
-  return Find(id).IsExplicitVr();
+  return SyntaxOf(id).explicit_vr;
 }
 
-const TransferSyntax& PresentationContextTable::Find(std::uint8_t id) const {
+const TransferSyntax& PresentationContextTable::SyntaxOf(
+    std::uint8_t id) const {
   const auto context = contexts_.find(id);
   if (context == contexts_.end()) throw PresentationContextDoesNotExist();
   return context->second;

@@ -8,7 +8,7 @@ namespace dicom {
 
 void TcpSegment::Parse(const std::uint8_t* bytes, std::uint32_t length,
                        std::uint32_t packet_number, std::uint8_t direction) {
-  SetBytes(bytes, length);
+  static_cast<ByteArrayView&>(*this) = {bytes, length};
   try {
     ParseHeader();
   } catch (const std::exception&) {
@@ -21,8 +21,6 @@ void TcpSegment::Parse(const std::uint8_t* bytes, std::uint32_t length,
 }
 
 void TcpSegment::ParseHeader() {
-  source_port_ = WordAt(0, kBigEndian);
-  destination_port_ = WordAt(2, kBigEndian);
   sequence_number_ = LongAt(4, kBigEndian);
   acknowledgement_number_ = LongAt(8, kBigEndian);
   // Deliberate: the flags come before the header length, so that 13 bytes leave

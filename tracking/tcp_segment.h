@@ -19,8 +19,6 @@ class TcpSegment : public ByteArrayView {
   void Parse(const std::uint8_t* bytes, std::uint32_t length,
              std::uint32_t packet_number, std::uint8_t direction);
 
-  std::uint16_t SourcePort() const { return source_port_; }
-  std::uint16_t DestinationPort() const { return destination_port_; }
   std::uint32_t SequenceNumber() const { return sequence_number_; }
   std::uint32_t AcknowledgementNumber() const {
     return acknowledgement_number_;
@@ -43,8 +41,6 @@ class TcpSegment : public ByteArrayView {
  private:
   void ParseHeader();
 
-  std::uint16_t source_port_ = 0;
-  std::uint16_t destination_port_ = 0;
   std::uint32_t sequence_number_ = 0;
   std::uint32_t acknowledgement_number_ = 0;
   std::uint8_t flags_ = 0;
