@@ -4,7 +4,7 @@
 #include <string>
 
 #include "dimse/dicom_dictionary.h"
-#include "dimse/line_cursor.h"
+#include "dimse/element_cursor.h"
 #include "dimse/message_parts.h"
 #include "tracking/command_set_walk.h"
 
@@ -13,7 +13,7 @@ namespace dicom {
 // Writes the command set of a message as a section "DICOM - Command Set: " with
 // an item for each element. Always reads implicit VR little endian, whatever
 // the presentation context agreed.
-class CommandSetDecoder : private LineCursor {
+class CommandSetDecoder : private ElementCursor {
  public:
   // What is passed in stays the caller's and outlives the decoder.
   CommandSetDecoder(const MessageParts& message,
@@ -28,13 +28,10 @@ class CommandSetDecoder : private LineCursor {
   using LineCursor::ShowFailurePosition;
 
  private:
-  // Both begin with the cursor at their first byte and leave it behind the
-  // element.
+  // `element` is the one at the cursor, which moves past it.
   void DecodeElement(const CommandElement& element);
-  void DecodeValue(const CommandElement& element, std::int32_t vr_code);
 
   const std::string& caption_suffix_;
-  const DicomDictionary& dictionary_;
 };
 
 }  // namespace dicom

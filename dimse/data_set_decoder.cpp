@@ -31,11 +31,11 @@ DataSetDecoder::DataSetDecoder(const MessageParts& message,
                                const PresentationContextTable& contexts,
                                const DicomDictionary& dictionary,
                                DecodeTreeWriter& writer)
-    : LineCursor(UpToItsEnd(message), message.command_length, kLittleEndian,
-                 writer),
+    : ElementCursor(
+          {UpToItsEnd(message), message.command_length, kLittleEndian, writer},
+          dictionary),
       contexts_(contexts),
-      context_id_(message.presentation_context_id),
-      dictionary_(dictionary) {}
+      context_id_(message.presentation_context_id) {}
 
 void DataSetDecoder::Decode() {
   const bool big_endian = contexts_.IsBigEndian(context_id_);
@@ -57,7 +57,7 @@ void DataSetDecoder::DecodeImplicitElement() {
   // Deliberate: kOpen; an element of the command set returns to level 1.
   const DataElementEntry entry = ShowElement(kOpen, SaturatingSum(length, 8));
   Show("Value Length: " + LongHexAndDecimal(Long()), kLine, 4);
-  ShowValue(length, entry.vr_code);
+  ShowLastValue(length, entry.vr_code);
 }
 
 // Tag and two VR letters, then one of two forms, chosen by the letters; the
@@ -74,7 +74,7 @@ void DataSetDecoder::DecodeShortForm(std::int32_t vr_code) {
   ShowElement(std::exchange(element_step_, kOpen), length + 10);
   Show("Value Representation: " + Characters(2), kLine, 2);
   Show("Value Length: " + WordHexAndDecimal(Word()), kLine, 2);
-  ShowValue(length, vr_code);
+  ShowLastValue(length, vr_code);
 }
 
 // Tag, VR, reserved word, 32-bit length, value or items.
@@ -84,7 +84,7 @@ void DataSetDecoder::DecodeLongForm(std::int32_t vr_code) {
   Show("Value Representation: " + Characters(2), kLine, 2);
   Show("Reserved: " + WordHex(Word()), kLine, 2);
   Show("Value Length: " + LongHexAndDecimal(Long()), kLine, 4);
-  if (length != kUndefinedLength) return ShowValue(length, vr_code);
+  if (length != kUndefinedLength) return ShowLastValue(length, vr_code);
   while (DecodeItem(vr_code)) {
   }
   // No line of an item closes the enclosing element: the next one has to.
@@ -111,24 +111,12 @@ bool DataSetDecoder::DecodeItem(std::int32_t enclosing_vr_code) {
   return tag == "(FFFE,E000)";
 }
 
-DataElementEntry DataSetDecoder::ShowElement(LevelStep step,
-                                             std::uint32_t length) {
-  const std::string tag = Tag();
-  DataElementEntry entry = dictionary_.LookupDataElement(tag);
-  ShowHere(tag + " - " + entry.name, step, length);
-  // Deliberate: the name again, not the VR.
-  Show("Value Type: " + entry.name, kLine, 4);
-  return entry;
-}
-
-void DataSetDecoder::ShowValue(std::uint32_t length, std::int32_t vr_code) {
-  // Deliberate: without a colon.
-  if (IsBulk(vr_code)) return Show("Value Field", kLastLine, length);
-  const std::string value = Value(length, vr_code);
-  if (vr_code != kVrUi) return Show("Value Field: " + value, kLastLine, length);
-  ShowHere("Value Field: " + value, kOpen, length);
-  Show("UID description: " + dictionary_.LookupUidDescription(value),
-       kLastLineOfTwo, length);
+void DataSetDecoder::ShowLastValue(std::uint32_t length, std::int32_t vr_code) {
+  if (IsBulk(vr_code)) {
+    // Deliberate: without a colon.
+    return Show("Value Field", kLastLine, length);
+  }
+  ShowValue(kLastLine, length, vr_code);
 }
 
 }  // namespace dicom

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "dimse/dicom_dictionary.h"
-#include "dimse/line_cursor.h"
+#include "dimse/element_cursor.h"
 #include "dimse/message_parts.h"
 #include "tracking/presentation_context_table.h"
 
@@ -15,7 +15,7 @@ namespace dicom {
 // presentation context agreed. Values of undefined length are walked item by
 // item where the explicit long form announces them; what is inside an item is
 // not decoded.
-class DataSetDecoder : private LineCursor {
+class DataSetDecoder : private ElementCursor {
  public:
   // What is passed in stays the caller's and outlives the decoder.
   DataSetDecoder(const MessageParts& message,
@@ -32,22 +32,21 @@ class DataSetDecoder : private LineCursor {
 
  private:
   // Each begins with the cursor at the tag and leaves it behind the element.
+  // `vr_code` is the stream's. A value that is not read may pass the end, and
+  // so ends the data set; any other throws.
   void DecodeImplicitElement();
   void DecodeExplicitElement();
   void DecodeShortForm(std::int32_t vr_code);
   void DecodeLongForm(std::int32_t vr_code);
-  // Answers whether another item may follow.
+  // The same for an item or a delimiter below an element of undefined length
+  // with that VR. Answers whether another may follow.
   bool DecodeItem(std::int32_t enclosing_vr_code);
 
-  // An element's first two lines, the first over `length` bytes; moves past the
-  // tag. Answers what the dictionary says of it.
-  DataElementEntry ShowElement(LevelStep step, std::uint32_t length);
   // The value line, which closes the element; moves past the value.
-  void ShowValue(std::uint32_t length, std::int32_t vr_code);
+  void ShowLastValue(std::uint32_t length, std::int32_t vr_code);
 
   const PresentationContextTable& contexts_;
   const std::uint8_t context_id_;
-  const DicomDictionary& dictionary_;
   LevelStep element_step_ = LevelStep::kOpen;  // of the next element's line
 };
 

@@ -44,6 +44,7 @@ std::uint32_t LineCursor::Long(std::uint32_t distance) const {
   return bytes_.LongAt(PositionAfter(distance), order_);
 }
 
+// Deliberate: zero bytes are kept; the tree shows the text up to the first.
 std::string LineCursor::Characters(std::uint32_t count,
                                    std::uint32_t distance) const {
   return std::string(bytes_.CharactersAt(PositionAfter(distance), count));

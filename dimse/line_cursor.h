@@ -54,7 +54,6 @@ class LineCursor {
   std::uint8_t Byte(std::uint32_t distance = 0) const;
   std::uint16_t Word(std::uint32_t distance = 0) const;
   std::uint32_t Long(std::uint32_t distance = 0) const;
-  // Zero bytes are kept; the tree shows a text up to the first.
   std::string Characters(std::uint32_t count, std::uint32_t distance = 0) const;
   // Group and element at the cursor, as all lines write a tag.
   std::string Tag() const;
