@@ -134,8 +134,7 @@ DicomDictionary::DicomDictionary()
   SortByKey(uids_);
 }
 
-// Deliberate: the first of two lines for a tag wins. TAG;NAME;VR or
-// TAG;NAME;VR;EXTRA TEXT.
+// Deliberate: the first of two lines for a tag wins.
 void DicomDictionary::AddDataElement(std::string_view line) {
   if (IsEmptyOrComment(line)) return;
   const std::size_t tag_end = line.find(';');
@@ -152,8 +151,8 @@ void DicomDictionary::AddDataElement(std::string_view line) {
   data_elements_.push_back({tag, name, VrCodeOf(columns.substr(0, kVrWidth))});
 }
 
-// Deliberate: an empty UID is kept, and the first of two lines for a UID wins.
-// UID;DESCRIPTION, which may be empty and is not trimmed.
+// Deliberate: an empty UID is kept, the first of two lines for a UID wins, and
+// the description may be empty and is not trimmed.
 void DicomDictionary::AddUid(std::string_view line) {
   constexpr std::size_t kMaxUidLength = 64;
   if (IsEmptyOrComment(line)) return;

@@ -43,7 +43,8 @@ enum VrCode : std::int32_t {
 // The code of a two-letter VR text, kVrUnknown for any other text.
 std::int32_t VrCodeOf(std::string_view vr_text);
 
-// What the dictionary says of one data element.
+// What the dictionary says of one data element. The name is what the element is
+// shown by; the VR code says how its value is, where the stream does not.
 struct DataElementEntry {
   std::int32_t vr_code;  // column 3 of Data.dic
   std::string name;      // column 2
@@ -81,12 +82,16 @@ class DicomDictionary {
     std::string_view description;
   };
 
+  // Each takes a line of its file, without the line's end, if it has the form:
+  // TAG;NAME;VR or TAG;NAME;VR;EXTRA TEXT, of which the last is for people who
+  // read the file, and UID;DESCRIPTION.
   void AddDataElement(std::string_view line);
   void AddUid(std::string_view line);
 
   std::vector<char> data_text_;
   std::vector<char> uid_text_;
-  std::vector<ElementLine> data_elements_;  // ascending by key, no key twice
+  // Both ascending by key, no key twice.
+  std::vector<ElementLine> data_elements_;
   std::vector<UidLine> uids_;
 };
 

@@ -8,7 +8,8 @@
 
 namespace dicom {
 
-// The only forms in which decoders show numbers.
+// The only forms in which decoders show numbers: hexadecimal digits, as many as
+// the field has, and decimals, as few as will do.
 // Deliberate: "%d" of a 32-bit value is signed (80000000h, -2147483648).
 std::string ByteDecimal(std::uint8_t value);         // 7
 std::string ByteHex(std::uint8_t value);             // 07h

@@ -9,22 +9,29 @@ namespace dicom {
 // one fixed text, which reaches the user in a message box or through the host.
 // The texts keep their spelling.
 
+// Reserved for memory that runs out. The language's own std::bad_alloc takes
+// that way, so this is never raised.
 class OutOfMemory final : public std::exception {
  public:
   const char* what() const noexcept override { return "Out of Memory"; }
 };
 
-// A read whose last byte lies at or beyond the end of the bytes.
+// A read whose last byte lies at or beyond the end of the bytes. In a decode it
+// becomes a line with the position; in the reassembly it means a header that a
+// segment's end cuts.
 class OutOfRange final : public std::exception {
  public:
   const char* what() const noexcept override { return "Out of Range"; }
 };
 
+// What cannot go on: a PDU length field of FFFFFFFAh or more, or no memory for
+// a segment that came early.
 class Unexpected final : public std::exception {
  public:
   const char* what() const noexcept override { return "Unexpected"; }
 };
 
+// A dictionary file that cannot be read. The module then cannot be loaded.
 class ErrorWhileOpenFile final : public std::exception {
  public:
   const char* what() const noexcept override {
@@ -40,6 +47,8 @@ class ArrayTooShort final : public std::exception {
   }
 };
 
+// A line whose LevelStep the depth of the tree does not admit: no line behind
+// it would be right.
 class WrongTreeDepth final : public std::exception {
  public:
   const char* what() const noexcept override {
@@ -47,6 +56,8 @@ class WrongTreeDepth final : public std::exception {
   }
 };
 
+// A presentation context ID that is accepted twice. Ends the reading of that
+// accept and goes no further.
 class DoublePresentationContextId final : public std::exception {
  public:
   const char* what() const noexcept override {
@@ -54,6 +65,7 @@ class DoublePresentationContextId final : public std::exception {
   }
 };
 
+// A data set on a presentation context that was not accepted.
 class PresentationContextDoesNotExist final : public std::exception {
  public:
   const char* what() const noexcept override {
@@ -61,6 +73,7 @@ class PresentationContextDoesNotExist final : public std::exception {
   }
 };
 
+// A packet asked for before there is a host window to ask.
 class HandleNotSet final : public std::exception {
  public:
   const char* what() const noexcept override {
@@ -69,8 +82,8 @@ class HandleNotSet final : public std::exception {
 };
 
 // Reserved for a transfer syntax that cannot be classified.
-// Deliberate: an
-// unknown one counts as explicit VR little endian, so this is never raised.
+// Deliberate: an unknown one counts as explicit VR little endian, so this is
+// never raised.
 class TransferSyntaxNotExist final : public std::exception {
  public:
   const char* what() const noexcept override {

@@ -45,14 +45,24 @@ DICOM_HOST_ASSERT(offsetof(DicomPacketRecord, direction) == 12);
 DICOM_HOST_ASSERT(offsetof(DicomPacketRecord, bytes) == 24);
 DICOM_HOST_ASSERT(sizeof(DicomPacketRecord) == DICOM_PACKET_RECORD_SIZE);
 
-/* One row of the packet list, as GetDicomPacketList fills it. */
+/*
+ * One row of the packet list, as GetDicomPacketList fills it. A row has a position, which counts
+ * from 0 and is what a host asks for, and a number to be shown. Numbers count from 1 over both
+ * directions, in the order in which PDUs or messages begin; rows come in the order in which they
+ * end, and a message may be listed more than once.
+ *
+ * The number 0 stands for what had no beginning: bytes behind a PDU header that a segment's end
+ * cut, message data before any command. At the end of the capture the list is closed, once for each
+ * direction; a direction without a message then puts one of number 0, empty, in the place of the
+ * first message row.
+ */
 #pragma pack(push, 1)
 typedef struct PacketListRow {
-  uint32_t number;       /* the PDU's or message's number, counted from 1 */
+  uint32_t number;       /* of the PDU or message; 0: see above */
   uint32_t direction;    /* 0 or 1 */
   uint32_t reserved1;    /* 0 */
   uint32_t reserved2;    /* 0 */
-  uint32_t length;       /* bytes of the PDU or message */
+  uint32_t length;       /* bytes of it that were seen */
   uint16_t reserved3;    /* 0 */
   char summary[81];      /* PDU name or DIMSE command, terminated */
   char detail[81];       /* message ID text, terminated; empty in the PDU view */

@@ -34,6 +34,8 @@ class DisplayDriver {
   void Display(const DisplayRequest& request);
 
  private:
+  // Both gather the record's bytes from the host, dump them, and decode them
+  // into lines. The list of the view is not empty.
   void ShowPdu(const DisplayRequest& request, const HostContext& context);
   void ShowMessage(const DisplayRequest& request, const HostContext& context);
 

@@ -14,7 +14,7 @@
 namespace dicom {
 
 // What is known of one host window's capture: its PDUs, its messages and the
-// accepted presentation contexts.
+// accepted presentation contexts. The bytes stay with the host.
 class HostContext {
  public:
   explicit HostContext(HWND host_window) : source_(host_window) {}
@@ -27,6 +27,7 @@ class HostContext {
   void ProcessSegment(const TcpSegment& segment) {
     reassembler_.ProcessSegment(segment, source_);
   }
+  // The end of the capture: lists what is incomplete, once.
   void Flush() { reassembler_.Flush(); }
 
   // Reads the accepts among the PDUs. Throws UnableToGetPacketFromTapvane.
@@ -41,6 +42,7 @@ class HostContext {
   const std::shared_ptr<SegmentHistory>& History() const { return history_; }
 
  private:
+  // Whether the PDU at that position of the list is an A-ASSOCIATE-AC.
   bool IsAccept(std::size_t position) const;
 
   HostPacketSource source_;

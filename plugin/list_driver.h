@@ -29,7 +29,8 @@ class ListDriver {
  public:
   explicit ListDriver(HostContexts& contexts) : contexts_(contexts) {}
 
-  // Answers a code in the low 16 bits and the progress in the high ones.
+  // Answers a DICOM_LIST_... code in the low 16 bits and the progress in per
+  // cent in the high ones. A call from inside another one does nothing.
   std::uint32_t List(const ListRequest& request);
 
  private:

@@ -85,7 +85,9 @@ class MessageAssembler {
   // message 0, of the data before any command: they share its entries.
   std::optional<std::size_t>& NewestEntry(Stream& stream);
 
-  // Lists what is left of a message, or lists it again.
+  // Lists the message as far as it came: in the place of the entry at the
+  // position that its number names, if there is one and its lengths differ, or
+  // at the end.
   void FlushStream(const DimseMessageRecord& message);
 
   std::uint32_t message_counter_ = 0;

@@ -24,6 +24,7 @@ struct PacketSpan {
 // needs no log.
 class SpanList {
  public:
+  // What is seen through copies stays.
   void Append(const PacketSpan& span);
   std::size_t size() const { return count_; }
   const PacketSpan& operator[](std::size_t i) const {
@@ -55,7 +56,7 @@ class SpanGatherer {
   std::uint32_t taken_ = 0;  // bytes of the next span that were already read
 };
 
-// The first `limit` bytes of `spans`.
+// The first `limit` bytes of `spans`, under the same rules.
 std::vector<std::uint8_t> GatherBytes(const SpanList& spans,
                                       std::uint32_t limit,
                                       PacketSource& source);

@@ -37,6 +37,7 @@ class PresentationContextTable {
   bool IsExplicitVr(std::uint8_t id) const;
 
  private:
+  // With the same exception.
   const TransferSyntax& SyntaxOf(std::uint8_t id) const;
 
   std::map<std::uint8_t, TransferSyntax> contexts_;

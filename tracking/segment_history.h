@@ -45,6 +45,7 @@ class SegmentHistory {
   std::optional<std::uint32_t> TakeAny();
 
  private:
+  // Brings newest_ up to the last entry.
   void IndexEntries();
 
   struct Entry {

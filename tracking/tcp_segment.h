@@ -39,6 +39,7 @@ class TcpSegment : public ByteArrayView {
   bool HasPayload() const { return Length() != header_length_; }
 
  private:
+  // Fills the header fields; OutOfRange where the bytes end before one.
   void ParseHeader();
 
   std::uint32_t sequence_number_ = 0;

@@ -23,7 +23,8 @@ struct GlobalBlockFree {
 template <class T>
 using GlobalBlock = std::unique_ptr<T, GlobalBlockFree>;
 
-// Zero-filled and locked; null when the system has no memory. `size` in bytes.
+// Zero-filled and locked; null when the system has no memory. `size` in bytes,
+// for a block that is more than one T.
 template <class T>
 GlobalBlock<T> AllocateGlobalBlock(std::size_t size = sizeof(T)) {
   static_assert(std::is_trivially_destructible_v<T>);

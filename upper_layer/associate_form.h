@@ -16,7 +16,8 @@ struct UpperLayerDecoder::AssociateForm {
   // the other.
   std::uint8_t context_item;
   void (UpperLayerDecoder::*decode_context_item)();
-  LevelStep unknown_item;
+  LevelStep unknown_item;  // of an unknown item's first line
+  // The bytes of a role selection: what is proposed, or what became of it.
   CodeRows scu_roles;
   CodeRows scp_roles;
 };

@@ -32,6 +32,7 @@ constexpr bool RowsAscend(CodeRows rows) {
 std::string CodeText(std::uint8_t code, CodeRows rows,
                      const std::string& other);
 
+// Behind a code that no row has.
 constexpr char kWrongValue[] = " ERROR - wrong value!";
 
 }  // namespace dicom

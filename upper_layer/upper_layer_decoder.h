@@ -34,7 +34,9 @@ class UpperLayerDecoder : private LineCursor {
   static const AssociateForm kRequestForm;
   static const AssociateForm kAcceptForm;
 
-  // The PDUs, by their type byte.
+  // The PDUs, by their type byte. Each starts with the cursor at that byte.
+  // What a PDU's length field says bounds nothing: the buffer does. Throw
+  // OutOfRange where that cuts a field.
   void DecodeByType();
   void DecodeAssociate(const AssociateForm& form);  // 01h, 02h
   void DecodeReject();                              // 03h
@@ -44,7 +46,8 @@ class UpperLayerDecoder : private LineCursor {
 
   // The items of an A-ASSOCIATE PDU and, indented, their sub-items. Each starts
   // with the cursor at the type byte and leaves it behind the item. An item's
-  // own length bounds its loop only; the reads are bounded by the buffer.
+  // own length bounds its loop only; the reads are bounded by the buffer. A
+  // length that is too large is believed: the line marks what is claimed.
   void DecodeItem(const AssociateForm& form);
   void DecodeUidItem(const UidItem& item);  // 10h and   30h, 40h, 52h
   void DecodeProposedContext();             // 20h
@@ -60,7 +63,8 @@ class UpperLayerDecoder : private LineCursor {
   void DecodeUnknownItem(const AssociateForm& form);
   void DecodeUnknownSubItem();
 
-  // The four lines that every PDU begins with.
+  // The four lines that every PDU begins with. The titles are those of the type
+  // byte.
   void ShowCommonHeader();
   // False when the rest of the PDU cannot be read by this version's rules.
   bool ShowProtocolVersion();
@@ -69,6 +73,7 @@ class UpperLayerDecoder : private LineCursor {
   void ShowItemHeader(const std::string& heading, LevelStep step,
                       const char* size_error = "");
   // The UID of `length` bytes at the cursor and, below it, its description.
+  // OutOfRange without a byte.
   void ShowUid(const char* caption, std::uint32_t length,
                LevelStep description_step);
 
