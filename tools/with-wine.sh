@@ -9,6 +9,13 @@
 # 0.1 s instead of seconds.
 set -euo pipefail
 
+# What stays behind must not keep a lock of the caller's: no descriptor of it is handed on but the
+# first three. 255 is this script.
+for descriptor in "/proc/$$/fd/"*; do
+  descriptor=${descriptor##*/}
+  if ((descriptor > 2 && descriptor != 255)); then eval "exec $descriptor>&-"; fi
+done
+
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 export WINEPREFIX=${WINEPREFIX:-$root/build/wine-prefix}
 export WINEARCH=win32
