@@ -7,9 +7,9 @@
 namespace dicom {
 
 void EarlySegmentStore::Add(const TcpSegment& segment) {
-  const Entry entry{added_, segment.PacketNumber()};
+  const EarlySegment early{added_, segment.PacketNumber()};
   try {
-    segments_.emplace(NumbersOf(segment), entry);
+    segments_.emplace(NumbersOf(segment), early);
   } catch (const std::bad_alloc&) {
     throw Unexpected();
   }

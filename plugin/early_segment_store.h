@@ -26,13 +26,13 @@ class EarlySegmentStore {
   void Clear() { segments_.clear(); }
 
  private:
-  struct Entry {
+  struct EarlySegment {
     std::uint64_t order;  // of arrival
     std::uint32_t packet_number;
   };
 
   std::uint64_t added_ = 0;
-  std::multimap<NumberPair, Entry> segments_;  // equals keep their order
+  std::multimap<NumberPair, EarlySegment> segments_;  // equals keep their order
 };
 
 }  // namespace dicom

@@ -18,7 +18,7 @@ std::uint32_t ValueLength(std::uint32_t item_length) { return item_length - 2; }
 void MessageAssembler::Feed(const TcpSegment& segment, std::uint32_t offset,
                             std::uint32_t length, PacketSource& source) {
   const std::uint8_t direction = segment.Direction() != 0 ? 1 : 0;
-  Stream& stream = streams_[direction];
+  PdvStream& stream = streams_[direction];
   Chunk chunk{segment.Part(offset, length),
               segment.PacketNumber(),
               offset,
@@ -46,7 +46,7 @@ void MessageAssembler::Feed(const TcpSegment& segment, std::uint32_t offset,
   }
 }
 
-void MessageAssembler::ReadFirstHeader(Stream& stream, Chunk& chunk) {
+void MessageAssembler::ReadFirstHeader(PdvStream& stream, Chunk& chunk) {
   const std::uint8_t control = chunk.bytes.ByteAt(kControl);
   stream.is_command = (control & kCommandBit) != 0;
   // Deliberate: only a command behind a last fragment starts a message. Another
@@ -60,7 +60,7 @@ void MessageAssembler::ReadFirstHeader(Stream& stream, Chunk& chunk) {
   stream.last_fragment = (control & kLastFragmentBit) != 0;
 }
 
-void MessageAssembler::ReadNextHeader(Stream& stream, Chunk& chunk) {
+void MessageAssembler::ReadNextHeader(PdvStream& stream, Chunk& chunk) {
   const std::uint8_t control = chunk.bytes.ByteAt(chunk.consumed + kControl);
   stream.is_command = (control & kCommandBit) != 0;
   if (stream.is_command) {
@@ -81,7 +81,7 @@ void MessageAssembler::ReadNextHeader(Stream& stream, Chunk& chunk) {
 
 // Deliberate: bytes that are fewer than a header has are lost, and the next
 // chunk is taken to begin with one.
-bool MessageAssembler::ListValuesThatEndInside(Stream& stream, Chunk& chunk,
+bool MessageAssembler::ListValuesThatEndInside(PdvStream& stream, Chunk& chunk,
                                                PacketSource& source) {
   while (stream.missing < chunk.Left()) {
     // Deliberate: whatever the PDV was, its bytes count as command bytes and
@@ -97,7 +97,7 @@ bool MessageAssembler::ListValuesThatEndInside(Stream& stream, Chunk& chunk,
   return true;
 }
 
-void MessageAssembler::StartMessage(Stream& stream, std::uint8_t direction,
+void MessageAssembler::StartMessage(PdvStream& stream, std::uint8_t direction,
                                     std::uint8_t context_id) {
   stream.message = DimseMessageRecord();
   stream.summary = MessageSummary();
@@ -107,7 +107,7 @@ void MessageAssembler::StartMessage(Stream& stream, std::uint8_t direction,
   stream.message.presentation_context_id = context_id;
 }
 
-void MessageAssembler::TakeValue(Stream& stream, const Chunk& chunk,
+void MessageAssembler::TakeValue(PdvStream& stream, const Chunk& chunk,
                                  std::uint32_t count) {
   DimseMessageRecord& message = stream.message;
   message.spans.Append(
@@ -115,18 +115,18 @@ void MessageAssembler::TakeValue(Stream& stream, const Chunk& chunk,
   (stream.is_command ? message.command_length : message.data_length) += count;
 }
 
-void MessageAssembler::ListMessage(Stream& stream, PacketSource& source) {
+void MessageAssembler::ListMessage(PdvStream& stream, PacketSource& source) {
   stream.summary.Build(stream.message, source);
   NewestEntry(stream) = messages_.size();
   messages_.push_back(stream.message);
 }
 
-void MessageAssembler::ReplaceNewestEntry(Stream& stream) {
+void MessageAssembler::ReplaceNewestEntry(PdvStream& stream) {
   const std::optional<std::size_t> entry = NewestEntry(stream);
   if (entry) messages_[*entry] = stream.message;
 }
 
-std::optional<std::size_t>& MessageAssembler::NewestEntry(Stream& stream) {
+std::optional<std::size_t>& MessageAssembler::NewestEntry(PdvStream& stream) {
   return stream.message.message_number == 0 ? newest_entry_of_message_0_
                                             : stream.newest_entry;
 }

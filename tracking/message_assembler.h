@@ -34,7 +34,7 @@ class MessageAssembler {
 
  private:
   // One direction's message and where it stands in its PDV.
-  struct Stream {
+  struct PdvStream {
     std::uint32_t missing = 0;  // bytes of the current PDV value not yet seen
     bool is_command = false;
     bool last_fragment = true;  // so that the first command starts a message
@@ -58,40 +58,40 @@ class MessageAssembler {
   // Both read a PDV header, the one at the chunk's first byte and the one
   // behind what is used up, start a message where it says so, and use it up.
   // OutOfRange when the end of the segment cuts it.
-  void ReadFirstHeader(Stream& stream, Chunk& chunk);
-  void ReadNextHeader(Stream& stream, Chunk& chunk);
+  void ReadFirstHeader(PdvStream& stream, Chunk& chunk);
+  void ReadNextHeader(PdvStream& stream, Chunk& chunk);
 
   // Lists a message for each PDV value that ends before the chunk does. False
   // when the chunk is used up, or ends in fewer bytes than a header has.
-  bool ListValuesThatEndInside(Stream& stream, Chunk& chunk,
+  bool ListValuesThatEndInside(PdvStream& stream, Chunk& chunk,
                                PacketSource& source);
 
   // The stream goes on with a new message, of the next number.
-  void StartMessage(Stream& stream, std::uint8_t direction,
+  void StartMessage(PdvStream& stream, std::uint8_t direction,
                     std::uint8_t context_id);
 
   // Counts the chunk's next `count` bytes to the stream's message, without
   // using them up.
-  static void TakeValue(Stream& stream, const Chunk& chunk,
+  static void TakeValue(PdvStream& stream, const Chunk& chunk,
                         std::uint32_t count);
 
   // Lists the stream's message as it is now, with the texts of its command set.
-  void ListMessage(Stream& stream, PacketSource& source);
+  void ListMessage(PdvStream& stream, PacketSource& source);
 
   // Nothing when the message is not listed.
-  void ReplaceNewestEntry(Stream& stream);
+  void ReplaceNewestEntry(PdvStream& stream);
 
   // Where the newest entry with the message's number is. Both directions have a
   // message 0, of the data before any command: they share its entries.
-  std::optional<std::size_t>& NewestEntry(Stream& stream);
+  std::optional<std::size_t>& NewestEntry(PdvStream& stream);
 
   // Lists the message as far as it came: in the place of the entry at the
-  // position that its number names, if there is one and its lengths differ, or
-  // at the end.
+  // position that its number names, if there is one and its lengths differ; at
+  // the end, if there is none and it has a command.
   void FlushStream(const DimseMessageRecord& message);
 
   std::uint32_t message_counter_ = 0;
-  std::array<Stream, 2> streams_;  // by direction
+  std::array<PdvStream, 2> streams_;  // by direction
   std::deque<DimseMessageRecord> messages_;
   std::optional<std::size_t> newest_entry_of_message_0_;
 };

@@ -47,7 +47,7 @@ std::optional<std::uint32_t> SegmentHistory::TakeSettled() {
 
 std::optional<std::uint32_t> SegmentHistory::TakeAny() {
   if (entries_.empty()) return std::nullopt;
-  const Entry front = entries_.front();
+  const HeldSegment front = entries_.front();
   if (taken_ < indexed_) {
     const auto newest = newest_.find(front.numbers);
     if (newest != newest_.end() && newest->second == taken_) {

@@ -48,12 +48,12 @@ class SegmentHistory {
   // Brings newest_ up to the last entry.
   void IndexEntries();
 
-  struct Entry {
+  struct HeldSegment {
     std::uint32_t packet_number;
     NumberPair numbers;
   };
 
-  std::deque<Entry> entries_;
+  std::deque<HeldSegment> entries_;
   std::size_t settled_ = 0;  // that many entries from the front are settled
   std::uint64_t taken_ = 0;  // entries ever taken; numbers the front entry
   std::uint8_t last_direction_ = 0;
