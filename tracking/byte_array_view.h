@@ -23,7 +23,7 @@ class ByteArrayView {
   ByteArrayView() = default;
   ByteArrayView(const std::uint8_t* bytes, std::uint32_t length)
       : bytes_(bytes), length_(length) {}
-  // Of the first 4 GB.
+  // Of the vector's bytes, the first 4 GB of them.
   explicit ByteArrayView(const std::vector<std::uint8_t>& bytes);
 
   const std::uint8_t* Bytes() const { return bytes_; }
@@ -47,8 +47,7 @@ class ByteArrayView {
                                : b3 << 24 | b2 << 16 | b1 << 8 | b0;
   }
 
-  // `count` bytes at `offset`, zero bytes included; the view form lives as long
-  // as the bytes.
+  // `count` bytes at `offset`, zero bytes included; valid like the view itself.
   std::string_view CharactersAt(std::uint32_t offset,
                                 std::uint32_t count) const;
 

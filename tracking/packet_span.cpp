@@ -1,6 +1,7 @@
 #include "tracking/packet_span.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace dicom {
 namespace {
@@ -42,15 +43,13 @@ void SpanGatherer::GatherUpTo(std::uint32_t limit, const SpanList& spans,
                               PacketSource& source,
                               std::vector<std::uint8_t>& bytes) {
   ByteArrayView packet;
-  bool fetched = false;
-  std::uint32_t fetched_number = 0;
+  std::optional<std::uint32_t> fetched;  // its number
   for (; next_span_ < spans.size() && gathered_ < limit; ++next_span_) {
     // A copy: the fetch runs the host's code, which may make the list grow.
     const PacketSpan span = spans[next_span_];
-    if (!fetched || span.packet_number != fetched_number) {
+    if (fetched != span.packet_number) {
       packet = source.PacketBytes(span.packet_number);
-      fetched = true;
-      fetched_number = span.packet_number;
+      fetched = span.packet_number;
     }
     const std::uint32_t left = std::min(span.length, kMaxSpanBytes) - taken_;
     const std::uint32_t count = std::min(left, limit - gathered_);

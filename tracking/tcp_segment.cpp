@@ -8,7 +8,7 @@ namespace dicom {
 
 void TcpSegment::Parse(const std::uint8_t* bytes, std::uint32_t length,
                        std::uint32_t packet_number, std::uint8_t direction) {
-  static_cast<ByteArrayView&>(*this) = {bytes, length};
+  ByteArrayView::operator=({bytes, length});
   try {
     ParseHeader();
   } catch (const std::exception&) {
