@@ -96,6 +96,18 @@ TEST(DataDicTest, LineOf120CharactersEndsTheFile) {
   EXPECT_EQ(cut.Get().LookupUidDescription("1.4"), "- Undefined UID");
 }
 
+// The file is read in pieces of 256 KB.
+TEST(DataDicTest, LongFileIsReadWhole) {
+  constexpr std::size_t kPiece = 1 << 18;
+  const std::string last = "\n0008,0016;Last;UI";
+  for (const std::size_t size : {kPiece - 1, kPiece, kPiece + 1, 3 * kPiece}) {
+    SCOPED_TRACE(size);
+    std::string text(size - last.size(), '\n');
+    const TestDictionary dictionary("", text + last);
+    EXPECT_EQ(Element(dictionary.Get(), "(0008,0016)"), "21 Last");
+  }
+}
+
 TEST(DataDicTest, FileThatCannotBeOpenedIsAnError) {
   for (const char* missing : {kDataDicPath, kUidDicPath}) {
     SCOPED_TRACE(missing);
@@ -198,9 +210,11 @@ TEST_F(ShippedDictionaryTest, HoldsWellKnownEntriesOfEveryKind) {
     const char *tag, *entry;
   } elements[] = {
       {"(0000,0001)", "22 Command Length to End"},
+      {"(0008,0000)", "22 Group Length"},
       {"(0008,0016)", "21 SOP Class UID"},
       {"(0008,0420)", "17 Inventory Access End Points Sequence"},  // newer
       {"(0010,0010)", "14 Patient's Name"},
+      {"(0012,0022)", "10 Issuer of Clinical Trial Protocol ID"},  // newest
       {"(0020,3104)", "3 Source Image IDs"},
       {"(0028,0106)", "23 Smallest Image Pixel Value"},          // US or SS
       {"(0028,3006)", "13 LUT Data"},                            // US or OW
