@@ -9,7 +9,7 @@ may() {
   local folder=$1 allowed
   allowed=$(IFS='|' && echo "$*")
   if grep -rnE '^#include "' "$folder" --include='*.h' --include='*.cpp' |
-    grep -vE "#include \"($allowed)/[a-z0-9_]+\.h\""; then
+    grep -vE "#include \"($allowed)/[a-z0-9_]+\.(h|inc)\""; then
     failures=$((failures + 1))
   fi
 }
@@ -24,7 +24,7 @@ may plugin errors tracking tree dimse upper_layer interface
 
 # The rooms of the host: each knows only those before it, the programs not each other.
 known=(interface)
-for room in text capture streams rows module; do
+for room in text capture streams dataset rows module; do
   may "host/$room" "${known[@]}"
   known+=("host/$room")
 done

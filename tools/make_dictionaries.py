@@ -131,6 +131,11 @@ def take_over_elements(folder):
     write_table("elements", "tag, VR, VM, name, R for retired", sorted(lines))
 
 
+def private_key(line):
+    """Group and low byte; the entry for any block stands before those for one."""
+    return line[:4], line[7:9], line[5:7].replace("xx", "00")
+
+
 def take_over_private(folder):
     """"=" and a creator, then its elements: TAG, VR, VM and name. The two digits
     of the block are "xx" unless the entry is for one block alone."""
@@ -146,11 +151,7 @@ def take_over_private(folder):
     lines = []
     for creator in sorted(creators, key=str.encode):
         lines.append("=" + creator)
-        # By group and low byte; the entry for any block stands last.
-        lines += sorted(
-            set(creators[creator]),
-            key=lambda line: (line[:5], line[7:9], line[5:7]),
-        )
+        lines += sorted(set(creators[creator]), key=private_key)
     write_table("private", "=creator, then tag, VR, VM, name", lines)
 
 
