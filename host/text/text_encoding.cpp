@@ -26,22 +26,6 @@ bool IsControl(unsigned code_point) {
   return code_point < 0x20 || (code_point >= 0x7F && code_point < 0xA0);
 }
 
-void AppendUtf8(unsigned code_point, std::string& text) {
-  const auto append = [&text](unsigned byte) {
-    text += static_cast<char>(byte);
-  };
-  if (code_point < 0x80) {
-    append(code_point);
-  } else if (code_point < 0x800) {
-    append(0xC0 | code_point >> 6);
-    append(0x80 | (code_point & 0x3F));
-  } else {
-    append(0xE0 | code_point >> 12);
-    append(0x80 | (code_point >> 6 & 0x3F));
-    append(0x80 | (code_point & 0x3F));
-  }
-}
-
 void AppendEscaped(unsigned char byte, std::string& text) {
   switch (byte) {
     case '\r':
@@ -69,9 +53,37 @@ std::string Convert(std::string_view bytes, AppendByte append) {
   return text;
 }
 
-// Length of the well-formed UTF-8 character at the beginning; 0 when there is
-// none.
-std::size_t CharacterLength(std::string_view text) {
+void AppendJsonControl(unsigned char byte, std::string& text) {
+  std::array<char, 8> escaped{};
+  std::snprintf(escaped.data(), escaped.size(), "\\u%04x", byte);
+  text += escaped.data();
+}
+
+}  // namespace
+
+void AppendUtf8(char32_t character, std::string& text) {
+  const auto append = [&text](char32_t byte) {
+    text += static_cast<char>(byte);
+  };
+  if (character < 0x80) {
+    append(character);
+    return;
+  }
+  if (character < 0x800) {
+    append(0xC0 | character >> 6);
+  } else {
+    if (character < 0x10000) {
+      append(0xE0 | character >> 12);
+    } else {
+      append(0xF0 | character >> 18);
+      append(0x80 | (character >> 12 & 0x3F));
+    }
+    append(0x80 | (character >> 6 & 0x3F));
+  }
+  append(0x80 | (character & 0x3F));
+}
+
+std::size_t Utf8CharacterLength(std::string_view text) {
   const auto byte = [text](std::size_t at) {
     return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U;
   };
@@ -91,14 +103,6 @@ std::size_t CharacterLength(std::string_view text) {
   return continues(3, 0x80, 0xBF) ? 4 : 0;
 }
 
-void AppendJsonControl(unsigned char byte, std::string& text) {
-  std::array<char, 8> escaped{};
-  std::snprintf(escaped.data(), escaped.size(), "\\u%04x", byte);
-  text += escaped.data();
-}
-
-}  // namespace
-
 std::string Utf8FromCodePage1252(std::string_view bytes) {
   return Convert(bytes, [](unsigned char byte, std::string& text) {
     AppendUtf8(CodePoint(byte), text);
@@ -115,6 +119,26 @@ std::string PrintableFromCodePage1252(std::string_view bytes) {
   });
 }
 
+std::string PrintableFromUtf8(std::string_view utf8) {
+  std::string text;
+  text.reserve(utf8.size());
+  while (!utf8.empty()) {
+    const std::size_t length = Utf8CharacterLength(utf8);
+    const auto last = static_cast<unsigned char>(utf8[length > 1]);
+    // The upper controls are C2h and their own number.
+    const bool may_be_control = length == 1 || utf8.starts_with('\xC2');
+    if (length == 0) {
+      text += kReplacement;
+    } else if (may_be_control && IsControl(last)) {
+      AppendEscaped(last, text);
+    } else {
+      text += utf8.substr(0, length);
+    }
+    utf8.remove_prefix(std::max<std::size_t>(length, 1));
+  }
+  return text;
+}
+
 std::string DumpFromCodePage1252(std::string_view bytes) {
   return Convert(bytes, [](unsigned char byte, std::string& text) {
     if (IsControl(CodePoint(byte)) && byte != '\r' && byte != '\n') {
@@ -129,7 +153,7 @@ std::string JsonString(std::string_view utf8) {
   std::string text = "\"";
   text.reserve(utf8.size() + 2);
   while (!utf8.empty()) {
-    const std::size_t length = CharacterLength(utf8);
+    const std::size_t length = Utf8CharacterLength(utf8);
     const auto first = static_cast<unsigned char>(utf8.front());
     if (first == '"' || first == '\\') {
       text += '\\';

@@ -17,6 +17,9 @@ std::string Utf8FromCodePage1252(std::string_view bytes);
 // control characters as \x1B, so that no text can break the layout.
 std::string PrintableFromCodePage1252(std::string_view bytes);
 
+// The same of UTF-8; what is none becomes the replacement character.
+std::string PrintableFromUtf8(std::string_view utf8);
+
 // For the lines of a hex dump, whose columns must stay: a byte that would steer
 // a terminal becomes the replacement character. Line ends stay.
 std::string DumpFromCodePage1252(std::string_view bytes);
@@ -25,6 +28,13 @@ std::string DumpFromCodePage1252(std::string_view bytes);
 // characters that JSON wants escaped and for invalid UTF-8, which becomes the
 // replacement character.
 std::string JsonString(std::string_view utf8);
+
+// `character` is a code point.
+void AppendUtf8(char32_t character, std::string& text);
+
+// Length of the well-formed character at the beginning of `utf8`, which is not
+// empty; 0 when there is none.
+std::size_t Utf8CharacterLength(std::string_view utf8);
 
 // Width in columns of UTF-8 text, one column a character.
 std::size_t ColumnsOf(std::string_view utf8);
