@@ -122,7 +122,7 @@ TEST(CharacterSetTest, WhatDoesNotFitTheDeclarationIsTold) {
        "declared"},
       {"", "J\xC3\xA9r\xC3\xB4me",
        "JÃ©rÃ´me !holds bytes above 7Fh, but no character set for them is "
-       "declared; declared nothing, looks like UTF-8"},
+       "declared; they look like UTF-8"},
       {"ISO_IR 100", "J\xC3\xA9r\xC3\xB4me",
        "JÃ©rÃ´me !declared ISO_IR 100, looks like UTF-8"},
       {"ISO_IR 100", "\xCD\xF5^\xD0\xA1\xB6\xAB",
@@ -133,14 +133,14 @@ TEST(CharacterSetTest, WhatDoesNotFitTheDeclarationIsTold) {
        "Frédéric"},
       {"ISO_IR 100", "\x8E\x52\x93\x63",
        kBad + "R" + kBad +
-           "c !holds bytes that are not of ISO_IR 100; declared ISO_IR 100, "
-           "looks like Shift JIS"},
+           "c !holds bytes that are not of ISO_IR 100; they look like "
+           "Shift JIS"},
       {"ISO_IR 192", "J\xE9r\xF4me",
        "J" + kBad + "r" + kBad + "me !holds bytes that are not of ISO_IR 192"},
       {"ISO_IR 192", "\xCD\xF5^\xD0\xA1\xB6\xAB",
        kBad + kBad + "^С" + kBad + kBad +
-           " !holds bytes that are not of ISO_IR 192; declared ISO_IR 192, "
-           "looks like GBK or KS X 1001"},
+           " !holds bytes that are not of ISO_IR 192; they look like "
+           "GBK or KS X 1001"},
       {"ISO_IR 13", "\x83\\", "ソ !declared ISO_IR 13, looks like Shift JIS"},
       {"ISO 2022 IR 6", "\x1B$B;3\x1B(B",
        "山 !switches to ISO 2022 IR 87, which is not declared"},

@@ -23,6 +23,10 @@ need wine32:i386 /usr/share/doc/wine32
 need xvfb Xvfb
 need python3 python3
 need jq jq
+# zlib for the three worlds.
+need zlib1g-dev /usr/include/zlib.h
+need lib32z1-dev /usr/lib32/libz.a
+need libz-mingw-w64-dev /usr/i686-w64-mingw32/lib/libz.a
 # For the build of libpcap from its source package.
 need flex flex
 need bison bison

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Makes the seeds of the fuzz targets from the sample captures.
 
-Writes fuzz/corpus/{module,upper_layer,message,dictionary,capture}/. Seeds are kept small: of a long PDU
+Writes fuzz/corpus/{module,upper_layer,message,dictionary,capture,dataset}/. Seeds are kept small: of a long PDU
 its first bytes do. Reads the captures through tcpdump, which knows both formats.
 
     tools/make_fuzz_corpus.py
@@ -9,6 +9,7 @@ its first bytes do. Reads the captures through tcpdump, which knows both formats
 import pathlib
 import struct
 import subprocess
+import zlib
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 CORPUS = ROOT / "fuzz" / "corpus"
@@ -144,6 +145,56 @@ def message_seeds(capture):
                                data[direction])
 
 
+def element(group, number, vr, value):
+    """Explicit VR little endian; a sequence has an undefined length."""
+    head = struct.pack("<HH", group, number) + vr
+    if vr == b"SQ":
+        end = struct.pack("<HHI", 0xFFFE, 0xE0DD, 0)
+        return head + b"\0\0\xff\xff\xff\xff" + value + end
+    if vr in (b"UN", b"OB", b"UT"):
+        return head + struct.pack("<HI", 0, len(value)) + value
+    return head + struct.pack("<H", len(value)) + value
+
+
+def item(value, defined=True):
+    size = len(value) if defined else 0xFFFFFFFF
+    end = b"" if defined else struct.pack("<HHI", 0xFFFE, 0xE00D, 0)
+    return struct.pack("<HHI", 0xFFFE, 0xE000, size) + value + end
+
+
+def dataset_seeds():
+    """One for each encoding, behind the byte that says which. The second names
+    everything that a data set can hold, the fourth is it, deflated."""
+    name = element(0x10, 0x10, b"PN", b"Yamada^Tarou=\x1b$B;3ED\x1b(B^\x1b$BB@O:\x1b(B")
+    texts = element(8, 5, b"CS", b"\\ISO 2022 IR 87\\ISO 2022 IR 149 ") + name
+    private = (element(9, 0x10, b"LO", b"GEMS_IDEN_01") +
+               element(9, 0x1001, b"LO", b"x ") +
+               element(9, 0x1099, b"UN", item(struct.pack("<HHI", 8, 5, 4) + b"GBK ")))
+    offsets = struct.pack("<HHII", 0xFFFE, 0xE000, 4, 0)
+    pixels = (struct.pack("<HH", 0x7FE0, 0x10) + b"OB\0\0\xff\xff\xff\xff" + offsets +
+              item(b"\xff\xd8\xff\xd9") + struct.pack("<HHI", 0xFFFE, 0xE0DD, 0))
+    numbers = (element(0x28, 0x103, b"US", b"\1\0") +
+               element(0x28, 0x106, b"SS", b"\xff\xff") +
+               element(0x18, 0x9328, b"FD", struct.pack("<d", 0.1)))
+    dates = (element(8, 0x20, b"DA", b"20261121") + element(8, 0x2A, b"DT", b"2026112102+0100 ") +
+             element(8, 0x30, b"TM", b"0224-03 "))
+    whole = (texts[:-len(name)] + dates +
+             element(8, 0x1140, b"SQ", item(private + numbers) + item(texts, False)) +
+             name + pixels)
+    deflate = zlib.compressobj(9, zlib.DEFLATED, -15)
+    implicit = (struct.pack("<HHI", 8, 5, 10) + b"ISO_IR 192" +
+                struct.pack("<HHI", 8, 0x1140, 0xFFFFFFFF) +
+                item(struct.pack("<HHI", 8, 0x1150, 2) + b"1\0") +
+                struct.pack("<HHI", 0xFFFE, 0xE0DD, 0))
+    big = (struct.pack(">HH", 8, 5) + b"CS\0\nISO_IR 100" +
+           struct.pack(">HH", 0x28, 0x10) + b"US\0\2\2\0")
+    yield "implicit", b"\0" + implicit
+    yield "explicit", b"\1" + whole
+    yield "big", b"\2" + big
+    yield "deflated", b"\3" + deflate.compress(whole) + deflate.flush()
+    yield "judged", b"\x80" + whole
+
+
 def write(target, name, seed):
     folder = CORPUS / target
     folder.mkdir(parents=True, exist_ok=True)
@@ -177,6 +228,8 @@ def main():
         write("capture", "harm-" + name, conversation_seed(harmed, 1, bytes(harm), 1500))
     write("capture", "harm-not-opened", conversation_seed(harmed, 0, bytes(HARMS["drop"]), 1500))
     write("dictionary", "shipped", dictionary_seed())
+    for name, seed in dataset_seeds():
+        write("dataset", name, seed)
 
 
 if __name__ == "__main__":

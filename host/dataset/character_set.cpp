@@ -222,16 +222,18 @@ class TextDecoder {
     const auto add = [&finding](const std::string& text) {
       finding += (finding.empty() ? "" : "; ") + text;
     };
-    const char* const like = MayBeAnother() ? LooksLike(bytes_) : nullptr;
     if (undeclared_) {
       add("holds bytes above 7Fh, but no character set for them is declared");
     } else if (undecodable_) {
       add("holds bytes that are not of " + set_.declared());
     }
-    if (shift_jis_) {
-      add("declared " + set_.declared() + ", looks like Shift JIS");
-    } else if (like != nullptr) {
-      add("declared " + Declared() + ", looks like " + like);
+    const char* const like = shift_jis_       ? "Shift JIS"
+                             : MayBeAnother() ? LooksLike(bytes_)
+                                              : nullptr;
+    if (like != nullptr) {
+      add((finding.empty() ? "declared " + set_.declared() + ", looks like "
+                           : "they look like ") +
+          like);
     }
     if (undeclared_set_ != nullptr) {
       add("switches to ISO 2022 IR " + std::to_string(undeclared_set_->number) +
@@ -241,14 +243,10 @@ class TextDecoder {
     return finding;
   }
 
-  std::string Declared() const {
-    return set_.declared().empty() ? "nothing" : set_.declared();
-  }
-
   // Latin letters are not many high bytes in a row, so what looks like another
   // set is one; of the other scripts only what has no character is suspect.
   bool MayBeAnother() const {
-    if (!high_ || shift_jis_) return false;
+    if (!high_) return false;
     if (undeclared_ || undecodable_) return true;
     constexpr std::array kLatin{100, 101, 109, 110, 148, 203};
     return set_.scheme_ == CharacterSet::Scheme::kIso2022 &&

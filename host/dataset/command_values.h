@@ -1,0 +1,18 @@
+#ifndef HOST_DATASET_COMMAND_VALUES_H_
+#define HOST_DATASET_COMMAND_VALUES_H_
+
+#include <cstdint>
+#include <string_view>
+
+#include "host/dataset/tag.h"
+
+namespace host {
+
+// What a number in a command set stands for: "C-STORE-RQ" of a Command Field,
+// "medium" of a Priority, "no data set" of a Command Data Set Type. Empty for
+// others. DICOM PS3.7 annex E.
+std::string_view CommandValueText(Tag tag, std::uint64_t value);
+
+}  // namespace host
+
+#endif  // HOST_DATASET_COMMAND_VALUES_H_
