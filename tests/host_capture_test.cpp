@@ -291,7 +291,7 @@ TEST(StreamAssemblerTest, AgreesWithAPlainArray) {
       }
       end = std::max(end, at + count);
     }
-    ASSERT_EQ(stream.end(), static_cast<Position>(end));
+    ASSERT_EQ(stream.end(), static_cast<StreamPosition>(end));
     Bytes copy(end);
     stream.Copy(0, end, copy.data());
     EXPECT_TRUE(std::equal(copy.begin(), copy.end(), bytes.begin()));
@@ -299,15 +299,17 @@ TEST(StreamAssemblerTest, AgreesWithAPlainArray) {
       std::size_t missing = at, present = at;
       while (missing < end && frames[missing] != 0) ++missing;
       while (present < end && frames[present] == 0) ++present;
-      const auto position = static_cast<Position>(at);
-      ASSERT_EQ(stream.PresentUntil(position), static_cast<Position>(missing));
-      ASSERT_EQ(stream.NextPresent(position), static_cast<Position>(present));
+      const auto position = static_cast<StreamPosition>(at);
+      ASSERT_EQ(stream.PresentUntil(position),
+                static_cast<StreamPosition>(missing));
+      ASSERT_EQ(stream.NextPresent(position),
+                static_cast<StreamPosition>(present));
       const auto to = std::min(end, at + 40);
       const auto first = frames.begin() + static_cast<int>(at);
       const auto last = frames.begin() + static_cast<int>(to);
-      ASSERT_EQ(stream.Frames(position, static_cast<Position>(to)).last,
+      ASSERT_EQ(stream.Frames(position, static_cast<StreamPosition>(to)).last,
                 *std::max_element(first, last));
-      ASSERT_EQ(stream.PresentBytes(position, static_cast<Position>(to)),
+      ASSERT_EQ(stream.PresentBytes(position, static_cast<StreamPosition>(to)),
                 static_cast<std::uint64_t>(
                     std::count_if(first, last, [](auto f) { return f != 0; })));
     }

@@ -25,12 +25,12 @@ CleanFeed* MakeFeed(const std::shared_ptr<ByteStore>& store,
   return raw;
 }
 
-std::vector<std::uint8_t> BytesAt(const StreamAssembler& stream, Position at,
-                                  std::size_t most) {
-  const Position count = std::min<Position>(static_cast<Position>(most),
-                                            stream.PresentUntil(at) - at);
+std::vector<std::uint8_t> BytesAt(const StreamAssembler& stream,
+                                  StreamPosition at, std::size_t most) {
+  const StreamPosition count = std::min<StreamPosition>(
+      static_cast<StreamPosition>(most), stream.PresentUntil(at) - at);
   std::vector<std::uint8_t> bytes(
-      static_cast<std::size_t>(std::max<Position>(count, 0)));
+      static_cast<std::size_t>(std::max<StreamPosition>(count, 0)));
   stream.Copy(at, bytes.size(), bytes.data());
   return bytes;
 }
@@ -115,7 +115,7 @@ void CleanConnection::NoteAcknowledgement(std::uint32_t direction,
     side.acknowledged.reset();
   }
   if (side.acknowledged) return;
-  const std::optional<Position> position = side.stream.PositionOf(number);
+  const std::optional<StreamPosition> position = side.stream.PositionOf(number);
   if (position && *position > side.final_until &&
       *position <= side.stream.end()) {
     side.acknowledged = position;
@@ -296,7 +296,7 @@ void CleanConnection::DescribeEnd(std::uint32_t direction) {
     return;
   }
   if (!finished_ || !stream.has_payload()) return;
-  const Position rest = side.cutter.delivered_until();
+  const StreamPosition rest = side.cutter.delivered_until();
   const std::uint64_t present = stream.PresentBytes(rest, stream.end());
   if (rest >= stream.end()) return;
   const auto header = BytesAt(stream, rest, kPduHeaderBytes);

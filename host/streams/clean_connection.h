@@ -42,9 +42,9 @@ class CleanConnection final : public ConnectionBuilder {
     bool fin_seen = false;
     // Bytes before this position that are missing are lost: the other side has
     // acknowledged later ones and enough packets have passed since.
-    Position final_until = 0;
-    std::optional<Position> acknowledged;  // becomes final_until later
-    std::uint64_t acknowledged_at = 0;     // packets of the connection then
+    StreamPosition final_until = 0;
+    std::optional<StreamPosition> acknowledged;  // becomes final_until later
+    std::uint64_t acknowledged_at = 0;  // packets of the connection then
 
     std::uint64_t filled = 0;
     std::uint64_t filled_pdus = 0;

@@ -50,7 +50,8 @@ void CleanFeed::Close() { closed_ = true; }
 void CleanFeed::AddPdu(std::uint32_t direction, const CutPdu& pdu,
                        bool* items_are_whole) {
   *items_are_whole = true;
-  const Position end = pdu.position + static_cast<Position>(pdu.length);
+  const StreamPosition end =
+      pdu.position + static_cast<StreamPosition>(pdu.length);
   if (pdu.type == kPDataTf && pdu.length > kPduHeaderBytes) {
     AddItems(direction, pdu, items_are_whole);
   } else {
@@ -63,14 +64,15 @@ void CleanFeed::AddPdu(std::uint32_t direction, const CutPdu& pdu,
 // a packet of their own they would be taken for one.
 void CleanFeed::AddItems(std::uint32_t direction, const CutPdu& pdu,
                          bool* items_are_whole) {
-  const Position end = pdu.position + static_cast<Position>(pdu.length);
-  Position run = pdu.position;
-  Position at = pdu.position + kPduHeaderBytes;
+  const StreamPosition end =
+      pdu.position + static_cast<StreamPosition>(pdu.length);
+  StreamPosition run = pdu.position;
+  StreamPosition at = pdu.position + kPduHeaderBytes;
   while (at < end) {
     if (pdu.lost != 0) RepairItemHeader(direction, at, end);
     std::array<std::uint8_t, 4> field;
     stream(direction).Copy(at, field.size(), field.data());
-    const Position item_end = at + 4 + Position{Word32At(field, 0)};
+    const StreamPosition item_end = at + 4 + StreamPosition{Word32At(field, 0)};
     std::uint32_t tail = 0;
     if (item_end < at + kItemHeaderBytes || item_end > end) {
       *items_are_whole = false;
@@ -91,24 +93,24 @@ void CleanFeed::AddItems(std::uint32_t direction, const CutPdu& pdu,
 // finds no message any more. Its lost bytes are given the values of a last data
 // PDV that reaches to the end of the PDU: then the next message begins where it
 // should, and data that goes on after all still counts.
-void CleanFeed::RepairItemHeader(std::uint32_t direction, Position at,
-                                 Position pdu_end) {
+void CleanFeed::RepairItemHeader(std::uint32_t direction, StreamPosition at,
+                                 StreamPosition pdu_end) {
   StreamAssembler& bytes = stream(direction);
   if (bytes.PresentUntil(at) >= at + kItemHeaderBytes) return;
-  const Position rest = pdu_end - at - 4;
+  const StreamPosition rest = pdu_end - at - 4;
   std::array<std::uint8_t, kItemHeaderBytes> lost{0, 0, 0, 0, 1, 2};
   // What is left of the length may say that the item is shorter than that.
   std::array<std::uint8_t, 4> left;
   bytes.Copy(at, left.size(), left.data());
-  const Position shorter = Position{Word32At(left, 0)};
+  const StreamPosition shorter = StreamPosition{Word32At(left, 0)};
   if (shorter < 2 || shorter > rest) {
     Put32(static_cast<std::uint32_t>(rest), lost.data());
   }
   bytes.Substitute(at, lost);
 }
 
-void CleanFeed::AddRun(std::uint32_t direction, Position from, Position to,
-                       std::uint32_t tail) {
+void CleanFeed::AddRun(std::uint32_t direction, StreamPosition from,
+                       StreamPosition to, std::uint32_t tail) {
   PacketRun run;
   run.position = from;
   run.length = static_cast<std::uint64_t>(to - from);
@@ -178,8 +180,9 @@ CopiedPacket CleanFeed::CopyData(std::uint32_t exchange, bool acknowledgement,
     return WriteHeader(InStep(1u - run.direction, sent, kAck), room);
   }
   WriteHeader(InStep(run.direction, sent, kPush | kAck), room);
-  streams_[run.direction].Copy(run.position + static_cast<Position>(offset),
-                               length, room.data() + kTcpHeaderBytes);
+  streams_[run.direction].Copy(
+      run.position + static_cast<StreamPosition>(offset), length,
+      room.data() + kTcpHeaderBytes);
   return {kTcpHeaderBytes + length, run.direction};
 }
 

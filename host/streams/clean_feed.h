@@ -13,7 +13,7 @@ namespace host {
 
 // Bytes of one PDU that are sent in packets of one size.
 struct PacketRun {
-  Position position = 0;
+  StreamPosition position = 0;
   std::uint64_t length = 0;
   std::uint32_t first = 0;  // its first data packet, counted over the feed
   // What each side has sent before it, modulo 2^32 as sequence numbers are.
@@ -69,8 +69,9 @@ class CleanFeed final : public PacketFeed {
 
   void AddItems(std::uint32_t direction, const CutPdu& pdu,
                 bool* items_are_whole);
-  void RepairItemHeader(std::uint32_t direction, Position at, Position pdu_end);
-  void AddRun(std::uint32_t direction, Position from, Position to,
+  void RepairItemHeader(std::uint32_t direction, StreamPosition at,
+                        StreamPosition pdu_end);
+  void AddRun(std::uint32_t direction, StreamPosition from, StreamPosition to,
               std::uint32_t tail);
   Header HandshakeHeader(std::uint32_t number) const;
   Header InStep(std::uint32_t direction,

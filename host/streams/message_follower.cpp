@@ -39,17 +39,17 @@ void MessageFollower::Follow(const PacketRun& run, bool is_first,
   while (done < run.length) {  // packet by packet
     const std::uint64_t end = std::min<std::uint64_t>(
         run.length, (done / run.packet_bytes + 1) * run.packet_bytes);
-    Feed(run.direction, run.position + static_cast<Position>(done),
+    Feed(run.direction, run.position + static_cast<StreamPosition>(done),
          static_cast<std::uint32_t>(end - done));
     done = end;
   }
 }
 
-void MessageFollower::Feed(std::uint32_t direction, Position at,
+void MessageFollower::Feed(std::uint32_t direction, StreamPosition at,
                            std::uint32_t length) {
   Direction& d = directions_[direction];
-  const Position end = at + length;
-  Position now = at;
+  const StreamPosition end = at + length;
+  StreamPosition now = at;
   if (d.missing == 0) {
     if (length < kItemHeaderBytes) return;
     TakeHeader(direction, at, at, end);
@@ -76,8 +76,9 @@ void MessageFollower::Feed(std::uint32_t direction, Position at,
 }
 
 // A command PDV's length is at `command_length_at`, the packet's first item.
-void MessageFollower::TakeHeader(std::uint32_t direction, Position item,
-                                 Position command_length_at, Position end) {
+void MessageFollower::TakeHeader(std::uint32_t direction, StreamPosition item,
+                                 StreamPosition command_length_at,
+                                 StreamPosition end) {
   Direction& d = directions_[direction];
   const StreamAssembler& stream = feed_.stream(direction);
   std::uint8_t control;
@@ -99,7 +100,7 @@ void MessageFollower::TakeHeader(std::uint32_t direction, Position item,
         &d.message.frames);
 }
 
-void MessageFollower::TakeValue(std::uint32_t direction, Position at,
+void MessageFollower::TakeValue(std::uint32_t direction, StreamPosition at,
                                 std::uint32_t length) {
   Direction& d = directions_[direction];
   const StreamAssembler& stream = feed_.stream(direction);
@@ -113,7 +114,7 @@ void MessageFollower::TakeValue(std::uint32_t direction, Position at,
   }
 }
 
-void MessageFollower::KeepCommand(std::uint32_t direction, Position at,
+void MessageFollower::KeepCommand(std::uint32_t direction, StreamPosition at,
                                   std::uint32_t length) {
   auto& command = directions_[direction].message.command;
   const std::size_t kept = command.size();

@@ -45,12 +45,14 @@ class MessageFollower {
     Message message;
   };
 
-  void Feed(std::uint32_t direction, Position at, std::uint32_t length);
-  void TakeHeader(std::uint32_t direction, Position item,
-                  Position command_length_at, Position end);
-  void TakeValue(std::uint32_t direction, Position at, std::uint32_t length);
+  void Feed(std::uint32_t direction, StreamPosition at, std::uint32_t length);
+  void TakeHeader(std::uint32_t direction, StreamPosition item,
+                  StreamPosition command_length_at, StreamPosition end);
+  void TakeValue(std::uint32_t direction, StreamPosition at,
+                 std::uint32_t length);
   void NoteSwallowedCommand(std::uint32_t direction);
-  void KeepCommand(std::uint32_t direction, Position at, std::uint32_t length);
+  void KeepCommand(std::uint32_t direction, StreamPosition at,
+                   std::uint32_t length);
   void List(std::uint32_t direction);
   void Complete(std::uint32_t direction);
   void Retire(std::uint32_t direction);

@@ -30,7 +30,7 @@ struct Header {
   std::uint32_t length = 0;
 };
 
-Header HeaderAt(const StreamAssembler& stream, Position at) {
+Header HeaderAt(const StreamAssembler& stream, StreamPosition at) {
   std::array<std::uint8_t, kPduHeaderBytes> bytes;
   stream.Copy(at, bytes.size(), bytes.data());
   return {bytes[0], bytes[1], Word32At(bytes, 2)};
@@ -38,9 +38,10 @@ Header HeaderAt(const StreamAssembler& stream, Position at) {
 
 }  // namespace
 
-void PduCutter::Advance(Position final_until, bool over,
+void PduCutter::Advance(StreamPosition final_until, bool over,
                         std::vector<CutPdu>* pdus) {
-  final_until_ = over ? std::numeric_limits<Position>::max() : final_until;
+  final_until_ =
+      over ? std::numeric_limits<StreamPosition>::max() : final_until;
   end_is_final_ = over || stream_.closed();
   pdus_ = pdus;
   while (Step()) {
@@ -68,11 +69,11 @@ bool PduCutter::Step() {
   return false;
 }
 
-bool PduCutter::HasHeader(Position at) const {
+bool PduCutter::HasHeader(StreamPosition at) const {
   return stream_.PresentUntil(at) - at >= kPduHeaderBytes;
 }
 
-Position PduCutter::PduEnd(Position at) const {
+StreamPosition PduCutter::PduEnd(StreamPosition at) const {
   return at + kPduHeaderBytes + HeaderAt(stream_, at).length;
 }
 
@@ -85,14 +86,14 @@ bool PduCutter::StepInStep() {
     state_ = State::kNotDicom;
     return false;
   }
-  const Position pdu_end = PduEnd(cursor_);
+  const StreamPosition pdu_end = PduEnd(cursor_);
   if (stream_.PresentUntil(cursor_) < pdu_end) return StepIncomplete(pdu_end);
   Deliver(pdu_end, 0);
   return true;
 }
 
 bool PduCutter::HeaderInHole() {
-  const Position hole = stream_.PresentUntil(cursor_);
+  const StreamPosition hole = stream_.PresentUntil(cursor_);
   if (hole == stream_.end()) return Stop();
   if (Waits(hole)) return false;
   Search(cursor_);
@@ -110,7 +111,7 @@ bool PduCutter::IsTypeTaken(std::uint8_t type, std::uint32_t length) const {
   return pdus_delivered_ != 0 && length <= kMaxOtherPdu;
 }
 
-bool PduCutter::StepIncomplete(Position pdu_end) {
+bool PduCutter::StepIncomplete(StreamPosition pdu_end) {
   if (stream_.PresentUntil(cursor_) == stream_.end()) return Stop();
   switch (MayFill(pdu_end)) {
     case Answer::kWait:
@@ -128,10 +129,10 @@ bool PduCutter::StepIncomplete(Position pdu_end) {
 }
 
 // Whether the holes in the PDU at the cursor may become zeros.
-PduCutter::Answer PduCutter::MayFill(Position pdu_end) {
+PduCutter::Answer PduCutter::MayFill(StreamPosition pdu_end) {
   checked_until_ = std::max(checked_until_, cursor_);
   while (checked_until_ < std::min(pdu_end, stream_.end())) {
-    const Position hole = stream_.PresentUntil(checked_until_);
+    const StreamPosition hole = stream_.PresentUntil(checked_until_);
     if (hole < pdu_end && Waits(hole)) return Answer::kWait;
     if (hole >= pdu_end) break;
     checked_until_ = stream_.NextPresent(hole);
@@ -148,9 +149,9 @@ PduCutter::Answer PduCutter::MayFill(Position pdu_end) {
 }
 
 // Whether what is at `at` may come after a PDU: a PDU, a hole or the end.
-PduCutter::Answer PduCutter::MayFollow(Position at) const {
+PduCutter::Answer PduCutter::MayFollow(StreamPosition at) const {
   if (HasHeader(at)) return IsPlausible(at) ? Answer::kYes : Answer::kNo;
-  const Position hole = stream_.PresentUntil(at);
+  const StreamPosition hole = stream_.PresentUntil(at);
   const bool at_end = hole >= stream_.end();
   if (at_end ? !end_is_final_ : Waits(hole)) return Answer::kWait;
   if (hole <= at) return Answer::kYes;
@@ -159,7 +160,7 @@ PduCutter::Answer PduCutter::MayFollow(Position at) const {
   return type >= 1 && type <= 7 ? Answer::kYes : Answer::kNo;
 }
 
-void PduCutter::Deliver(Position pdu_end, std::uint64_t lost) {
+void PduCutter::Deliver(StreamPosition pdu_end, std::uint64_t lost) {
   CutPdu pdu;
   pdu.position = cursor_;
   pdu.length = static_cast<std::uint64_t>(pdu_end - cursor_);
@@ -181,19 +182,19 @@ void PduCutter::Deliver(Position pdu_end, std::uint64_t lost) {
 }
 
 // Searches a PDU from `from` on.
-void PduCutter::Search(Position from) {
+void PduCutter::Search(StreamPosition from) {
   state_ = State::kSearching;
   cursor_ = from;
 }
 
 bool PduCutter::StepSearching() {
-  const Position present = stream_.PresentUntil(cursor_);
+  const StreamPosition present = stream_.PresentUntil(cursor_);
   if (present - cursor_ < kPduHeaderBytes) {  // on behind the next hole
     if (present >= stream_.end() || Waits(present)) return false;
     cursor_ = stream_.NextPresent(present);
     return true;
   }
-  const Position last = present - kPduHeaderBytes + 1;
+  const StreamPosition last = present - kPduHeaderBytes + 1;
   switch (CandidateIn(cursor_, last)) {
     case Answer::kYes:
       state_ = State::kInStep;
@@ -208,13 +209,14 @@ bool PduCutter::StepSearching() {
 
 // Moves the cursor to the first start of a chain in [from, to), or to the end
 // of what one window shows.
-PduCutter::Answer PduCutter::CandidateIn(Position from, Position to) {
-  to = std::min(to, from + static_cast<Position>(kSearchWindow));
+PduCutter::Answer PduCutter::CandidateIn(StreamPosition from,
+                                         StreamPosition to) {
+  to = std::min(to, from + static_cast<StreamPosition>(kSearchWindow));
   std::vector<std::uint8_t> window(static_cast<std::size_t>(to - from) + 1);
   stream_.Copy(from, window.size(), window.data());
   for (std::size_t i = 0; i + 1 < window.size(); ++i) {
     if (window[i] < 1 || window[i] > 7 || window[i + 1] != 0) continue;
-    cursor_ = from + static_cast<Position>(i);
+    cursor_ = from + static_cast<StreamPosition>(i);
     const Answer answer = IsStartOfChain(cursor_);
     if (answer != Answer::kNo) return answer;
   }
@@ -222,12 +224,12 @@ PduCutter::Answer PduCutter::CandidateIn(Position from, Position to) {
   return Answer::kNo;
 }
 
-PduCutter::Answer PduCutter::IsStartOfChain(Position at) const {
+PduCutter::Answer PduCutter::IsStartOfChain(StreamPosition at) const {
   for (int i = 0; i < kChainLength; ++i) {
     if (!HasHeader(at)) return i == 0 ? Answer::kNo : MayFollow(at);
     if (!IsPlausible(at)) return Answer::kNo;
-    const Position pdu_end = PduEnd(at);
-    const Position present = stream_.PresentUntil(at);
+    const StreamPosition pdu_end = PduEnd(at);
+    const StreamPosition present = stream_.PresentUntil(at);
     if (present < pdu_end) {
       const bool at_end = present == stream_.end();
       if (at_end ? !end_is_final_ : Waits(present)) return Answer::kWait;
@@ -238,14 +240,14 @@ PduCutter::Answer PduCutter::IsStartOfChain(Position at) const {
   return Answer::kYes;
 }
 
-bool PduCutter::IsPlausible(Position at) const {
+bool PduCutter::IsPlausible(StreamPosition at) const {
   const Header header = HeaderAt(stream_, at);
   if (header.reserved != 0) return false;
   switch (header.type) {
     case 1:
     case 2: {
       if (header.length < 68 || header.length > 1u << 24) return false;
-      const Position version_end = at + kPduHeaderBytes + 2;
+      const StreamPosition version_end = at + kPduHeaderBytes + 2;
       if (stream_.PresentUntil(at) < version_end) return true;
       std::array<std::uint8_t, 2> version;
       stream_.Copy(at + kPduHeaderBytes, 2, version.data());
@@ -266,8 +268,9 @@ bool PduCutter::IsPlausible(Position at) const {
 
 // Whether the PDV items from `at` on, as far as they are there, are well formed
 // and end where the PDU ends.
-bool PduCutter::HasPlausibleItems(Position at, Position pdu_end) const {
-  const Position present = stream_.PresentUntil(at);
+bool PduCutter::HasPlausibleItems(StreamPosition at,
+                                  StreamPosition pdu_end) const {
+  const StreamPosition present = stream_.PresentUntil(at);
   for (int i = 0; i < kItemsLookedAt && at < pdu_end; ++i) {
     if (pdu_end - at < kItemHeaderBytes) return false;
     if (present - at < kItemHeaderBytes) return true;
@@ -275,7 +278,7 @@ bool PduCutter::HasPlausibleItems(Position at, Position pdu_end) const {
     stream_.Copy(at, item.size(), item.data());
     const std::uint32_t length = Word32At(item, 0);
     if (length < 2 || item[4] % 2 == 0 || item[5] > 3) return false;
-    at += Position{4} + length;
+    at += StreamPosition{4} + length;
   }
   return at <= pdu_end;
 }

@@ -17,7 +17,7 @@ inline constexpr std::uint8_t kPDataTf = 4;
 
 // A PDU as it was on the wire.
 struct CutPdu {
-  Position position = 0;
+  StreamPosition position = 0;
   std::uint64_t length = 0;  // header included
   std::uint8_t type = 0;
   std::uint64_t lost = 0;         // bytes of it that are filled with zero
@@ -38,15 +38,18 @@ class PduCutter {
 
   // Appends all PDUs that can be cut now. Bytes before `final_until` that are
   // missing will never come; `over`: neither will anything behind the end.
-  void Advance(Position final_until, bool over, std::vector<CutPdu>* pdus);
+  void Advance(StreamPosition final_until, bool over,
+               std::vector<CutPdu>* pdus);
 
   // Behind the last PDU; begin() of the stream before the first.
-  Position delivered_until() const { return delivered_until_; }
+  StreamPosition delivered_until() const { return delivered_until_; }
   // Where the stream turned out to be no DICOM; nothing is cut from there on.
-  std::optional<Position> not_dicom_from() const { return not_dicom_from_; }
+  std::optional<StreamPosition> not_dicom_from() const {
+    return not_dicom_from_;
+  }
   // The PDU that the end of the stream cuts off, for after the last Advance():
   // where it begins. Its header may be cut off as well.
-  std::optional<Position> unfinished() const { return unfinished_; }
+  std::optional<StreamPosition> unfinished() const { return unfinished_; }
 
  private:
   enum class State { kNotBegun, kInStep, kSearching, kNotDicom };
@@ -56,34 +59,34 @@ class PduCutter {
   bool StepInStep();
   bool StepSearching();
   bool HeaderInHole();
-  bool StepIncomplete(Position pdu_end);
-  void Deliver(Position pdu_end, std::uint64_t lost);
-  void Search(Position from);
+  bool StepIncomplete(StreamPosition pdu_end);
+  void Deliver(StreamPosition pdu_end, std::uint64_t lost);
+  void Search(StreamPosition from);
   bool Stop();
 
-  bool Waits(Position hole) const { return hole >= final_until_; }
-  bool HasHeader(Position at) const;
+  bool Waits(StreamPosition hole) const { return hole >= final_until_; }
+  bool HasHeader(StreamPosition at) const;
   bool IsTypeTaken(std::uint8_t type, std::uint32_t length) const;
-  Answer MayFill(Position pdu_end);
-  Answer MayFollow(Position at) const;
-  Answer IsStartOfChain(Position at) const;
-  Answer CandidateIn(Position from, Position to);
-  bool IsPlausible(Position at) const;
-  bool HasPlausibleItems(Position at, Position pdu_end) const;
-  Position PduEnd(Position at) const;
+  Answer MayFill(StreamPosition pdu_end);
+  Answer MayFollow(StreamPosition at) const;
+  Answer IsStartOfChain(StreamPosition at) const;
+  Answer CandidateIn(StreamPosition from, StreamPosition to);
+  bool IsPlausible(StreamPosition at) const;
+  bool HasPlausibleItems(StreamPosition at, StreamPosition pdu_end) const;
+  StreamPosition PduEnd(StreamPosition at) const;
 
   StreamAssembler& stream_;
   State state_ = State::kNotBegun;
-  Position cursor_ = 0;
-  Position checked_until_ = 0;  // holes of the PDU before it are final
-  Position delivered_until_ = 0;
+  StreamPosition cursor_ = 0;
+  StreamPosition checked_until_ = 0;  // holes of the PDU before it are final
+  StreamPosition delivered_until_ = 0;
   std::uint64_t pdus_delivered_ = 0;
   std::uint64_t filled_ = 0;
   std::uint32_t complete_frame_ = 0;
-  std::optional<Position> not_dicom_from_;
-  std::optional<Position> unfinished_;
+  std::optional<StreamPosition> not_dicom_from_;
+  std::optional<StreamPosition> unfinished_;
   // What the Advance() that is running knows.
-  Position final_until_ = 0;
+  StreamPosition final_until_ = 0;
   bool end_is_final_ = false;
   std::vector<CutPdu>* pdus_ = nullptr;
 };

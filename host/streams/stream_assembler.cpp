@@ -6,8 +6,8 @@
 namespace host {
 namespace {
 
-constexpr Position kFarthestAhead = Position{64} << 20;
-constexpr Position kFarthestBefore = Position{1} << 20;
+constexpr StreamPosition kFarthestAhead = StreamPosition{64} << 20;
+constexpr StreamPosition kFarthestBefore = StreamPosition{1} << 20;
 
 }  // namespace
 
@@ -28,14 +28,14 @@ std::optional<std::uint32_t> StreamAssembler::beginning_number() const {
 
 // The signed difference to the highest position: right for any number of wraps
 // as long as a segment is less than 2 GiB away from it.
-std::optional<Position> StreamAssembler::PositionOf(
+std::optional<StreamPosition> StreamAssembler::PositionOf(
     std::uint32_t number) const {
   if (!base_known_) return std::nullopt;
   const std::uint32_t highest = base_ + static_cast<std::uint32_t>(highest_);
   return highest_ + static_cast<std::int32_t>(number - highest);
 }
 
-bool StreamAssembler::Accepts(Position position) const {
+bool StreamAssembler::Accepts(StreamPosition position) const {
   return position <= highest_ + kFarthestAhead &&
          (syn_seen_ || position >= -kFarthestBefore);
 }
@@ -49,15 +49,17 @@ void StreamAssembler::Add(std::uint32_t sequence,
     base_known_ = true;
     base_ = sequence;
   }
-  Position from = *PositionOf(sequence);
+  StreamPosition from = *PositionOf(sequence);
   if (!Accepts(from)) return;
-  Position wire_end = from + wire_length;
+  StreamPosition wire_end = from + wire_length;
   if (fin_) wire_end = std::min(wire_end, *fin_);
   highest_ = std::max(highest_, wire_end);
-  Position to = std::min(from + static_cast<Position>(bytes.size()), wire_end);
+  StreamPosition to =
+      std::min(from + static_cast<StreamPosition>(bytes.size()), wire_end);
   if (syn_seen_ && from < lowest_) {
-    const Position cut = std::min(lowest_, to) - from;
-    bytes = bytes.subspan(static_cast<std::size_t>(std::max<Position>(cut, 0)));
+    const StreamPosition cut = std::min(lowest_, to) - from;
+    bytes = bytes.subspan(
+        static_cast<std::size_t>(std::max<StreamPosition>(cut, 0)));
     from = lowest_;
   }
   if (from >= to) return;
@@ -69,16 +71,16 @@ void StreamAssembler::Add(std::uint32_t sequence,
 }
 
 void StreamAssembler::Close(std::uint32_t sequence) {
-  const std::optional<Position> position = PositionOf(sequence);
+  const std::optional<StreamPosition> position = PositionOf(sequence);
   if (fin_ || !position || !Accepts(*position) || *position < lowest_) return;
   fin_ = *position;
   highest_ = std::max(highest_, *position);
 }
 
-Position StreamAssembler::end() const { return fin_ ? *fin_ : highest_; }
+StreamPosition StreamAssembler::end() const { return fin_ ? *fin_ : highest_; }
 
 StreamAssembler::Extents::const_iterator StreamAssembler::ExtentAt(
-    Position from) const {
+    StreamPosition from) const {
   auto it = extents_.upper_bound(from);
   if (it != extents_.begin()) {
     const auto before = std::prev(it);
@@ -87,44 +89,46 @@ StreamAssembler::Extents::const_iterator StreamAssembler::ExtentAt(
   return it;
 }
 
-bool StreamAssembler::Insert(Position at, std::span<const std::uint8_t> bytes,
+bool StreamAssembler::Insert(StreamPosition at,
+                             std::span<const std::uint8_t> bytes,
                              Extent source) {
   bool same = true;
   auto next = ExtentAt(at);
   while (!bytes.empty()) {
-    const Position end = at + static_cast<Position>(bytes.size());
+    const StreamPosition end = at + static_cast<StreamPosition>(bytes.size());
     std::size_t count;
     if (next != extents_.end() && next->first <= at) {  // there already
       const Extent& known = next->second;
-      const Position known_end = next->first + known.length;
+      const StreamPosition known_end = next->first + known.length;
       count = static_cast<std::size_t>(std::min(end, known_end) - at);
       const auto skip = static_cast<ByteStore::Offset>(at - next->first);
       same = store_->Equal(known.stored + skip, bytes.first(count)) && same;
       ++next;
     } else {
-      Position gap_end =
+      StreamPosition gap_end =
           next == extents_.end() ? end : std::min(end, next->first);
       const bool sealed = source.frame != 0 && at < sealed_until_;
       if (sealed) gap_end = std::min(gap_end, sealed_until_);
       count = static_cast<std::size_t>(gap_end - at);
       if (!sealed) Keep(at, bytes.first(count), source, next);
     }
-    at += static_cast<Position>(count);
+    at += static_cast<StreamPosition>(count);
     bytes = bytes.subspan(count);
   }
   return same;
 }
 
-void StreamAssembler::Keep(Position at, std::span<const std::uint8_t> bytes,
-                           Extent source, Extents::const_iterator next) {
+void StreamAssembler::Keep(StreamPosition at,
+                           std::span<const std::uint8_t> bytes, Extent source,
+                           Extents::const_iterator next) {
   source.stored = store_->Append(bytes);
   source.length = static_cast<std::uint32_t>(bytes.size());
   extents_.emplace_hint(next, at, source);
-  Join(at, at + static_cast<Position>(bytes.size()));
+  Join(at, at + static_cast<StreamPosition>(bytes.size()));
   if (source.frame != 0) payload_bytes_ += bytes.size();
 }
 
-void StreamAssembler::Join(Position from, Position to) {
+void StreamAssembler::Join(StreamPosition from, StreamPosition to) {
   const auto after = runs_.lower_bound(to);
   if (after != runs_.end() && after->first == to) {
     to = after->second;
@@ -138,13 +142,13 @@ void StreamAssembler::Join(Position from, Position to) {
   }
 }
 
-Position StreamAssembler::PresentUntil(Position from) const {
+StreamPosition StreamAssembler::PresentUntil(StreamPosition from) const {
   const auto after = runs_.upper_bound(from);
   if (after == runs_.begin()) return std::min(from, end());
   return std::min(std::max(std::prev(after)->second, from), end());
 }
 
-Position StreamAssembler::NextPresent(Position from) const {
+StreamPosition StreamAssembler::NextPresent(StreamPosition from) const {
   const auto after = runs_.upper_bound(from);
   if (after != runs_.begin() && std::prev(after)->second > from) {
     return std::min(from, end());
@@ -152,11 +156,12 @@ Position StreamAssembler::NextPresent(Position from) const {
   return after == runs_.end() ? end() : std::min(after->first, end());
 }
 
-std::uint64_t StreamAssembler::PresentBytes(Position from, Position to) const {
+std::uint64_t StreamAssembler::PresentBytes(StreamPosition from,
+                                            StreamPosition to) const {
   std::uint64_t count = 0;
   while (from < to) {
-    const Position present = std::min(NextPresent(from), to);
-    const Position missing = std::min(PresentUntil(present), to);
+    const StreamPosition present = std::min(NextPresent(from), to);
+    const StreamPosition missing = std::min(PresentUntil(present), to);
     count += static_cast<std::uint64_t>(missing - present);
     if (missing == present) break;
     from = missing;
@@ -164,17 +169,17 @@ std::uint64_t StreamAssembler::PresentBytes(Position from, Position to) const {
   return count;
 }
 
-void StreamAssembler::Copy(Position from, std::size_t length,
+void StreamAssembler::Copy(StreamPosition from, std::size_t length,
                            std::uint8_t* to) const {
-  const Position end = from + static_cast<Position>(length);
+  const StreamPosition end = from + static_cast<StreamPosition>(length);
   auto it = ExtentAt(from);
   while (from < end) {
-    const Position begin =
+    const StreamPosition begin =
         it == extents_.end() ? end : std::min(std::max(it->first, from), end);
     std::memset(to, 0, static_cast<std::size_t>(begin - from));
     to += begin - from;
     if (begin == end) break;
-    const Position stop = std::min(end, it->first + it->second.length);
+    const StreamPosition stop = std::min(end, it->first + it->second.length);
     store_->Copy(
         it->second.stored + static_cast<ByteStore::Offset>(begin - it->first),
         static_cast<std::size_t>(stop - begin), to);
@@ -184,7 +189,8 @@ void StreamAssembler::Copy(Position from, std::size_t length,
   }
 }
 
-FrameRange StreamAssembler::Frames(Position from, Position to) const {
+FrameRange StreamAssembler::Frames(StreamPosition from,
+                                   StreamPosition to) const {
   FrameRange range;
   for (auto it = ExtentAt(from); it != extents_.end() && it->first < to; ++it) {
     const Extent& extent = it->second;
@@ -200,7 +206,7 @@ FrameRange StreamAssembler::Frames(Position from, Position to) const {
   return range;
 }
 
-void StreamAssembler::Substitute(Position at,
+void StreamAssembler::Substitute(StreamPosition at,
                                  std::span<const std::uint8_t> bytes) {
   Insert(at, bytes, Extent{});
 }

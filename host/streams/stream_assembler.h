@@ -16,7 +16,7 @@ namespace host {
 // Where a byte stands in one direction of a connection: 0 is the first byte
 // after the SYN. Without a captured SYN 0 is the first payload byte that was
 // captured, and what comes before it has negative positions.
-using Position = std::int64_t;
+using StreamPosition = std::int64_t;
 
 // Where a run of bytes came from. Both frames are 0 when nothing of it was
 // captured.
@@ -53,27 +53,27 @@ class StreamAssembler {
   bool closed() const { return fin_.has_value(); }
   // The position that a sequence or acknowledgement number stands for; none
   // before anything is known of the direction.
-  std::optional<Position> PositionOf(std::uint32_t number) const;
+  std::optional<StreamPosition> PositionOf(std::uint32_t number) const;
 
-  Position begin() const { return lowest_; }
+  StreamPosition begin() const { return lowest_; }
   // Behind the last byte that was on the wire, as far as the capture shows.
-  Position end() const;
+  StreamPosition end() const;
   // The first position from `from` on whose byte is missing, at most end().
-  Position PresentUntil(Position from) const;
+  StreamPosition PresentUntil(StreamPosition from) const;
   // The first position from `from` on whose byte is there, at most end().
-  Position NextPresent(Position from) const;
+  StreamPosition NextPresent(StreamPosition from) const;
   // How many of the bytes in [from, to) are there.
-  std::uint64_t PresentBytes(Position from, Position to) const;
+  std::uint64_t PresentBytes(StreamPosition from, StreamPosition to) const;
   // Copies `length` bytes; holes are zero.
-  void Copy(Position from, std::size_t length, std::uint8_t* to) const;
+  void Copy(StreamPosition from, std::size_t length, std::uint8_t* to) const;
   // The frames that the bytes in [from, to) came from.
-  FrameRange Frames(Position from, Position to) const;
+  FrameRange Frames(StreamPosition from, StreamPosition to) const;
 
   // What is missing before `position` stays missing, even if it comes late: it
   // was shown as lost.
-  void Seal(Position position) { sealed_until_ = position; }
+  void Seal(StreamPosition position) { sealed_until_ = position; }
   // Gives lost bytes a value; bytes that are there stay as they are.
-  void Substitute(Position at, std::span<const std::uint8_t> bytes);
+  void Substitute(StreamPosition at, std::span<const std::uint8_t> bytes);
 
   std::uint64_t payload_bytes() const { return payload_bytes_; }
   // Segments that repeat bytes with another content.
@@ -87,27 +87,29 @@ class StreamAssembler {
     std::uint32_t length = 0;
     std::uint32_t frame = 0;
   };
-  using Extents = std::map<Position, Extent>;
+  using Extents = std::map<StreamPosition, Extent>;
 
-  bool Accepts(Position position) const;
+  bool Accepts(StreamPosition position) const;
   // Adds what is not there yet; true when what is there already is the same.
-  bool Insert(Position at, std::span<const std::uint8_t> bytes, Extent source);
-  void Keep(Position at, std::span<const std::uint8_t> bytes, Extent source,
-            Extents::const_iterator next);
-  void Join(Position from, Position to);
+  bool Insert(StreamPosition at, std::span<const std::uint8_t> bytes,
+              Extent source);
+  void Keep(StreamPosition at, std::span<const std::uint8_t> bytes,
+            Extent source, Extents::const_iterator next);
+  void Join(StreamPosition from, StreamPosition to);
   // The extent that holds `from`, or else the first behind it.
-  Extents::const_iterator ExtentAt(Position from) const;
+  Extents::const_iterator ExtentAt(StreamPosition from) const;
 
   std::shared_ptr<ByteStore> store_;
-  Extents extents_;                    // never overlapping
-  std::map<Position, Position> runs_;  // begin and end without holes between
-  std::uint32_t base_ = 0;             // the sequence number of position 0
+  Extents extents_;  // never overlapping
+  std::map<StreamPosition, StreamPosition>
+      runs_;                // begin and end without holes between
+  std::uint32_t base_ = 0;  // the sequence number of position 0
   bool base_known_ = false;
   bool syn_seen_ = false;
-  Position lowest_ = 0;
-  Position sealed_until_ = std::numeric_limits<Position>::min();
-  Position highest_ = 0;  // behind the last byte on the wire
-  std::optional<Position> fin_;
+  StreamPosition lowest_ = 0;
+  StreamPosition sealed_until_ = std::numeric_limits<StreamPosition>::min();
+  StreamPosition highest_ = 0;  // behind the last byte on the wire
+  std::optional<StreamPosition> fin_;
   std::uint64_t payload_bytes_ = 0;
   std::uint32_t differing_copies_ = 0;
 };
