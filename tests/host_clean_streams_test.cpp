@@ -75,7 +75,7 @@ class FeedReader {
     Packet packet;
     const CapturedPacket copied = PacketOf(feed_, number);
     packet.direction = copied.direction;
-    packet.header = TcpHeader::Parse(copied.tcp_bytes);
+    packet.header = TcpHeader::Parse(copied.tcp_bytes).value();
     EXPECT_EQ(packet.header.length, 20u);
     packet.payload = copied.tcp_bytes.From(20);
     return packet;
@@ -100,11 +100,11 @@ class FeedReader {
   static std::set<std::size_t> Starts(const Bytes& stream) {
     std::set<std::size_t> starts;
     for (std::size_t at = 0; at + 6 <= stream.size();) {
-      const std::size_t end = at + 6 + Word32At(stream, at + 2);
+      const std::size_t end = at + PduLength(stream.From(at));
       starts.insert(at);
       if (stream[at] == 4) {
         std::size_t item = at + 6;
-        while ((item += 4 + Word32At(stream, item)) + 6 <= end) {
+        while ((item += ItemLength(stream.From(item))) + 6 <= end) {
           starts.insert(item);
         }
       }
@@ -272,12 +272,12 @@ TEST(CleanStreamsTest, AnyLostSegmentCostsOnlyThePdusWhoseHeaderItHeld) {
           (gone.direction == 0 ? wire.first_sequence : wire.second_sequence);
       const std::size_t to = from + gone.payload.size();
       std::string expected[2], found[2];
-      for (const std::uint32_t d : {0u, 1u}) {
-        for (std::size_t at = 0; at < wire.streams[d].size();) {
-          const std::size_t length = 6 + Word32At(wire.streams[d], at + 2);
+      for (const std::uint32_t side : {0u, 1u}) {
+        for (std::size_t at = 0; at < wire.streams[side].size();) {
+          const std::size_t length = PduLength(wire.streams[side].From(at));
           const bool header_lost =
-              d == gone.direction && at < to && at + 6 > from;
-          if (!header_lost) expected[d] += std::to_string(length) + "\n";
+              side == gone.direction && at < to && at + 6 > from;
+          if (!header_lost) expected[side] += std::to_string(length) + "\n";
           at += length;
         }
       }

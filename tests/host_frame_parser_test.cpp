@@ -73,16 +73,16 @@ TEST(FrameParserTest, FindsTheSegmentBehindEveryHeader) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    TcpFrame frame;
-    EXPECT_EQ(ParseFrame(c.link_type, c.frame, c.frame.Length(), &frame),
-              c.kind);
+    const auto [kind, frame] =
+        ParseFrame(c.link_type, c.frame, c.frame.Length());
+    EXPECT_EQ(kind, c.kind);
     EXPECT_EQ(Bytes(frame.tcp.begin(), frame.tcp.end()),
               c.wire_length != 0 ? kTcp : Bytes());
     EXPECT_EQ(frame.wire_length, c.wire_length);
     EXPECT_EQ(frame.source.port, c.wire_length != 0 ? 41000 : 0);
     // Cut anywhere nothing is read behind the end (the sanitizer watches).
     for (std::size_t n = 0; n < c.frame.size(); ++n) {
-      ParseFrame(c.link_type, c.frame.First(n), 1500, &frame);
+      ParseFrame(c.link_type, c.frame.First(n), 1500);
     }
   }
 }

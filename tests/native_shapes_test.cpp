@@ -27,8 +27,9 @@ class SampleShapeTest : public CaptureShapeTest {
       host::TcpConnections connections(hand_over);
       try {
         host::CaptureReader reader(file.Path(), "");
-        host::TcpFrame frame;
-        while (reader.Next(&frame)) connections.Add(frame);
+        while (const host::TcpFrame* frame = reader.Next()) {
+          connections.Add(*frame);
+        }
       } catch (const host::CaptureError&) {
       }
       connections.Finish();

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host/capture/wire_bytes.h"
 #include "host/streams/tcp_connections.h"
 #include "interface/host_interface.h"
 #include "tests/bytes.h"
@@ -155,7 +156,7 @@ inline void AddSegment(const Segment& s, std::uint32_t number,
   const Bytes tcp = s.Tcp();
   connections->Add({number, Nanoseconds{number} * 1'000'000,
                     PeerOf(s.direction), PeerOf(1 - s.direction), tcp,
-                    tcp.Length() + s.cut});
+                    tcp.Length() + s.cut, TcpHeader::Parse(tcp)});
 }
 
 inline std::vector<Connection> Connect(
@@ -166,6 +167,17 @@ inline std::vector<Connection> Connect(
   for (const Segment& s : segments) AddSegment(s, ++number, &connections);
   connections.Finish();
   return connections.Take();
+}
+
+// How long the PDU at the beginning of `bytes` says that it is, in all; a PDV
+// item likewise.
+inline std::size_t PduLength(const Bytes& bytes) {
+  WireReader in(bytes);
+  in.Skip(2);
+  return 6 + in.Word32();
+}
+inline std::size_t ItemLength(const Bytes& bytes) {
+  return 4 + WireReader(bytes).Word32();
 }
 
 // One packet of a feed.

@@ -1,6 +1,7 @@
 #ifndef HOST_CAPTURE_BLOCK_SCANNER_H_
 #define HOST_CAPTURE_BLOCK_SCANNER_H_
 
+#include <bit>
 #include <cstdint>
 #include <cstdio>
 
@@ -18,15 +19,18 @@ class BlockScanner {
     kDamaged,  // what follows is no block
   };
 
-  // What follows in `file` at `position`, to which libpcap has read it. Leaves
-  // the file there.
+  // What follows in `file` at `position`, to which libpcap has read it, in
+  // bytes from the beginning. Leaves the file there. Looks at each block once,
+  // however often it is asked.
   Next Look(std::FILE* file, std::int64_t position);
 
  private:
+  // Goes on over whole blocks behind the last packet that was found, moves
+  // whole_until_ over those that hold packets, and answers what stopped it.
   Next Scan(std::FILE* file);
 
   std::int64_t whole_until_ = 0;  // behind the last packet that was found
-  bool big_endian_ = false;       // the section that it is in
+  std::endian order_ = std::endian::little;  // of the section that it is in
 };
 
 }  // namespace host

@@ -10,10 +10,14 @@ struct pcap;
 
 namespace host {
 
+struct OpenedCapture {
+  pcap* handle = nullptr;  // close it with pcap_close
+  std::string reason;      // why there is none
+};
+
 // Opens a pcap or pcapng file, with any name that the platform allows, for
-// libpcap, with times in nanoseconds. Others may go on writing to it. Null when
-// it cannot be opened or read; `reason` then says why. Close with pcap_close.
-pcap* OpenCaptureFile(const std::filesystem::path& path, std::string* reason);
+// libpcap, with times in nanoseconds. Others may go on writing to it.
+OpenedCapture OpenCaptureFile(const std::filesystem::path& path);
 
 // Where the file stands and where it ends, in bytes from its beginning; unlike
 // ftell and fseek also behind 2 GB. FileEnd leaves it at its end.

@@ -10,20 +10,14 @@
 
 namespace host {
 
-pcap* OpenCaptureFile(const std::filesystem::path& path, std::string* reason) {
+OpenedCapture OpenCaptureFile(const std::filesystem::path& path) {
   std::FILE* file = std::fopen(path.c_str(), "rb");
-  if (file == nullptr) {
-    *reason = std::strerror(errno);
-    return nullptr;
-  }
+  if (file == nullptr) return {nullptr, std::strerror(errno)};
   char text[PCAP_ERRBUF_SIZE] = "";
   pcap_t* capture = pcap_fopen_offline_with_tstamp_precision(
       file, PCAP_TSTAMP_PRECISION_NANO, text);
-  if (capture == nullptr) {
-    std::fclose(file);
-    *reason = text;
-  }
-  return capture;
+  if (capture == nullptr) std::fclose(file);
+  return {capture, text};
 }
 
 std::int64_t FilePosition(std::FILE* file) { return ::ftello(file); }

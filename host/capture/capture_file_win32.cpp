@@ -19,24 +19,20 @@ std::string ErrorText(DWORD error) {
 
 }  // namespace
 
-pcap* OpenCaptureFile(const std::filesystem::path& path, std::string* reason) {
+OpenedCapture OpenCaptureFile(const std::filesystem::path& path) {
   const HANDLE file =
       ::CreateFileW(path.c_str(), GENERIC_READ,
                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                     nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) {
-    *reason = ErrorText(::GetLastError());
-    return nullptr;
+    return {nullptr, ErrorText(::GetLastError())};
   }
   char text[PCAP_ERRBUF_SIZE] = "";
   // Takes the handle over, but leaves it open when it fails.
   pcap_t* capture = pcap_hopen_offline_with_tstamp_precision(
       reinterpret_cast<intptr_t>(file), PCAP_TSTAMP_PRECISION_NANO, text);
-  if (capture == nullptr) {
-    ::CloseHandle(file);
-    *reason = text;
-  }
-  return capture;
+  if (capture == nullptr) ::CloseHandle(file);
+  return {capture, text};
 }
 
 std::int64_t FilePosition(std::FILE* file) { return ::_ftelli64(file); }

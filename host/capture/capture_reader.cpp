@@ -34,10 +34,11 @@ struct CaptureReader::Pcap {
 CaptureReader::CaptureReader(const std::filesystem::path& path,
                              const std::string& filter, Mode mode)
     : pcap_(std::make_unique<Pcap>()), mode_(mode) {
-  std::string reason;
-  pcap_->handle = OpenCaptureFile(path, &reason);
+  const OpenedCapture opened = OpenCaptureFile(path);
+  pcap_->handle = opened.handle;
   if (pcap_->handle == nullptr) {
-    throw CaptureError("Cannot read " + Utf8FromPath(path) + " (" + reason +
+    throw CaptureError("Cannot read " + Utf8FromPath(path) + " (" +
+                       opened.reason +
                        "): give the name of a pcap or pcapng file.");
   }
   link_type_ = pcap_datalink(pcap_->handle);
@@ -70,45 +71,50 @@ void CaptureReader::CompileFilter(const std::string& filter) {
   pcap_->filtered = true;
 }
 
-bool CaptureReader::Next(TcpFrame* frame) {
-  FrameKind kind = FrameKind::kOther;
-  while (ReadFrame(frame, &kind)) {
-    if (kind == FrameKind::kTcp) return true;
+const TcpFrame* CaptureReader::Next() {
+  while (const std::optional<FrameKind> kind = ReadFrame()) {
+    if (kind == FrameKind::kTcp) return &frame_;
     if (kind == FrameKind::kIpFragment) ++fragments_;
   }
-  return false;
+  return nullptr;
 }
 
 // Frames are filtered here and not by pcap_setfilter, so that they keep the
 // numbers under which other tools show them.
-bool CaptureReader::ReadFrame(TcpFrame* frame, FrameKind* kind) {
-  if (mode_ == Mode::kFollow && !MayReadOn()) return false;
+std::optional<FrameKind> CaptureReader::ReadFrame() {
+  if (mode_ == Mode::kFollow && !MayReadOn()) return {};
   const std::int64_t start = FilePosition(pcap_file(pcap_->handle));
   pcap_pkthdr* header = nullptr;
   const u_char* bytes = nullptr;
   const int answer = pcap_next_ex(pcap_->handle, &header, &bytes);
   if (answer != 1) {
-    if (answer == PCAP_ERROR) {
-      NoteDamage(pcap_geterr(pcap_->handle));
-      ends_inside_frame_ = std::feof(pcap_file(pcap_->handle)) != 0;
-    }
-    if (mode_ != Mode::kFollow) return false;
-    is_over_ = answer == PCAP_ERROR && is_pcapng_;  // its blocks were whole
-    SetFilePosition(pcap_file(pcap_->handle), start);
-    return false;
+    NoteEnd(answer, start);
+    return {};
   }
   damage_.clear();
-  frame->number = ++frames_;
-  frame->time = TimeOf(*header);
-  *kind = FrameKind::kOther;
-  if (!pcap_->filtered ||
-      pcap_offline_filter(&pcap_->filter, header, bytes) != 0) {
-    *kind = ParseFrame(link_type_, {bytes, header->caplen}, header->len, frame);
+  ++frames_;
+  if (pcap_->filtered &&
+      pcap_offline_filter(&pcap_->filter, header, bytes) == 0) {
+    return FrameKind::kOther;
   }
-  return true;
+  const ParsedFrame parsed =
+      ParseFrame(link_type_, {bytes, header->caplen}, header->len);
+  frame_ = parsed.frame;
+  frame_.number = frames_;
+  frame_.time = TimeOf(*header);
+  return parsed.kind;
 }
 
-// Of a file that grows: whether libpcap can be asked for a frame now.
+void CaptureReader::NoteEnd(int answer, std::int64_t start) {
+  if (answer == PCAP_ERROR) {
+    NoteDamage(pcap_geterr(pcap_->handle));
+    ends_inside_frame_ = std::feof(pcap_file(pcap_->handle)) != 0;
+  }
+  if (mode_ != Mode::kFollow) return;
+  is_over_ = answer == PCAP_ERROR && is_pcapng_;  // its blocks were whole
+  SetFilePosition(pcap_file(pcap_->handle), start);
+}
+
 bool CaptureReader::MayReadOn() {
   if (is_over_) return false;
   std::FILE* file = pcap_file(pcap_->handle);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "host/capture/block_scanner.h"
@@ -37,12 +38,12 @@ class CaptureReader {
                 Mode mode = Mode::kWholeFile);
   ~CaptureReader();
 
-  // The next TCP segment that passes the filter; false at the end of the file
-  // or where it is damaged. `frame`'s bytes last until the next call.
-  bool Next(TcpFrame* frame);
+  // The next TCP segment that passes the filter; null at the end of the file
+  // or where it is damaged. Lasts until the next call, as its bytes do.
+  const TcpFrame* Next();
 
-  // Frames read so far, whatever they hold and whether or not they pass.
-  std::uint32_t frames() const { return frames_; }
+  // IP fragments of TCP packets that passed the filter so far: they are left
+  // out.
   std::uint32_t fragments() const { return fragments_; }
   // Bytes of the file read so far, and its size when it was opened; for a
   // progress display.
@@ -57,7 +58,13 @@ class CaptureReader {
   struct Pcap;
 
   void CompileFilter(const std::string& filter);
-  bool ReadFrame(TcpFrame* frame, FrameKind* kind);
+  // Reads one frame into frame_ and answers what it holds: kOther if it does
+  // not pass the filter, none when there is no frame to be read now.
+  std::optional<FrameKind> ReadFrame();
+  // libpcap gave no frame: notes why. Leaves a file that grows at `start`,
+  // where the frame begins.
+  void NoteEnd(int answer, std::int64_t start);
+  // Of a file that grows: whether libpcap can be asked for a frame now.
   bool MayReadOn();
   void NoteDamage(const std::string& reason);
 
@@ -67,7 +74,8 @@ class CaptureReader {
   bool is_pcapng_ = false;
   bool is_over_ = false;  // what follows cannot be read, even later
   int link_type_ = 0;
-  std::uint32_t frames_ = 0;
+  TcpFrame frame_;            // the newest
+  std::uint32_t frames_ = 0;  // read, whatever they hold
   std::uint32_t fragments_ = 0;
   std::uint64_t file_bytes_ = 0;
   std::string damage_;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "host/capture/wire_bytes.h"
+
 namespace host {
 namespace {
 
@@ -31,142 +33,159 @@ bool IsVlanTag(std::uint16_t type) {
 }
 
 // The part of a frame that is not yet read: what was captured of it, and how
-// long it was on the wire.
+// many bytes behind that were only on the wire.
 struct Rest {
-  Bytes captured;
-  std::uint32_t wire = 0;
+  WireReader captured;
+  std::uint32_t missing = 0;
 
-  bool Skip(std::size_t count) {
-    if (captured.size() < count || wire < count) return false;
-    captured = captured.subspan(count);
-    wire -= static_cast<std::uint32_t>(count);
-    return true;
-  }
+  // The headers so far say that `length` bytes follow and nothing more.
   void Bound(std::uint32_t length) {
-    wire = length;
-    captured = captured.first(std::min<std::size_t>(captured.size(), length));
+    const Bytes bytes = captured.rest();
+    const std::size_t count = std::min<std::size_t>(bytes.size(), length);
+    captured = WireReader(bytes.first(count));
+    missing = length - static_cast<std::uint32_t>(count);
   }
 };
 
-// Steps over the link header whose protocol type is at `type_at` and whose
-// length is `header_bytes`, and over the VLAN tags behind it.
-bool SkipTypedHeader(std::size_t type_at, std::size_t header_bytes,
-                     Rest* rest) {
-  if (rest->captured.size() < header_bytes) return false;
-  std::uint16_t type = Word16At(rest->captured, type_at);
-  if (!rest->Skip(header_bytes)) return false;
+// Steps over a link header, which holds the protocol type between `before` and
+// `behind` other bytes, and over the VLAN tags behind it.
+bool SkipTypedHeader(std::size_t before, std::size_t behind, WireReader& in) {
+  in.Skip(before);
+  std::uint16_t type = in.Word16();
+  in.Skip(behind);
   while (IsVlanTag(type)) {  // tag control information, then the next type
-    if (rest->captured.size() < 4) return false;
-    type = Word16At(rest->captured, 2);
-    if (!rest->Skip(4)) return false;
+    in.Skip(2);
+    type = in.Word16();
   }
-  return type == kTypeIpv4 || type == kTypeIpv6;
+  return in.ok() && (type == kTypeIpv4 || type == kTypeIpv6);
 }
 
 // The address family word of null and loopback captures is in the byte order of
 // the machine that captured.
-bool SkipFamilyHeader(Rest* rest) {
-  if (rest->captured.size() < 4) return false;
-  const Bytes b = rest->captured;
-  const unsigned family = b[0] == 0 && b[1] == 0 ? b[3] : b[0];
+bool SkipFamilyHeader(WireReader& in) {
+  const Bytes word = in.Bytes(4);
+  if (!in.ok()) return false;
+  const unsigned family = word[0] == 0 && word[1] == 0 ? word[3] : word[0];
   constexpr unsigned kFamilies[] = {2, 10, 24, 28, 30};  // of several systems
-  return std::ranges::find(kFamilies, family) != std::end(kFamilies) &&
-         rest->Skip(4);
+  return std::ranges::find(kFamilies, family) != std::end(kFamilies);
 }
 
-bool SkipLinkHeader(int link_type, Rest* rest) {
+bool SkipLinkHeader(int link_type, WireReader& in) {
   switch (link_type) {
     case kEthernet:
-      return SkipTypedHeader(12, 14, rest);
+      return SkipTypedHeader(12, 0, in);
     case kLinuxCooked:
-      return SkipTypedHeader(14, 16, rest);
+      return SkipTypedHeader(14, 0, in);
     case kLinuxCooked2:
-      return SkipTypedHeader(0, 20, rest);
+      return SkipTypedHeader(0, 18, in);
     case kNull:
     case kLoop:
-      return SkipFamilyHeader(rest);
+      return SkipFamilyHeader(in);
     default:
       return true;
   }
 }
 
-FrameKind ParseIpv4(Rest rest, TcpFrame* frame) {
-  const Bytes ip = rest.captured;
-  if (ip.size() < 20) return FrameKind::kOther;
-  const std::uint32_t header_bytes = (ip[0] & 0x0Fu) * 4;
-  const std::uint32_t total = Word16At(ip, 2);
-  if (header_bytes < 20 || ip[9] != kProtocolTcp) return FrameKind::kOther;
-  if ((Word16At(ip, 6) & 0x3FFF) != 0) return FrameKind::kIpFragment;
-  if (total != 0) rest.Bound(total);
-  if (!rest.Skip(header_bytes)) return FrameKind::kOther;
-  std::copy_n(ip.begin() + 12, 4, frame->source.address.begin());
-  std::copy_n(ip.begin() + 16, 4, frame->destination.address.begin());
-  frame->tcp = rest.captured;
-  frame->wire_length = rest.wire;
-  return FrameKind::kTcp;
+Endpoint EndpointOf(Bytes address, std::uint16_t port) {
+  Endpoint end;
+  end.is_ipv6 = address.size() == end.address.size();
+  std::ranges::copy(address, end.address.begin());
+  end.port = port;
+  return end;
 }
 
-bool IsExtensionHeader(std::uint8_t header) {
-  return header == 0 || header == 43 || header == 60 || header == 135 ||
-         header == 139 || header == 140;
+// The segment that the IP headers lead to, which begins with the two ports.
+ParsedFrame SegmentIn(Rest rest, Bytes source, Bytes destination) {
+  TcpFrame frame;
+  frame.tcp = rest.captured.rest();
+  frame.wire_length =
+      static_cast<std::uint32_t>(frame.tcp.size()) + rest.missing;
+  frame.source = EndpointOf(source, rest.captured.Word16());
+  frame.destination = EndpointOf(destination, rest.captured.Word16());
+  if (!rest.captured.ok()) return {};  // whose it is cannot be known
+  frame.header = TcpHeader::Parse(frame.tcp);
+  return {FrameKind::kTcp, frame};
 }
 
-// Steps over the extension headers to what they lead to; kTcp when it is TCP.
-FrameKind SkipExtensionHeaders(std::uint8_t next, Rest* rest) {
+ParsedFrame ParseIpv4(Rest rest) {
+  constexpr std::uint32_t kHeaderBytes = 20;  // without options
+  WireReader& in = rest.captured;
+  const std::uint32_t header_bytes = (in.Byte() & 0x0Fu) * 4;
+  in.Skip(1);  // type of service
+  const std::uint32_t total = in.Word16();
+  in.Skip(2);  // identification
+  const bool is_fragment = (in.Word16() & 0x3FFF) != 0;
+  in.Skip(1);  // time to live
+  const std::uint8_t protocol = in.Byte();
+  in.Skip(2);  // checksum
+  const Bytes source = in.Bytes(4);
+  const Bytes destination = in.Bytes(4);
+  if (!in.ok() || header_bytes < kHeaderBytes || protocol != kProtocolTcp) {
+    return {};
+  }
+  if (is_fragment) return {FrameKind::kIpFragment, {}};
+  if (total != 0 && total < header_bytes) return {};
+  if (total != 0) rest.Bound(total - kHeaderBytes);
+  in.Skip(header_bytes - kHeaderBytes);  // options
+  if (!in.ok()) return {};
+  return SegmentIn(rest, source, destination);
+}
+
+bool IsExtensionHeader(std::uint8_t type) {
+  return type == 0 || type == 43 || type == 60 || type == 135 || type == 139 ||
+         type == 140;
+}
+
+// Steps over the extension headers, the first of which is of type `next`, to
+// what they lead to; kTcp when it is TCP.
+FrameKind SkipExtensionHeaders(std::uint8_t next, WireReader& in) {
+  constexpr std::uint8_t kFragment = 44;
+  constexpr std::uint8_t kAuthentication = 51;
   while (next != kProtocolTcp) {
-    if (rest->captured.size() < 8) return FrameKind::kOther;
-    const Bytes header = rest->captured;
-    std::size_t bytes = 8;
-    if (next == 44) {  // fragment; one that is the whole packet is none
-      if ((Word16At(header, 2) & 0xFFF9) != 0) {
-        return header[0] == kProtocolTcp ? FrameKind::kIpFragment
-                                         : FrameKind::kOther;
-      }
-    } else if (next == 51) {  // authentication
-      bytes = (header[1] + 2u) * 4;
-    } else if (IsExtensionHeader(next)) {
-      bytes = (header[1] + 1u) * 8;
-    } else {
+    const std::uint8_t type = next;
+    next = in.Byte();
+    const std::uint8_t length = in.Byte();
+    const bool is_fragment = (in.Word16() & 0xFFF9) != 0;
+    in.Skip(4);
+    if (type == kFragment && is_fragment) {  // else it is the whole packet
+      const bool of_tcp = in.ok() && next == kProtocolTcp;
+      return of_tcp ? FrameKind::kIpFragment : FrameKind::kOther;
+    }
+    if (type == kAuthentication) {
+      in.Skip(length * 4u);
+    } else if (IsExtensionHeader(type)) {
+      in.Skip(length * 8u);
+    } else if (type != kFragment) {
       return FrameKind::kOther;
     }
-    next = header[0];
-    if (!rest->Skip(bytes)) return FrameKind::kOther;
+    if (!in.ok()) return FrameKind::kOther;
   }
   return FrameKind::kTcp;
 }
 
-FrameKind ParseIpv6(Rest rest, TcpFrame* frame) {
-  const Bytes ip = rest.captured;
-  if (!rest.Skip(40)) return FrameKind::kOther;
-  const std::uint32_t payload = Word16At(ip, 4);
+ParsedFrame ParseIpv6(Rest rest) {
+  WireReader& in = rest.captured;
+  in.Skip(4);  // version, traffic class, flow label
+  const std::uint32_t payload = in.Word16();
+  const std::uint8_t next = in.Byte();
+  in.Skip(1);  // hop limit
+  const Bytes source = in.Bytes(16);
+  const Bytes destination = in.Bytes(16);
+  if (!in.ok()) return {};
   if (payload != 0) rest.Bound(payload);
-  const FrameKind kind = SkipExtensionHeaders(ip[6], &rest);
-  if (kind != FrameKind::kTcp) return kind;
-  frame->source.is_ipv6 = frame->destination.is_ipv6 = true;
-  std::copy_n(ip.begin() + 8, 16, frame->source.address.begin());
-  std::copy_n(ip.begin() + 24, 16, frame->destination.address.begin());
-  frame->tcp = rest.captured;
-  frame->wire_length = rest.wire;
-  return FrameKind::kTcp;
+  const FrameKind kind = SkipExtensionHeaders(next, in);
+  if (kind != FrameKind::kTcp) return {kind, {}};
+  return SegmentIn(rest, source, destination);
 }
 
-FrameKind ParseIp(const Rest& rest, TcpFrame* frame) {
-  if (rest.captured.empty()) return FrameKind::kOther;
-  switch (rest.captured[0] >> 4) {
-    case 4:
-      return ParseIpv4(rest, frame);
-    case 6:
-      return ParseIpv6(rest, frame);
-    default:
-      return FrameKind::kOther;
-  }
-}
-
-std::string Ipv4Text(const std::array<std::uint8_t, 16>& a) {
+std::string Ipv4Text(const Endpoint& end) {
+  const auto& a = end.address;
   char text[16];
   std::snprintf(text, sizeof text, "%u.%u.%u.%u", a[0], a[1], a[2], a[3]);
   return text;
 }
+
+using Groups = std::array<std::uint16_t, 8>;  // of an IPv6 address
 
 // The address's longest run of two or more zero groups, which the text leaves
 // out: its first group and the group behind it; 8 and 8 without one.
@@ -174,11 +193,11 @@ struct ZeroRun {
   unsigned begin = 8, end = 8;
 };
 
-ZeroRun LongestZeroRun(const std::array<std::uint8_t, 16>& a) {
+ZeroRun LongestZeroRun(const Groups& groups) {
   ZeroRun longest;
   for (unsigned i = 0; i < 8;) {
     unsigned end = i;
-    while (end < 8 && Word16At(a, end * 2) == 0) ++end;
+    while (end < 8 && groups[end] == 0) ++end;
     const unsigned best = std::max(longest.end - longest.begin, 1u);
     if (end - i > best) longest = {i, end};
     i = end + 1;
@@ -186,8 +205,11 @@ ZeroRun LongestZeroRun(const std::array<std::uint8_t, 16>& a) {
   return longest;
 }
 
-std::string Ipv6Text(const std::array<std::uint8_t, 16>& a) {
-  const ZeroRun zeros = LongestZeroRun(a);
+std::string Ipv6Text(const Endpoint& end) {
+  Groups groups;
+  WireReader in(end.address);
+  for (std::uint16_t& group : groups) group = in.Word16();
+  const ZeroRun zeros = LongestZeroRun(groups);
   std::string text;
   for (unsigned i = 0; i < 8; ++i) {
     if (i == zeros.begin) {
@@ -197,7 +219,7 @@ std::string Ipv6Text(const std::array<std::uint8_t, 16>& a) {
     }
     if (!text.empty() && text.back() != ':') text += ':';
     char group[5];
-    std::snprintf(group, sizeof group, "%x", Word16At(a, i * 2));
+    std::snprintf(group, sizeof group, "%x", groups[i]);
     text += group;
   }
   return text;
@@ -205,28 +227,30 @@ std::string Ipv6Text(const std::array<std::uint8_t, 16>& a) {
 
 }  // namespace
 
-std::uint16_t Word16At(std::span<const std::uint8_t> bytes, std::size_t at) {
-  return static_cast<std::uint16_t>(bytes[at] << 8 | bytes[at + 1]);
-}
-
-std::uint32_t Word32At(std::span<const std::uint8_t> bytes, std::size_t at) {
-  return static_cast<std::uint32_t>(Word16At(bytes, at)) << 16 |
-         Word16At(bytes, at + 2);
-}
-
 std::string EndpointText(const Endpoint& endpoint) {
   const std::string port = ":" + std::to_string(endpoint.port);
-  if (endpoint.is_ipv6) return "[" + Ipv6Text(endpoint.address) + "]" + port;
-  return Ipv4Text(endpoint.address) + port;
+  if (endpoint.is_ipv6) return "[" + Ipv6Text(endpoint) + "]" + port;
+  return Ipv4Text(endpoint) + port;
 }
 
-TcpHeader TcpHeader::Parse(std::span<const std::uint8_t> tcp) {
+std::optional<TcpHeader> TcpHeader::Parse(std::span<const std::uint8_t> tcp) {
+  WireReader in(tcp);
+  in.Skip(4);  // ports
   TcpHeader header;
-  header.sequence = Word32At(tcp, 4);
-  header.acknowledgement = Word32At(tcp, 8);
-  header.length = (tcp[12] >> 4) * 4u;
-  header.flags = tcp[13];
+  header.sequence = in.Word32();
+  header.acknowledgement = in.Word32();
+  header.length = (in.Byte() >> 4) * 4u;
+  header.flags = in.Byte();
+  if (!in.ok()) return {};
   return header;
+}
+
+std::optional<std::span<const std::uint8_t>> TcpFrame::Payload() const {
+  if (!header || header->length < kTcpHeaderBytes ||
+      header->length > tcp.size()) {
+    return {};
+  }
+  return tcp.subspan(header->length);
 }
 
 bool IsLinkTypeKnown(int link_type) {
@@ -236,20 +260,20 @@ bool IsLinkTypeKnown(int link_type) {
   return std::ranges::find(kKnown, link_type) != std::end(kKnown);
 }
 
-FrameKind ParseFrame(int link_type, std::span<const std::uint8_t> captured,
-                     std::uint32_t wire_length, TcpFrame* frame) {
-  Rest rest{captured,
-            std::max(wire_length, static_cast<std::uint32_t>(captured.size()))};
-  if (!SkipLinkHeader(link_type, &rest)) return FrameKind::kOther;
-  TcpFrame found = *frame;
-  found.source = found.destination = Endpoint();
-  const FrameKind kind = ParseIp(rest, &found);
-  if (kind != FrameKind::kTcp) return kind;
-  if (found.tcp.size() < 4) return FrameKind::kOther;  // whose is unknown
-  found.source.port = Word16At(found.tcp, 0);
-  found.destination.port = Word16At(found.tcp, 2);
-  *frame = found;
-  return FrameKind::kTcp;
+ParsedFrame ParseFrame(int link_type, std::span<const std::uint8_t> captured,
+                       std::uint32_t wire_length) {
+  const auto size = static_cast<std::uint32_t>(captured.size());
+  Rest rest{WireReader(captured), std::max(wire_length, size) - size};
+  if (!SkipLinkHeader(link_type, rest.captured)) return {};
+  const Bytes ip = rest.captured.rest();
+  switch (ip.empty() ? 0 : ip[0] >> 4) {
+    case 4:
+      return ParseIpv4(rest);
+    case 6:
+      return ParseIpv6(rest);
+    default:
+      return {};
+  }
 }
 
 }  // namespace host

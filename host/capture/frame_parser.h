@@ -4,6 +4,7 @@
 #include <array>
 #include <compare>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -24,20 +25,7 @@ struct Endpoint {
 // "192.0.2.10:41522" or "[2001:db8::1]:104".
 std::string EndpointText(const Endpoint& endpoint);
 
-// A captured frame that holds (the beginning of) a TCP segment. The bytes
-// belong to the capture reader and are gone with its next frame.
-struct TcpFrame {
-  std::uint32_t number = 0;  // counted from 1 over all frames of the capture
-  Nanoseconds time = 0;
-  Endpoint source;
-  Endpoint destination;
-  // What was captured from the TCP header on; at least the two ports.
-  std::span<const std::uint8_t> tcp;
-  // What was on the wire: more than tcp.size() where the snap length cut it.
-  std::uint32_t wire_length = 0;
-};
-
-inline constexpr std::uint8_t kFin = 0x01;
+inline constexpr std::uint8_t kFin = 0x01;  // flags of a TCP header
 inline constexpr std::uint8_t kSyn = 0x02;
 inline constexpr std::uint8_t kRst = 0x04;
 inline constexpr std::uint8_t kPush = 0x08;
@@ -52,28 +40,52 @@ struct TcpHeader {
   std::uint32_t length = 0;  // as the data offset says, 0 to 60 bytes
   std::uint8_t flags = 0;
 
-  static constexpr std::size_t kMinBytes = 14;
-  // `tcp` has at least kMinBytes.
-  static TcpHeader Parse(std::span<const std::uint8_t> tcp);
+  bool Has(std::uint8_t flag) const { return (flags & flag) != 0; }
+
+  // None when fewer than those 14 bytes are there.
+  static std::optional<TcpHeader> Parse(std::span<const std::uint8_t> tcp);
 };
 
-std::uint16_t Word16At(std::span<const std::uint8_t> bytes, std::size_t at);
-std::uint32_t Word32At(std::span<const std::uint8_t> bytes, std::size_t at);
+// A captured frame that holds (the beginning of) a TCP segment. The bytes
+// belong to the capture reader and are gone with its next frame.
+struct TcpFrame {
+  std::uint32_t number = 0;  // counted from 1 over all frames of the capture
+  Nanoseconds time = 0;
+  Endpoint source;
+  Endpoint destination;
+  // What was captured from the TCP header on; at least the two ports.
+  std::span<const std::uint8_t> tcp;
+  // What was on the wire: more than tcp.size() where the snap length cut it.
+  std::uint32_t wire_length = 0;
+  std::optional<TcpHeader> header;  // TcpHeader::Parse(tcp)
 
-enum class FrameKind { kTcp, kIpFragment, kOther };
+  // What was captured behind the TCP header; none when the header is cut or
+  // says that it is shorter than a TCP header is.
+  std::optional<std::span<const std::uint8_t>> Payload() const;
+};
+
+enum class FrameKind {
+  kTcp,
+  kIpFragment,  // of a packet that would be kTcp if it were whole
+  kOther,
+};
+
+struct ParsedFrame {
+  FrameKind kind = FrameKind::kOther;
+  TcpFrame frame;  // of kTcp, but for its number and its time
+};
 
 // Whether frames of this link type (a DLT_ value of libpcap) can be read.
 bool IsLinkTypeKnown(int link_type);
 
 // Finds the TCP segment of a frame: behind the link-layer header with any VLAN
 // tags, in IPv4 with options or IPv6 with extension headers. `captured` are the
-// frame's captured bytes, `wire_length` its length on the wire. Fills
-// endpoints, tcp and wire_length of `frame` for kTcp, nothing otherwise. The IP
-// length bounds the segment, so link-layer padding is no payload; an IP length
-// of 0, which captures with segmentation offload hold, means up to the end of
-// the frame. Fragments of TCP packets are kIpFragment.
-FrameKind ParseFrame(int link_type, std::span<const std::uint8_t> captured,
-                     std::uint32_t wire_length, TcpFrame* frame);
+// frame's captured bytes, `wire_length` its length on the wire. The IP length
+// bounds the segment, so link-layer padding is no payload; an IP length of 0,
+// which captures with segmentation offload hold, means up to the end of the
+// frame.
+ParsedFrame ParseFrame(int link_type, std::span<const std::uint8_t> captured,
+                       std::uint32_t wire_length);
 
 }  // namespace host
 

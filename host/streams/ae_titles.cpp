@@ -4,21 +4,21 @@
 #include <string_view>
 #include <vector>
 
-#include "interface/host_interface.h"
+#include "host/capture/frame_parser.h"
+#include "host/capture/wire_bytes.h"
+#include "host/streams/pdu_header.h"
 
 namespace host {
 namespace {
 
 constexpr std::uint32_t kPacketsLookedAt = 64;
-constexpr std::size_t kDataOffsetByte = 12;  // of the TCP header
-// The A-ASSOCIATE-RQ: type 01h, reserved, length, version, reserved, then the
-// called and the calling title with 16 characters each.
-constexpr std::size_t kCalledTitle = 10;
-constexpr std::size_t kCallingTitle = 26;
 constexpr std::size_t kTitleBytes = 16;
 
-std::string Title(std::string_view payload, std::size_t offset) {
-  std::string_view title = payload.substr(offset, kTitleBytes);
+using Bytes = std::span<const std::uint8_t>;
+
+std::string Title(Bytes bytes) {
+  std::string_view title(reinterpret_cast<const char*>(bytes.data()),
+                         bytes.size());
   title = title.substr(0, title.find('\0'));
   const std::size_t first = title.find_first_not_of(' ');
   if (first == title.npos) return {};
@@ -26,11 +26,22 @@ std::string Title(std::string_view payload, std::size_t offset) {
       title.substr(first, title.find_last_not_of(' ') - first + 1));
 }
 
-std::string_view Payload(std::string_view packet) {
-  if (packet.size() <= kDataOffsetByte) return {};
-  const auto data_offset = static_cast<unsigned char>(packet[kDataOffsetByte]);
-  const std::size_t header_bytes = data_offset / 16u * 4u;
-  return packet.substr(std::min(packet.size(), header_bytes));
+Bytes Payload(Bytes packet) {
+  const auto header = TcpHeader::Parse(packet);
+  if (!header) return {};
+  return packet.subspan(std::min<std::size_t>(packet.size(), header->length));
+}
+
+// The titles in a payload that begins with an A-ASSOCIATE-RQ.
+std::optional<AeTitles> TitlesIn(Bytes payload) {
+  WireReader in(payload);
+  const std::uint8_t type = in.Byte();
+  const std::uint8_t reserved = in.Byte();
+  in.Skip(8);  // length, protocol version, reserved
+  const Bytes called = in.Bytes(kTitleBytes);
+  const Bytes calling = in.Bytes(kTitleBytes);
+  if (!in.ok() || type != kAssociateRq || reserved != 0) return {};
+  return AeTitles{0, Title(calling), Title(called)};
 }
 
 }  // namespace
@@ -40,13 +51,10 @@ std::optional<AeTitles> FindAeTitles(const PacketFeed& feed) {
   const std::uint32_t count = std::min(feed.PacketCount(), kPacketsLookedAt);
   for (std::uint32_t number = 0; number < count; ++number) {
     const CopiedPacket copied = feed.CopyPacket(number, PacketRoom(room));
-    const auto payload =
-        Payload({reinterpret_cast<const char*>(room.data()), copied.bytes});
-    if (payload.size() >= kCallingTitle + kTitleBytes && payload[0] == 1 &&
-        payload[1] == 0) {
-      return AeTitles{copied.direction, Title(payload, kCallingTitle),
-                      Title(payload, kCalledTitle)};
-    }
+    auto titles = TitlesIn(Payload(Bytes(room).first(copied.bytes)));
+    if (!titles) continue;
+    titles->caller_direction = copied.direction;
+    return titles;
   }
   return {};
 }

@@ -22,9 +22,10 @@ CaptureLoader::CaptureLoader(const std::filesystem::path& path,
 
 CaptureLoader::State CaptureLoader::Read(const TimeIsUp& time_is_up) {
   if (state_ == State::kDone) return state_;
-  TcpFrame frame;
-  for (unsigned frames = 1; reader_.Next(&frame); ++frames) {
-    connections_.Add(frame);
+  unsigned frames = 0;
+  while (const TcpFrame* frame = reader_.Next()) {
+    connections_.Add(*frame);
+    ++frames;
     if (frames % kFramesBetweenLooks == 0 && time_is_up()) {
       connections_.Update();
       return state_ = State::kReading;

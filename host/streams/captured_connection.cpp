@@ -2,9 +2,17 @@
 
 #include <algorithm>
 
-#include "interface/host_interface.h"
+#include "host/capture/wire_bytes.h"
+#include "host/streams/pdu_header.h"
 
 namespace host {
+
+namespace {
+
+constexpr std::size_t kSequenceAt = 4;  // in a TCP header
+constexpr std::size_t kFlagsAt = 13;
+
+}  // namespace
 
 // One packet for the module: a stored segment, or a piece of one that is too
 // long, with the segment's header before it.
@@ -45,8 +53,7 @@ void CapturedFeed::Add(const TcpFrame& frame, std::uint32_t direction) {
     pieces_.push_back(whole);
     return;
   }
-  const std::uint32_t header_bytes = TcpHeader::Parse(frame.tcp).length;
-  AddPieces(whole, std::max(header_bytes, kTcpHeaderBytes));
+  AddPieces(whole, std::max(frame.header->length, kTcpHeaderBytes));
 }
 
 void CapturedFeed::AddPieces(const PacketPiece& whole,
@@ -72,19 +79,17 @@ CopiedPacket CapturedFeed::CopyPacket(std::uint32_t number,
     return {piece.length, piece.direction};
   }
   store_->Copy(piece.stored, kTcpHeaderBytes, tcp);
-  const TcpHeader header = TcpHeader::Parse({tcp, kTcpHeaderBytes});
+  const TcpHeader header = *TcpHeader::Parse(room);
   const std::uint32_t header_bytes = std::max(header.length, kTcpHeaderBytes);
   store_->Copy(piece.stored, header_bytes, tcp);
   store_->Copy(piece.stored + header_bytes + piece.skipped,
                piece.length - header_bytes, tcp + header_bytes);
-  const bool after_syn = piece.skipped != 0 && (header.flags & kSyn) != 0;
-  const std::uint32_t sequence =
-      header.sequence + piece.skipped + (after_syn ? 1 : 0);
-  for (int i = 0; i < 4; ++i) {
-    tcp[4 + i] = static_cast<std::uint8_t>(sequence >> (24 - 8 * i));
-  }
-  if (piece.skipped != 0) tcp[13] &= static_cast<std::uint8_t>(~kSyn);
-  if (!piece.is_last) tcp[13] &= static_cast<std::uint8_t>(~(kFin | kPush));
+  const bool after_syn = piece.skipped != 0 && header.Has(kSyn);
+  WireWriter(room.subspan(kSequenceAt))
+      .Word32(header.sequence + piece.skipped + (after_syn ? 1 : 0));
+  std::uint8_t& flags = room[kFlagsAt];
+  if (piece.skipped != 0) flags &= static_cast<std::uint8_t>(~kSyn);
+  if (!piece.is_last) flags &= static_cast<std::uint8_t>(~(kFin | kPush));
   return {piece.length, piece.direction};
 }
 
@@ -97,35 +102,29 @@ CapturedConnection::CapturedConnection(std::shared_ptr<ByteStore> store) {
 
 bool CapturedConnection::BeginsAnother(const TcpFrame& frame,
                                        std::uint32_t direction) const {
-  if (frame.tcp.size() < TcpHeader::kMinBytes) return false;
-  const TcpHeader header = TcpHeader::Parse(frame.tcp);
   const bool closed = reset_ || (fin_seen_[0] && fin_seen_[1]);
-  return closed && (header.flags & kSyn) != 0 &&
-         syn_[direction] != header.sequence;
+  return closed && frame.header && frame.header->Has(kSyn) &&
+         syn_[direction] != frame.header->sequence;
 }
 
 void CapturedConnection::AddSegment(const TcpFrame& frame,
                                     std::uint32_t direction) {
   feed_->Add(frame, direction);
-  if (frame.tcp.size() < TcpHeader::kMinBytes) return;
-  const TcpHeader header = TcpHeader::Parse(frame.tcp);
-  NoteFlags(header, direction);
-  if (header.length < kTcpHeaderBytes || header.length >= frame.tcp.size()) {
-    return;
-  }
-  const auto payload = frame.tcp.subspan(header.length);
-  connection_.payload_bytes += payload.size();
+  if (frame.header) NoteFlags(*frame.header, direction);
+  const auto payload = frame.Payload();
+  if (!payload || payload->empty()) return;
+  connection_.payload_bytes += payload->size();
   if (!payload_seen_[direction]) {
     payload_seen_[direction] = true;
-    connection_.carries_dicom |= BeginsLikePdu(payload);
+    connection_.carries_dicom |= BeginsLikePdu(*payload);
   }
 }
 
 void CapturedConnection::NoteFlags(const TcpHeader& header,
                                    std::uint32_t direction) {
-  if ((header.flags & kSyn) != 0) syn_[direction] = header.sequence;
-  if ((header.flags & kFin) != 0) fin_seen_[direction] = true;
-  if ((header.flags & kRst) != 0) reset_ = true;
+  if (header.Has(kSyn)) syn_[direction] = header.sequence;
+  if (header.Has(kFin)) fin_seen_[direction] = true;
+  if (header.Has(kRst)) reset_ = true;
 }
 
 }  // namespace host

@@ -1,10 +1,9 @@
 #include "host/streams/clean_connection.h"
 
 #include <algorithm>
-#include <string_view>
-#include <vector>
 
-#include "host/streams/note_text.h"
+#include "host/streams/pdu_header.h"
+#include "host/streams/pdv_cutter.h"
 #include "host/text/number_text.h"
 
 namespace host {
@@ -15,97 +14,69 @@ namespace {
 constexpr std::uint64_t kPacketsUntilLost = 64;
 
 CleanFeed* MakeFeed(const std::shared_ptr<ByteStore>& store,
-                    Connection* connection) {
+                    Connection& connection) {
   auto feed = std::make_unique<CleanFeed>(store);
   CleanFeed* const raw = feed.get();
-  connection->feed = std::move(feed);
+  connection.feed = std::move(feed);
   // Live, for a finished capture as well: the module closes a list that is not
   // live by repeating and replacing message rows.
-  connection->live = true;
+  connection.live = true;
   return raw;
 }
 
-std::vector<std::uint8_t> BytesAt(const StreamAssembler& stream,
-                                  StreamPosition at, std::size_t most) {
-  const StreamPosition count = std::min<StreamPosition>(
-      static_cast<StreamPosition>(most), stream.PresentUntil(at) - at);
-  std::vector<std::uint8_t> bytes(
-      static_cast<std::size_t>(std::max<StreamPosition>(count, 0)));
-  stream.Copy(at, bytes.size(), bytes.data());
-  return bytes;
+// The module fails on a P-DATA-TF PDU that is too short for an item header, and
+// with it loses all that it knows of the connection.
+bool IsHandedOver(const CutPdu& pdu) {
+  return pdu.header.type != kPDataTf || pdu.header.length == 0 ||
+         pdu.header.length >= kPdvHeaderBytes;
 }
 
-// What a stream that is no DICOM looks like; empty if like nothing known.
-std::string GuessText(const std::vector<std::uint8_t>& bytes) {
-  const std::string_view text(reinterpret_cast<const char*>(bytes.data()),
-                              bytes.size());
-  if (text.starts_with("\x16\x03")) return " (it looks like TLS)";
-  for (const std::string_view word : {"GET ", "POST ", "PUT ", "HTTP/"}) {
-    if (text.starts_with(word)) return " (it looks like HTTP)";
-  }
-  return "";
+bool HasItems(const CutPdu& pdu) {
+  return pdu.header.type == kPDataTf && pdu.header.length != 0;
 }
 
 }  // namespace
 
 CleanConnection::CleanConnection(const std::shared_ptr<ByteStore>& store)
-    : feed_(MakeFeed(store, &connection_)),
-      sides_{Side(feed_->stream(0)), Side(feed_->stream(1))},
-      follower_(*feed_, &connection_.messages) {}
+    : feed_(MakeFeed(store, connection_)),
+      sides_{Side(0, feed_->stream(0), connection_.messages),
+             Side(1, feed_->stream(1), connection_.messages)} {}
 
 bool CleanConnection::BeginsAnother(const TcpFrame& frame,
                                     std::uint32_t direction) const {
-  if (frame.tcp.size() < TcpHeader::kMinBytes) return false;
-  const TcpHeader header = TcpHeader::Parse(frame.tcp);
-  if ((header.flags & kSyn) == 0) return false;
+  if (!frame.header || !frame.header->Has(kSyn)) return false;
   const auto begun = sides_[direction].stream.beginning_number();
-  if (begun) return *begun != header.sequence + 1;
-  return (header.flags & kAck) == 0 &&
-         sides_[1 - direction].stream.has_payload();
+  if (begun) return *begun != frame.header->sequence + 1;
+  return !frame.header->Has(kAck) && sides_[1 - direction].stream.has_payload();
 }
 
 void CleanConnection::AddSegment(const TcpFrame& frame,
                                  std::uint32_t direction) {
   ports_[direction] = frame.source.port;
   ports_[1 - direction] = frame.destination.port;
-  if (finished_ || frame.tcp.size() < TcpHeader::kMinBytes) return;
-  const TcpHeader header = TcpHeader::Parse(frame.tcp);
-  if ((header.flags & kSyn) != 0) {
-    sides_[direction].stream.Begin(header.sequence + 1);
-    if ((header.flags & kAck) == 0) {
-      syn_direction_ = direction;
-    } else if (!syn_direction_) {
-      syn_direction_ = 1 - direction;
-    }
-  }
-  if ((header.flags & kAck) != 0) {
+  if (finished_ || !frame.header) return;
+  const TcpHeader& header = *frame.header;
+  if (header.Has(kSyn)) NoteSyn(header, direction);
+  if (header.Has(kAck)) {
     NoteAcknowledgement(1 - direction, header.acknowledgement);
   }
-  if ((header.flags & kRst) != 0) {
-    if (!reset_) reset_ = Reset{direction, frame.number};
-  } else if (header.length >= kTcpHeaderBytes &&
-             header.length <= frame.tcp.size()) {
-    AddPayload(frame, header, direction);
+  if (!header.Has(kRst)) {
+    AddPayload(frame, direction);
+  } else if (!reset_) {
+    reset_ = Reset{direction, frame.number};
   }
 }
 
-void CleanConnection::AddPayload(const TcpFrame& frame, const TcpHeader& header,
-                                 std::uint32_t direction) {
-  Side& side = sides_[direction];
-  const std::uint32_t sequence =
-      header.sequence + ((header.flags & kSyn) != 0 ? 1 : 0);
-  const std::uint32_t wire_length = frame.wire_length - header.length;
-  side.stream.Add(sequence, frame.tcp.subspan(header.length), wire_length,
-                  frame.number, frame.time);
-  if ((header.flags & kFin) != 0) {
-    side.stream.Close(sequence + wire_length);
-    side.fin_seen = true;
+void CleanConnection::NoteSyn(const TcpHeader& header,
+                              std::uint32_t direction) {
+  sides_[direction].stream.Begin(header.sequence + 1);
+  if (!header.Has(kAck)) {
+    syn_direction_ = direction;
+  } else if (!syn_direction_) {
+    syn_direction_ = 1 - direction;
   }
-  connection_.payload_bytes =
-      sides_[0].stream.payload_bytes() + sides_[1].stream.payload_bytes();
 }
 
-// The sender of bytes in `direction` got an acknowledgement for them.
 void CleanConnection::NoteAcknowledgement(std::uint32_t direction,
                                           std::uint32_t number) {
   Side& side = sides_[direction];
@@ -123,8 +94,23 @@ void CleanConnection::NoteAcknowledgement(std::uint32_t direction,
   }
 }
 
-// A connection that was closed or reset is over when nothing has come since the
-// last look.
+void CleanConnection::AddPayload(const TcpFrame& frame,
+                                 std::uint32_t direction) {
+  const auto payload = frame.Payload();
+  if (!payload) return;
+  Side& side = sides_[direction];
+  const TcpHeader& header = *frame.header;
+  const std::uint32_t sequence = header.sequence + (header.Has(kSyn) ? 1 : 0);
+  const std::uint32_t wire_length = frame.wire_length - header.length;
+  side.stream.Add(sequence, *payload, wire_length, frame.number, frame.time);
+  if (header.Has(kFin)) {
+    side.stream.Close(sequence + wire_length);
+    side.fin_seen = true;
+  }
+  connection_.payload_bytes =
+      sides_[0].stream.payload_bytes() + sides_[1].stream.payload_bytes();
+}
+
 bool CleanConnection::Update() {
   if (finished_) return false;
   const bool closed = reset_ || (sides_[0].fin_seen && sides_[1].fin_seen);
@@ -143,38 +129,42 @@ void CleanConnection::Finish() {
   if (finished_) return;
   finished_ = true;
   Cut(true);
-  if (!feed_->opened()) Open();
+  OpenFeed({});
   feed_->Close();
-  follower_.Finish();
+  for (Side& side : sides_) side.follower.Finish();
   Describe();
 }
 
 void CleanConnection::Cut(bool over) {
-  for (Side& side : sides_) {
-    side.cutter.Advance(side.final_until, over, &side.pdus);
+  CutPdus pdus;
+  for (const std::uint32_t direction : {0u, 1u}) {
+    Side& side = sides_[direction];
+    pdus[direction] = side.cutter.Advance(side.final_until, over);
   }
-  if (sides_[0].pdus.empty() && sides_[1].pdus.empty()) return;
-  if (!feed_->opened()) Open();
-  auto zero = sides_[0].pdus.begin();
-  auto one = sides_[1].pdus.begin();
-  while (zero != sides_[0].pdus.end() || one != sides_[1].pdus.end()) {
-    const bool zero_first = one == sides_[1].pdus.end() ||
-                            (zero != sides_[0].pdus.end() &&
-                             zero->complete_frame < one->complete_frame);
+  if (pdus[0].empty() && pdus[1].empty()) return;
+  OpenFeed(pdus);
+  auto zero = pdus[0].begin();
+  auto one = pdus[1].begin();
+  while (zero != pdus[0].end() || one != pdus[1].end()) {
+    const bool zero_first =
+        one == pdus[1].end() ||
+        (zero != pdus[0].end() && zero->complete_frame < one->complete_frame);
     ReportPdu(zero_first ? 0 : 1, zero_first ? *zero++ : *one++);
   }
-  for (Side& side : sides_) side.pdus.clear();
 }
 
-void CleanConnection::Open() { feed_->Open(ports_, SynDirection()); }
+void CleanConnection::OpenFeed(const CutPdus& pdus) {
+  if (!feed_->opened()) feed_->Open(ports_, SynDirection(pdus));
+}
 
-// The side whose SYN was captured, else the one that asks for the association.
-std::uint32_t CleanConnection::SynDirection() const {
+std::uint32_t CleanConnection::SynDirection(const CutPdus& pdus) const {
   if (syn_direction_) return *syn_direction_;
   for (const std::uint8_t type : {kAssociateRq, kAssociateAc}) {
     for (const std::uint32_t direction : {0u, 1u}) {
-      const auto& pdus = sides_[direction].pdus;
-      if (std::ranges::find(pdus, type, &CutPdu::type) != pdus.end()) {
+      const auto is_of_type = [type](const CutPdu& pdu) {
+        return pdu.header.type == type;
+      };
+      if (std::ranges::any_of(pdus[direction], is_of_type)) {
         return type == kAssociateRq ? direction : 1 - direction;
       }
     }
@@ -183,51 +173,34 @@ std::uint32_t CleanConnection::SynDirection() const {
 }
 
 void CleanConnection::ReportPdu(std::uint32_t direction, const CutPdu& pdu) {
-  Side& side = sides_[direction];
+  const PduFate fate = HandOverPdu(direction, pdu);
   WireRecord record;
   record.direction = direction;
-  record.length = pdu.length;
+  record.length = pdu.length();
   record.first_frame = pdu.frames.first;
   record.last_frame = pdu.frames.last;
   record.time = pdu.frames.time;
-  if (pdu.lost_before != 0) {
-    AppendNote(BytesText(pdu.lost_before) + " lost before it", &record.note);
-  }
-  if (pdu.skipped != 0) {
-    AppendNote(BytesText(pdu.skipped) + " before it in no whole PDU",
-               &record.note);
-  }
-  if (pdu.lost != 0) AppendNote(FilledText(pdu.lost), &record.note);
-  side.lost += pdu.lost_before;
-  side.skipped += pdu.skipped;
-  side.filled += pdu.lost;
-  side.filled_pdus += pdu.lost != 0 ? 1 : 0;
-  // The module fails on a PDU that is too short for an item header, and with it
-  // loses all that it knows of the connection.
-  record.listed = pdu.type != kPDataTf || pdu.length == kPduHeaderBytes ||
-                  pdu.length >= kPduHeaderBytes + kItemHeaderBytes;
-  if (record.listed) {
-    const std::size_t first_run = feed_->runs().size();
-    bool items_are_whole = true;
-    feed_->AddPdu(direction, pdu, &items_are_whole);
-    if (!items_are_whole) {
-      AppendNote("its PDV items do not fill it exactly", &record.note);
-    }
-    const auto& runs = feed_->runs();
-    for (std::size_t i = first_run; pdu.type == kPDataTf && i < runs.size();
-         ++i) {
-      follower_.Follow(runs[i], i == first_run, pdu.lost != 0);
-    }
-  } else {
-    ++side.left_out;
-    AppendNote("a P-DATA-TF PDU with " +
-                   BytesText(pdu.length - kPduHeaderBytes) +
-                   " behind its header is left out",
-               &record.note);
-  }
-  const auto header = BytesAt(side.stream, pdu.position, kPduHeaderBytes);
-  connection_.carries_dicom |= BeginsLikePdu(header);
+  record.listed = fate != PduFate::kLeftOut;
+  record.note = sides_[direction].losses.AddPdu(pdu, fate);
   connection_.pdus.push_back(std::move(record));
+  connection_.carries_dicom |= pdu.header.HasPossibleLength();
+}
+
+PduFate CleanConnection::HandOverPdu(std::uint32_t direction,
+                                     const CutPdu& pdu) {
+  if (!IsHandedOver(pdu)) return PduFate::kLeftOut;
+  if (!HasItems(pdu)) {
+    feed_->AddRun(direction, pdu.position, pdu.end(), 0);
+    return PduFate::kWhole;
+  }
+  Side& side = sides_[direction];
+  PdvCutter items(side.stream, pdu);
+  while (const std::optional<PdvItem> item = items.Next()) {
+    const PacketRun& run =
+        feed_->AddRun(direction, item->begin, item->end, item->tail);
+    side.follower.Follow(run, *item, pdu.lost != 0);
+  }
+  return items.is_exact() ? PduFate::kWhole : PduFate::kItemsAreInexact;
 }
 
 const std::string& CleanConnection::EndpointOf(std::uint32_t direction) const {
@@ -236,89 +209,22 @@ const std::string& CleanConnection::EndpointOf(std::uint32_t direction) const {
 }
 
 void CleanConnection::Describe() {
-  connection_.notes.clear();
+  auto& notes = connection_.notes;
+  notes.clear();
   for (const std::uint32_t direction : {0u, 1u}) {
-    const StreamAssembler& stream = sides_[direction].stream;
+    const Side& side = sides_[direction];
+    const std::string& endpoint = EndpointOf(direction);
     connection_.carries_dicom |=
-        BeginsLikePdu(BytesAt(stream, stream.begin(), kPduHeaderBytes));
-    DescribeSide(direction);
-    DescribeEnd(direction);
+        BeginsLikePdu(side.stream.Peek(side.stream.begin(), kPduHeaderBytes));
+    side.losses.AppendSentences(side.stream, endpoint, notes);
+    std::string end =
+        EndSentence(side.stream, side.cutter, endpoint, finished_);
+    if (!end.empty()) notes.push_back(std::move(end));
   }
   if (reset_) {
-    connection_.notes.push_back(EndpointOf(reset_->direction) +
-                                " reset the connection (RST) in frame " +
-                                NumberText(reset_->frame) + ".");
-  }
-}
-
-void CleanConnection::DescribeSide(std::uint32_t direction) {
-  const Side& side = sides_[direction];
-  const std::string from = " from " + EndpointOf(direction);
-  auto& notes = connection_.notes;
-  if (side.filled != 0) {
-    notes.push_back(FilledText(side.filled) + " in " +
-                    NumberText(side.filled_pdus) +
-                    (side.filled_pdus == 1 ? " PDU" : " PDUs") + from + ".");
-  }
-  if (side.lost != 0) {
-    notes.push_back(BytesText(side.lost) + from +
-                    " between the listed PDUs were not captured.");
-  }
-  if (side.skipped != 0) {
-    notes.push_back(BytesText(side.skipped) + from +
-                    " were skipped: they are in no whole PDU.");
-  }
-  if (side.left_out != 0) {
-    notes.push_back(NumberText(side.left_out) + " P-DATA-TF PDU(s)" + from +
-                    " too short for a PDV item are left out.");
-  }
-  if (side.stream.differing_copies() != 0) {
-    notes.push_back(NumberText(side.stream.differing_copies()) +
-                    " repeated segment(s)" + from +
-                    " differ from what came first, which was kept.");
-  }
-}
-
-// What became of the bytes behind the last PDU.
-void CleanConnection::DescribeEnd(std::uint32_t direction) {
-  const Side& side = sides_[direction];
-  const StreamAssembler& stream = side.stream;
-  const std::string from = " from " + EndpointOf(direction);
-  auto& notes = connection_.notes;
-  if (const auto at = side.cutter.not_dicom_from()) {
-    notes.push_back(
-        "The stream" + from + " is no DICOM" +
-        (*at == stream.begin()
-             ? ""
-             : " behind its first " + BytesText(static_cast<std::uint64_t>(
-                                          *at - stream.begin()))) +
-        GuessText(BytesAt(stream, *at, 8)) + ".");
-    return;
-  }
-  if (!finished_ || !stream.has_payload()) return;
-  const StreamPosition rest = side.cutter.delivered_until();
-  const std::uint64_t present = stream.PresentBytes(rest, stream.end());
-  if (rest >= stream.end()) return;
-  const auto header = BytesAt(stream, rest, kPduHeaderBytes);
-  const bool cut_off = side.cutter.unfinished() == rest ||
-                       (stream.began_with_syn() && BeginsLikePdu(header));
-  if (!cut_off) {
-    const auto lost = static_cast<std::uint64_t>(stream.end() - rest) - present;
-    notes.push_back(
-        present == 0
-            ? BytesText(lost) + " behind the last PDU" + from + " are missing."
-            : "No whole PDU was found in the last " + BytesText(present) +
-                  from +
-                  (lost != 0 ? ", where " + BytesText(lost) + " are missing."
-                             : "."));
-  } else if (header.size() < kPduHeaderBytes) {
-    notes.push_back("The capture ends inside a PDU header" + from + ": " +
-                    NumberText(present) + " of 6 bytes.");
-  } else {
-    notes.push_back(
-        "The capture ends inside " + PduTypeText(header[0]) + from + ": " +
-        NumberText(present) + " of " +
-        BytesText(std::uint64_t{kPduHeaderBytes} + Word32At(header, 2)) + ".");
+    notes.push_back(EndpointOf(reset_->direction) +
+                    " reset the connection (RST) in frame " +
+                    NumberText(reset_->frame) + ".");
   }
 }
 

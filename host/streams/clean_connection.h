@@ -5,10 +5,12 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "host/streams/clean_feed.h"
 #include "host/streams/connection_builder.h"
+#include "host/streams/loss_notes.h"
 #include "host/streams/message_follower.h"
 #include "host/streams/pdu_cutter.h"
 
@@ -19,12 +21,15 @@ namespace host {
 // them on the way.
 class CleanConnection final : public ConnectionBuilder {
  public:
+  // Keeps the payload in `store`.
   explicit CleanConnection(const std::shared_ptr<ByteStore>& store);
 
   // A SYN whose number does not fit to what its direction began with, or the
   // SYN of a direction that has sent nothing while the other has.
   bool BeginsAnother(const TcpFrame& frame,
                      std::uint32_t direction) const override;
+  // A connection that was closed or reset is over when nothing has come since
+  // the last look; until then it asks for another one.
   bool Update() override;
   void Finish() override;
 
@@ -34,23 +39,20 @@ class CleanConnection final : public ConnectionBuilder {
  private:
   // One direction: where its bytes are, and what became of them.
   struct Side {
-    explicit Side(StreamAssembler& s) : stream(s), cutter(s) {}
+    Side(std::uint32_t direction, StreamAssembler& bytes,
+         std::vector<WireRecord>& messages)
+        : stream(bytes), cutter(bytes), follower(direction, bytes, messages) {}
 
     StreamAssembler& stream;
     PduCutter cutter;
-    std::vector<CutPdu> pdus;  // cut, not yet reported; empty between calls
+    MessageFollower follower;
+    LossNotes losses;
     bool fin_seen = false;
     // Bytes before this position that are missing are lost: the other side has
     // acknowledged later ones and enough packets have passed since.
     StreamPosition final_until = 0;
     std::optional<StreamPosition> acknowledged;  // becomes final_until later
     std::uint64_t acknowledged_at = 0;  // packets of the connection then
-
-    std::uint64_t filled = 0;
-    std::uint64_t filled_pdus = 0;
-    std::uint64_t lost = 0;
-    std::uint64_t skipped = 0;
-    std::uint64_t left_out = 0;
   };
 
   // Told beside the rows, since no RST is handed over.
@@ -59,21 +61,28 @@ class CleanConnection final : public ConnectionBuilder {
     std::uint32_t frame;
   };
 
-  void AddPayload(const TcpFrame& frame, const TcpHeader& header,
-                  std::uint32_t direction);
+  using CutPdus = std::array<std::vector<CutPdu>, 2>;  // of both directions
+
+  void NoteSyn(const TcpHeader& header, std::uint32_t direction);
+  // The sender of bytes in `direction` got an acknowledgement for them.
   void NoteAcknowledgement(std::uint32_t direction, std::uint32_t number);
+  void AddPayload(const TcpFrame& frame, std::uint32_t direction);
+  // Cuts what can be cut and reports it. `over`: nothing will follow.
   void Cut(bool over);
+  // Reports the handshake, unless it was. `pdus` are the first of all.
+  void OpenFeed(const CutPdus& pdus);
+  // The side that opens the connection: the one whose SYN was captured, else
+  // the one that asks for the association.
+  std::uint32_t SynDirection(const CutPdus& pdus) const;
+  // Hands the PDU over and adds its record.
   void ReportPdu(std::uint32_t direction, const CutPdu& pdu);
-  void Open();
-  std::uint32_t SynDirection() const;
+  PduFate HandOverPdu(std::uint32_t direction, const CutPdu& pdu);
+  // Writes the notes anew, with all that is known by now.
   void Describe();
-  void DescribeSide(std::uint32_t direction);
-  void DescribeEnd(std::uint32_t direction);
   const std::string& EndpointOf(std::uint32_t direction) const;
 
   CleanFeed* feed_;  // owned by the connection
   std::array<Side, 2> sides_;
-  MessageFollower follower_;
   std::array<std::uint16_t, 2> ports_{};
   std::optional<std::uint32_t> syn_direction_;
   std::optional<Reset> reset_;  // the first RST

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "host/streams/pdu_cutter.h"
+#include "host/streams/connection.h"
 #include "host/streams/stream_assembler.h"
 
 namespace host {
@@ -34,52 +34,50 @@ struct PacketRun {
 // the streams and one entry for each PDV item.
 class CleanFeed final : public PacketFeed {
  public:
+  // Keeps both directions' bytes in `store`.
   explicit CleanFeed(const std::shared_ptr<ByteStore>& store);
 
+  // The bytes of one direction, from which the packets are made.
   StreamAssembler& stream(std::uint32_t direction) {
-    return streams_[direction];
-  }
-  const StreamAssembler& stream(std::uint32_t direction) const {
     return streams_[direction];
   }
 
   // Reports the handshake: SYN from side `syn_direction`. `ports` are those of
   // the sides 0 and 1.
   void Open(std::array<std::uint16_t, 2> ports, std::uint32_t syn_direction);
-  // Reports a PDU with its acknowledgements. `items_are_whole` says whether its
-  // PDV items fill it exactly. Open() comes first.
-  void AddPdu(std::uint32_t direction, const CutPdu& pdu,
-              bool* items_are_whole);
-  // Reports the closing.
+  // Reports the bytes [from, to) of a direction's stream, with an
+  // acknowledgement behind each packet. They are a PDU, or of one the bytes
+  // that hold one PDV item; `tail` of them at the end are no part of the item.
+  // Open() comes first; the answer is gone with the next call.
+  const PacketRun& AddRun(std::uint32_t direction, StreamPosition from,
+                          StreamPosition to, std::uint32_t tail);
+  // Reports the closing. Nothing may follow.
   void Close();
 
   bool opened() const { return opened_; }
-  const std::vector<PacketRun>& runs() const { return runs_; }
 
   std::uint32_t PacketCount() const override;
   CopiedPacket CopyPacket(std::uint32_t number, PacketRoom room) const override;
 
  private:
-  struct Header {
+  // What the header of a packet has to say.
+  struct PacketHeader {
     std::uint32_t direction = 0;
     std::uint32_t sequence = 0;
     std::uint32_t acknowledgement = 0;
     std::uint8_t flags = 0;
   };
 
-  void AddItems(std::uint32_t direction, const CutPdu& pdu,
-                bool* items_are_whole);
-  void RepairItemHeader(std::uint32_t direction, StreamPosition at,
-                        StreamPosition pdu_end);
-  void AddRun(std::uint32_t direction, StreamPosition from, StreamPosition to,
-              std::uint32_t tail);
-  Header HandshakeHeader(std::uint32_t number) const;
-  Header InStep(std::uint32_t direction,
-                const std::array<std::uint32_t, 2>& sent,
-                std::uint8_t flags) const;
+  PacketHeader HandshakeHeader(std::uint32_t number) const;
+  // The header of a packet after which each side has sent `sent` bytes.
+  PacketHeader InStep(std::uint32_t direction,
+                      const std::array<std::uint32_t, 2>& sent,
+                      std::uint8_t flags) const;
+  // Makes data packet `exchange`, counted from 0 over the feed, or the packet
+  // that acknowledges it.
   CopiedPacket CopyData(std::uint32_t exchange, bool acknowledgement,
                         PacketRoom room) const;
-  CopiedPacket WriteHeader(const Header& header, PacketRoom room) const;
+  CopiedPacket WriteHeader(const PacketHeader& header, PacketRoom room) const;
 
   std::array<StreamAssembler, 2> streams_;
   std::vector<PacketRun> runs_;

@@ -31,10 +31,6 @@ class ConnectionBuilder {
   Connection connection_;
 };
 
-// Whether the bytes begin like a PDU of type 1 to 7 with a length that such a
-// PDU may have.
-bool BeginsLikePdu(std::span<const std::uint8_t> bytes);
-
 }  // namespace host
 
 #endif  // HOST_STREAMS_CONNECTION_BUILDER_H_

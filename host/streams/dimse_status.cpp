@@ -3,23 +3,13 @@
 #include <array>
 #include <cstdio>
 
+#include "host/capture/wire_bytes.h"
+
 namespace host {
 namespace {
 
-constexpr std::size_t kElementHeaderBytes = 8;  // implicit VR little endian
-constexpr std::uint32_t kStatusTag = 0x0000'0900;
-
-std::uint32_t LittleEndian(std::span<const std::uint8_t> bytes, std::size_t at,
-                           std::size_t width) {
-  std::uint32_t value = 0;
-  for (std::size_t i = width; i > 0; --i)
-    value = value << 8 | bytes[at + i - 1];
-  return value;
-}
-
-std::uint32_t TagAt(std::span<const std::uint8_t> bytes, std::size_t at) {
-  return LittleEndian(bytes, at, 2) << 16 | LittleEndian(bytes, at + 2, 2);
-}
+constexpr std::uint16_t kCommandGroup = 0x0000;
+constexpr std::uint16_t kStatusElement = 0x0900;
 
 }  // namespace
 
@@ -56,18 +46,18 @@ std::string StatusNote(std::uint16_t status) {
 
 std::optional<std::uint16_t> FindStatus(
     std::span<const std::uint8_t> command_set) {
-  std::size_t at = 0;
-  while (command_set.size() - at >= kElementHeaderBytes) {
-    const std::uint32_t length = LittleEndian(command_set, at + 4, 4);
-    const std::uint32_t tag = TagAt(command_set, at);
-    at += kElementHeaderBytes;
-    if (length > command_set.size() - at) break;
-    if (tag == kStatusTag && length >= 2) {
-      return static_cast<std::uint16_t>(LittleEndian(command_set, at, 2));
+  // Implicit VR little endian, as every command set.
+  WireReader in(command_set, std::endian::little);
+  while (true) {
+    const std::uint16_t group = in.Word16();
+    const std::uint16_t element = in.Word16();
+    const std::uint32_t length = in.Word32();
+    const auto value = in.Bytes(length);
+    if (!in.ok()) return {};
+    if (group == kCommandGroup && element == kStatusElement && length >= 2) {
+      return WireReader(value, std::endian::little).Word16();
     }
-    at += length;
   }
-  return {};
 }
 
 }  // namespace host

@@ -1,196 +1,159 @@
 #include "host/streams/message_follower.h"
 
 #include <algorithm>
+#include <span>
 
-#include "host/capture/frame_parser.h"
 #include "host/streams/dimse_status.h"
-#include "host/streams/note_text.h"
+#include "host/streams/loss_notes.h"
 #include "host/text/number_text.h"
 
 namespace host {
 namespace {
 
-constexpr std::uint8_t kCommandBit = 1;
-constexpr std::uint8_t kLastBit = 2;
 constexpr std::size_t kMostCommandBytes = 1024;  // in which its status stands
-
-void Widen(const FrameRange& more, FrameRange* range) {
-  if (more.first == 0) return;
-  if (range->first == 0 || more.first < range->first) {
-    range->first = more.first;
-  }
-  if (more.last > range->last) {
-    range->last = more.last;
-    range->time = more.time;
-  }
-}
-
-std::string UncountedText(std::uint64_t data_length) {
-  return "the last data PDV is empty or missing: " + BytesText(data_length) +
-         " of the data set are not counted";
-}
 
 }  // namespace
 
-void MessageFollower::Follow(const PacketRun& run, bool is_first,
+void MessageFollower::Follow(const PacketRun& run, const PdvItem& item,
                              bool has_lost_bytes) {
+  item_ = item;
   has_lost_bytes_ = has_lost_bytes;
-  std::uint64_t done = is_first ? kPduHeaderBytes : 0;
-  while (done < run.length) {  // packet by packet
-    const std::uint64_t end = std::min<std::uint64_t>(
-        run.length, (done / run.packet_bytes + 1) * run.packet_bytes);
-    Feed(run.direction, run.position + static_cast<StreamPosition>(done),
-         static_cast<std::uint32_t>(end - done));
-    done = end;
+  StreamPosition packet_end = run.position;
+  for (StreamPosition at = item.position; at < item.end; at = packet_end) {
+    packet_end =
+        std::min<StreamPosition>(packet_end + run.packet_bytes, item.end);
+    TakePacket(at, packet_end);
   }
 }
 
-void MessageFollower::Feed(std::uint32_t direction, StreamPosition at,
-                           std::uint32_t length) {
-  Direction& d = directions_[direction];
-  const StreamPosition end = at + length;
-  StreamPosition now = at;
-  if (d.missing == 0) {
-    if (length < kItemHeaderBytes) return;
-    TakeHeader(direction, at, at, end);
-    now += kItemHeaderBytes;
+void MessageFollower::TakePacket(StreamPosition at, StreamPosition end) {
+  const StreamPosition packet = at;
+  if (missing_ == 0) {
+    if (end - at < kPdvHeaderBytes) return;
+    TakeHeader(at, packet, end);
+    at += kPdvHeaderBytes;
   }
-  while (d.missing < end - now) {  // bytes follow the value in this packet
-    d.is_command = true;
-    const std::uint32_t value = d.missing;
-    TakeValue(direction, now, value);
-    List(direction);
-    now += value;
-    if (end - now < kItemHeaderBytes) return;
-    TakeHeader(direction, now, at, end);
-    now += kItemHeaderBytes;
+  while (missing_ < end - at) {  // bytes follow the value in this packet
+    is_command_ = true;
+    const std::uint32_t value = missing_;
+    TakeValue(at, value);
+    List();
+    at += value;
+    if (end - at < kPdvHeaderBytes) return;
+    TakeHeader(at, packet, end);
+    at += kPdvHeaderBytes;
   }
-  if (now == end) return;  // so an empty value never ends a message
-  TakeValue(direction, now, static_cast<std::uint32_t>(end - now));
-  if (d.missing != 0 || !d.is_last) return;
-  if (d.is_command) {
-    List(direction);
+  if (at == end) return;  // so an empty value never ends a message
+  TakeValue(at, static_cast<std::uint32_t>(end - at));
+  if (missing_ != 0 || !is_last_) return;
+  if (is_command_) {
+    List();
   } else {
-    Complete(direction);
+    Complete();
   }
 }
 
-// A command PDV's length is at `command_length_at`, the packet's first item.
-void MessageFollower::TakeHeader(std::uint32_t direction, StreamPosition item,
-                                 StreamPosition command_length_at,
+PdvHeader MessageFollower::HeaderAt(StreamPosition at) const {
+  return at == item_.position ? item_.header : PdvHeaderAt(stream_, at);
+}
+
+void MessageFollower::TakeHeader(StreamPosition item, StreamPosition packet,
                                  StreamPosition end) {
-  Direction& d = directions_[direction];
-  const StreamAssembler& stream = feed_.stream(direction);
-  std::uint8_t control;
-  stream.Copy(item + 5, 1, &control);
-  d.is_command = (control & kCommandBit) != 0;
-  if (d.is_command && d.is_last) {
-    Retire(direction);
-    d.message = Message();
-    d.message.begun = true;
-  } else if (d.is_command) {
-    NoteSwallowedCommand(direction);
+  const PdvHeader header = HeaderAt(item);
+  is_command_ = header.IsCommand();
+  if (is_command_ && is_last_) {
+    Retire();
+    message_ = Message();
+    message_.begun = true;
+  } else if (is_command_) {
+    NoteSwallowedCommand();
   }
-  d.message.has_strays |= !d.is_command && d.message.complete;
-  std::array<std::uint8_t, 4> length;
-  stream.Copy(d.is_command ? command_length_at : item, 4, length.data());
-  d.missing = Word32At(length, 0) - 2;  // below 2 it wraps, as in the module
-  d.is_last = (control & kLastBit) != 0;
-  Widen(stream.Frames(item, std::min(end, item + kItemHeaderBytes)),
-        &d.message.frames);
+  message_.has_strays |= !is_command_ && message_.complete;
+  const std::uint32_t length =
+      is_command_ ? HeaderAt(packet).length : header.length;
+  missing_ = length - 2;  // below 2 it wraps, as in the module
+  is_last_ = header.IsLast();
+  message_.frames.Include(
+      stream_.Frames(item, std::min(end, item + kPdvHeaderBytes)));
 }
 
-void MessageFollower::TakeValue(std::uint32_t direction, StreamPosition at,
-                                std::uint32_t length) {
-  Direction& d = directions_[direction];
-  const StreamAssembler& stream = feed_.stream(direction);
-  Message& message = d.message;
-  (d.is_command ? message.command_length : message.data_length) += length;
-  if (d.is_command) KeepCommand(direction, at, length);
-  d.missing -= length;
-  Widen(stream.Frames(at, at + length), &message.frames);
+void MessageFollower::TakeValue(StreamPosition at, std::uint32_t length) {
+  (is_command_ ? message_.command_length : message_.data_length) += length;
+  if (is_command_) KeepCommand(at, length);
+  missing_ -= length;
+  message_.frames.Include(stream_.Frames(at, at + length));
   if (has_lost_bytes_) {
-    message.lost += length - stream.PresentBytes(at, at + length);
+    message_.lost += length - stream_.PresentBytes(at, at + length);
   }
 }
 
-void MessageFollower::KeepCommand(std::uint32_t direction, StreamPosition at,
-                                  std::uint32_t length) {
-  auto& command = directions_[direction].message.command;
+void MessageFollower::KeepCommand(StreamPosition at, std::uint32_t length) {
+  auto& command = message_.command;
   const std::size_t kept = command.size();
   const std::size_t more =
       std::min<std::size_t>(length, kMostCommandBytes - kept);
   command.resize(kept + more);
-  feed_.stream(direction).Copy(at, more, command.data() + kept);
+  stream_.Copy(at, std::span(command).subspan(kept));
 }
 
-WireRecord MessageFollower::RecordOf(std::uint32_t direction) const {
-  const Message& message = directions_[direction].message;
+void MessageFollower::NoteSwallowedCommand() {
+  if (!message_.row || message_.data_length == 0 || message_.complete) return;
+  if (!message_.goes_on) NoteUncounted();
+  message_.goes_on = true;
+}
+
+WireRecord MessageFollower::Record() const {
   WireRecord record;
-  record.direction = direction;
-  record.length = message.command_length + message.data_length;
-  record.first_frame = message.frames.first;
-  record.last_frame = message.frames.last;
-  record.time = message.frames.time;
-  record.status = FindStatus(message.command);
+  record.direction = direction_;
+  record.length = message_.command_length + message_.data_length;
+  record.first_frame = message_.frames.first;
+  record.last_frame = message_.frames.last;
+  record.time = message_.frames.time;
+  record.status = FindStatus(message_.command);
   if (record.status) record.note = StatusNote(*record.status);
-  if (message.lost != 0) AppendNote(FilledText(message.lost), &record.note);
-  if (message.goes_on) {
+  if (message_.lost != 0) AppendNote(FilledText(message_.lost), record.note);
+  if (message_.goes_on) {
     AppendNote("a later message is counted here and has no row of its own",
-               &record.note);
+               record.note);
   }
-  if (message.has_strays) {
+  if (message_.has_strays) {
     AppendNote("counts data PDVs that follow without a command set",
-               &record.note);
+               record.note);
   }
   return record;
 }
 
-// A command behind a data set without an end goes on with its message: the
-// module lists that once more and the new one not at all.
-void MessageFollower::NoteSwallowedCommand(std::uint32_t direction) {
-  Message& message = directions_[direction].message;
-  if (!message.row || message.data_length == 0 || message.complete) return;
-  if (!message.goes_on) {
-    AppendNote(UncountedText(message.data_length),
-               &messages_[*message.row].note);
-  }
-  message.goes_on = true;
+void MessageFollower::List() {
+  message_.row = messages_.size();
+  messages_.push_back(Record());
 }
 
-void MessageFollower::List(std::uint32_t direction) {
-  directions_[direction].message.row = messages_.size();
-  messages_.push_back(RecordOf(direction));
+void MessageFollower::Complete() {
+  message_.complete = true;
+  if (message_.row) messages_[*message_.row] = Record();
 }
 
-void MessageFollower::Complete(std::uint32_t direction) {
-  Message& message = directions_[direction].message;
-  message.complete = true;
-  if (message.row) messages_[*message.row] = RecordOf(direction);
-}
-
-// A message that is over tells what its row does not show.
-void MessageFollower::Retire(std::uint32_t direction) {
-  Message& message = directions_[direction].message;
-  if (message.begun && !message.row) {
-    WireRecord record = RecordOf(direction);
+void MessageFollower::Retire() {
+  if (message_.begun && !message_.row) {
+    WireRecord record = Record();
     record.listed = false;
     record.note =
         "a message is not listed: its command set is empty, cut off or ends "
         "with an empty PDV";
     messages_.push_back(record);
-  } else if (message.row && message.data_length != 0 && !message.complete &&
-             !message.goes_on) {
-    AppendNote(UncountedText(message.data_length),
-               &messages_[*message.row].note);
+  } else if (message_.row && message_.data_length != 0 && !message_.complete &&
+             !message_.goes_on) {
+    NoteUncounted();
   }
-  message.begun = false;
-  message.row.reset();
+  message_.begun = false;
+  message_.row.reset();
 }
 
-void MessageFollower::Finish() {
-  Retire(0);
-  Retire(1);
+void MessageFollower::NoteUncounted() {
+  AppendNote("the last data PDV is empty or missing: " +
+                 BytesText(message_.data_length) +
+                 " of the data set are not counted",
+             messages_[*message_.row].note);
 }
 
 }  // namespace host

@@ -1,29 +1,34 @@
 #ifndef HOST_STREAMS_MESSAGE_FOLLOWER_H_
 #define HOST_STREAMS_MESSAGE_FOLLOWER_H_
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
 
 #include "host/streams/clean_feed.h"
 #include "host/streams/connection.h"
+#include "host/streams/pdv_cutter.h"
 
 namespace host {
 
-// Finds the DIMSE messages in the packets of a clean feed and where in the
-// capture they were. A command PDV begins a message, the last data PDV ends it,
-// each direction for itself. Where PDVs are malformed it goes the way that the
-// module goes, so that its records stay those of the module's rows.
+// Finds the DIMSE messages in the packets of one direction of a clean feed, and
+// where in the capture they were. A command PDV begins a message, the last data
+// PDV ends it. Where PDVs are malformed it goes the way that the module goes,
+// so that its records stay those of the module's rows: it reads packets, not
+// PDUs, and takes for an item header what stands where the module expects one.
 class MessageFollower {
  public:
-  MessageFollower(const CleanFeed& feed, std::vector<WireRecord>* messages)
-      : feed_(feed), messages_(*messages) {}
+  // `stream` holds the direction's bytes. Records are appended to `messages`,
+  // which the other direction's follower shares, and are completed there.
+  MessageFollower(std::uint32_t direction, const StreamAssembler& stream,
+                  std::vector<WireRecord>& messages)
+      : direction_(direction), stream_(stream), messages_(messages) {}
 
-  // The next run of a P-DATA-TF PDU; `is_first` when it holds the PDU header.
-  void Follow(const PacketRun& run, bool is_first, bool has_lost_bytes);
+  // The next packets of a P-DATA-TF PDU, which hold `item`. `has_lost_bytes`:
+  // some bytes of the PDU were lost.
+  void Follow(const PacketRun& run, const PdvItem& item, bool has_lost_bytes);
   // Nothing follows.
-  void Finish();
+  void Finish() { Retire(); }
 
  private:
   struct Message {
@@ -33,35 +38,45 @@ class MessageFollower {
     bool goes_on = false;     // swallows commands, its data set having no end
     std::uint64_t command_length = 0;
     std::uint64_t data_length = 0;
-    std::uint64_t lost = 0;
+    std::uint64_t lost = 0;             // bytes of both that are missing
     std::vector<std::uint8_t> command;  // its beginning
     FrameRange frames;
-    std::optional<std::size_t> row;
-  };
-  struct Direction {
-    std::uint32_t missing = 0;  // of the current PDV's value
-    bool is_command = false;
-    bool is_last = true;  // the PDV before it was a last fragment
-    Message message;
+    std::optional<std::size_t> row;  // its record, once it is listed
   };
 
-  void Feed(std::uint32_t direction, StreamPosition at, std::uint32_t length);
-  void TakeHeader(std::uint32_t direction, StreamPosition item,
-                  StreamPosition command_length_at, StreamPosition end);
-  void TakeValue(std::uint32_t direction, StreamPosition at,
-                 std::uint32_t length);
-  void NoteSwallowedCommand(std::uint32_t direction);
-  void KeepCommand(std::uint32_t direction, StreamPosition at,
-                   std::uint32_t length);
-  void List(std::uint32_t direction);
-  void Complete(std::uint32_t direction);
-  void Retire(std::uint32_t direction);
-  WireRecord RecordOf(std::uint32_t direction) const;
+  // Reads the packet with the bytes [at, end) as the module does.
+  void TakePacket(StreamPosition at, StreamPosition end);
+  // A PDV begins at `item`, in a packet with the bytes [packet, end). The
+  // module takes a command PDV's length from the packet's first item.
+  void TakeHeader(StreamPosition item, StreamPosition packet,
+                  StreamPosition end);
+  // The next bytes of the current PDV's value.
+  void TakeValue(StreamPosition at, std::uint32_t length);
+  void KeepCommand(StreamPosition at, std::uint32_t length);
+  // The item header there: the one that was cut, wherever the PDVs are in step.
+  PdvHeader HeaderAt(StreamPosition at) const;
+  // A command behind a data set without an end goes on with its message: the
+  // module lists that once more and the new one not at all.
+  void NoteSwallowedCommand();
 
-  const CleanFeed& feed_;
+  WireRecord Record() const;
+  // The command set is there: the message has a row.
+  void List();
+  // The data set is there.
+  void Complete();
+  // The message is over: tells what its row does not show.
+  void Retire();
+  void NoteUncounted();
+
+  const std::uint32_t direction_;
+  const StreamAssembler& stream_;
   std::vector<WireRecord>& messages_;
-  std::array<Direction, 2> directions_;
-  bool has_lost_bytes_ = false;
+  PdvItem item_;                 // the one that Follow() was given
+  bool has_lost_bytes_ = false;  // in its PDU
+  std::uint32_t missing_ = 0;    // bytes of the current PDV's value
+  bool is_command_ = false;      // the current PDV
+  bool is_last_ = true;          // it, or the one before it, is a last fragment
+  Message message_;
 };
 
 }  // namespace host

@@ -1,7 +1,6 @@
 #include "host/streams/stream_assembler.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace host {
 namespace {
@@ -10,6 +9,15 @@ constexpr StreamPosition kFarthestAhead = StreamPosition{64} << 20;
 constexpr StreamPosition kFarthestBefore = StreamPosition{1} << 20;
 
 }  // namespace
+
+void FrameRange::Include(const FrameRange& other) {
+  if (other.first == 0) return;
+  if (first == 0 || other.first < first) first = other.first;
+  if (other.last > last) {
+    last = other.last;
+    time = other.time;
+  }
+}
 
 StreamAssembler::StreamAssembler(std::shared_ptr<ByteStore> store)
     : store_(std::move(store)) {}
@@ -169,24 +177,33 @@ std::uint64_t StreamAssembler::PresentBytes(StreamPosition from,
   return count;
 }
 
-void StreamAssembler::Copy(StreamPosition from, std::size_t length,
-                           std::uint8_t* to) const {
-  const StreamPosition end = from + static_cast<StreamPosition>(length);
-  auto it = ExtentAt(from);
-  while (from < end) {
+void StreamAssembler::Copy(StreamPosition from,
+                           std::span<std::uint8_t> to) const {
+  for (auto it = ExtentAt(from); !to.empty(); ++it) {
+    const StreamPosition end = from + static_cast<StreamPosition>(to.size());
     const StreamPosition begin =
-        it == extents_.end() ? end : std::min(std::max(it->first, from), end);
-    std::memset(to, 0, static_cast<std::size_t>(begin - from));
-    to += begin - from;
-    if (begin == end) break;
+        it == extents_.end() ? end : std::clamp(it->first, from, end);
+    const auto hole = static_cast<std::size_t>(begin - from);
+    std::ranges::fill(to.first(hole), std::uint8_t{0});
+    to = to.subspan(hole);
+    if (to.empty()) break;
     const StreamPosition stop = std::min(end, it->first + it->second.length);
-    store_->Copy(
-        it->second.stored + static_cast<ByteStore::Offset>(begin - it->first),
-        static_cast<std::size_t>(stop - begin), to);
-    to += stop - begin;
+    const auto count = static_cast<std::size_t>(stop - begin);
+    const auto skipped = static_cast<ByteStore::Offset>(begin - it->first);
+    store_->Copy(it->second.stored + skipped, count, to.data());
+    to = to.subspan(count);
     from = stop;
-    ++it;
   }
+}
+
+std::vector<std::uint8_t> StreamAssembler::Peek(StreamPosition at,
+                                                std::size_t most) const {
+  const auto present = static_cast<std::uint64_t>(
+      std::max<StreamPosition>(PresentUntil(at) - at, 0));
+  std::vector<std::uint8_t> bytes(
+      static_cast<std::size_t>(std::min<std::uint64_t>(most, present)));
+  Copy(at, bytes);
+  return bytes;
 }
 
 FrameRange StreamAssembler::Frames(StreamPosition from,
@@ -194,14 +211,7 @@ FrameRange StreamAssembler::Frames(StreamPosition from,
   FrameRange range;
   for (auto it = ExtentAt(from); it != extents_.end() && it->first < to; ++it) {
     const Extent& extent = it->second;
-    if (extent.frame == 0) continue;
-    if (range.first == 0 || extent.frame < range.first) {
-      range.first = extent.frame;
-    }
-    if (extent.frame > range.last) {
-      range.last = extent.frame;
-      range.time = extent.time;
-    }
+    range.Include({extent.frame, extent.frame, extent.time});
   }
   return range;
 }

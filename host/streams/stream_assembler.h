@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "host/streams/byte_store.h"
 #include "host/streams/connection.h"
@@ -24,6 +25,9 @@ struct FrameRange {
   std::uint32_t first = 0;
   std::uint32_t last = 0;
   Nanoseconds time = 0;  // of the last frame
+
+  // Widens the range so that it holds the other one as well.
+  void Include(const FrameRange& other);
 };
 
 // Puts the payload of one direction of a connection in order. The first copy of
@@ -64,8 +68,10 @@ class StreamAssembler {
   StreamPosition NextPresent(StreamPosition from) const;
   // How many of the bytes in [from, to) are there.
   std::uint64_t PresentBytes(StreamPosition from, StreamPosition to) const;
-  // Copies `length` bytes; holes are zero.
-  void Copy(StreamPosition from, std::size_t length, std::uint8_t* to) const;
+  // Fills `to` with the bytes from `from` on; holes are zero.
+  void Copy(StreamPosition from, std::span<std::uint8_t> to) const;
+  // The bytes from `at` on, at most `most` of them and none behind a hole.
+  std::vector<std::uint8_t> Peek(StreamPosition at, std::size_t most) const;
   // The frames that the bytes in [from, to) came from.
   FrameRange Frames(StreamPosition from, StreamPosition to) const;
 

@@ -12,10 +12,7 @@ TcpConnections::TcpConnections(HandOver hand_over) : hand_over_(hand_over) {}
 void TcpConnections::Add(const TcpFrame& frame) {
   // A clean stream has no use for a packet that ends before the TCP flags, and
   // it must not decide which side is the first; an analyzer would get it.
-  if (hand_over_ == HandOver::kCleanStreams &&
-      frame.tcp.size() < TcpHeader::kMinBytes) {
-    return;
-  }
+  if (hand_over_ == HandOver::kCleanStreams && !frame.header) return;
   const Key key = std::minmax(frame.source, frame.destination);
   Current& current = current_[key];
   if (current.builder == nullptr) Begin(frame, &current);
