@@ -20,7 +20,7 @@ constexpr int kItemsLookedAt = 16;
 constexpr std::uint64_t kFillAtLeast = 1u << 20;
 constexpr std::uint64_t kFillPerCapturedByte = 100;
 
-constexpr StreamPosition kSearchWindow = 1 << 16;
+constexpr StreamPosition kSearchWindow = 1 << 14;
 
 }  // namespace
 
@@ -30,6 +30,7 @@ std::vector<CutPdu> PduCutter::Advance(StreamPosition final_until, bool over) {
   end_is_final_ = over || stream_.closed();
   while (Step()) {
   }
+  if (over || state_ != State::kSearching) window_ = {};
   return std::exchange(found_, {});
 }
 
@@ -188,19 +189,23 @@ bool PduCutter::StepSearching() {
 }
 
 PduCutter::Answer PduCutter::FindStart(StreamPosition until) {
-  const StreamPosition from = cursor_;
-  until = std::min(until, from + kSearchWindow);
-  std::vector<std::uint8_t> window(static_cast<std::size_t>(until - from) + 1);
-  stream_.Copy(from, window);
-  for (std::size_t i = 0; i + 1 < window.size(); ++i) {
-    const bool seems_a_header =
-        window[i] >= kAssociateRq && window[i] <= kAbort && window[i + 1] == 0;
+  const auto at = [this](StreamPosition position) {
+    return window_[static_cast<std::size_t>(position - window_begin_)];
+  };
+  auto end = window_begin_ + static_cast<StreamPosition>(window_.size());
+  if (cursor_ < window_begin_ || cursor_ + 1 >= end) {
+    window_begin_ = cursor_;
+    end = cursor_ + std::min(until - cursor_, kSearchWindow) + 1;
+    window_.resize(static_cast<std::size_t>(end - cursor_));
+    stream_.Copy(cursor_, window_);
+  }
+  for (; cursor_ < until && cursor_ + 1 < end; ++cursor_) {
+    const bool seems_a_header = at(cursor_) >= kAssociateRq &&
+                                at(cursor_) <= kAbort && at(cursor_ + 1) == 0;
     if (!seems_a_header) continue;
-    cursor_ = from + static_cast<StreamPosition>(i);
     const Answer answer = IsStartOfChain(cursor_);
     if (answer != Answer::kNo) return answer;
   }
-  cursor_ = until;
   return Answer::kNo;
 }
 

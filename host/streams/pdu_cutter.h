@@ -123,6 +123,10 @@ class PduCutter {
   std::uint32_t complete_frame_ = 0;
   std::optional<StreamPosition> not_dicom_from_;
   std::optional<StreamPosition> unfinished_;
+  // A copy of what the search looks at, from window_begin_ on. It is kept while
+  // the search waits, so that each byte is copied once and not at every look.
+  std::vector<std::uint8_t> window_;
+  StreamPosition window_begin_ = 0;
   // What the Advance() that is running knows, and what it has found.
   StreamPosition final_until_ = 0;
   bool end_is_final_ = false;
