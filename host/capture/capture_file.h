@@ -10,6 +10,7 @@ struct pcap;
 
 namespace host {
 
+// What became of an opening: a handle of libpcap, or why there is none.
 struct OpenedCapture {
   pcap* handle = nullptr;  // close it with pcap_close
   std::string reason;      // why there is none
@@ -19,8 +20,9 @@ struct OpenedCapture {
 // libpcap, with times in nanoseconds. Others may go on writing to it.
 OpenedCapture OpenCaptureFile(const std::filesystem::path& path);
 
-// Where the file stands and where it ends, in bytes from its beginning; unlike
-// ftell and fseek also behind 2 GB. FileEnd leaves it at its end.
+// Positions in bytes from the beginning of a file; unlike with ftell and fseek
+// also behind 2 GB. Where the file stands; where it ends, to which it is moved;
+// and moving it.
 std::int64_t FilePosition(std::FILE* file);
 std::int64_t FileEnd(std::FILE* file);
 void SetFilePosition(std::FILE* file, std::int64_t position);

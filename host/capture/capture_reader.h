@@ -57,6 +57,7 @@ class CaptureReader {
  private:
   struct Pcap;
 
+  // Throws FilterError.
   void CompileFilter(const std::string& filter);
   // Reads one frame into frame_ and answers what it holds: kOther if it does
   // not pass the filter, none when there is no frame to be read now.
@@ -66,6 +67,7 @@ class CaptureReader {
   void NoteEnd(int answer, std::int64_t start);
   // Of a file that grows: whether libpcap can be asked for a frame now.
   bool MayReadOn();
+  // Sets damage(); a frame that is read after all takes it back.
   void NoteDamage(const std::string& reason);
 
   std::unique_ptr<Pcap> pcap_;

@@ -22,7 +22,7 @@ struct Endpoint {
   auto operator<=>(const Endpoint&) const = default;
 };
 
-// "192.0.2.10:41522" or "[2001:db8::1]:104".
+// "192.0.2.10:41522" or "[2001:db8::1]:104", the address as short as can be.
 std::string EndpointText(const Endpoint& endpoint);
 
 inline constexpr std::uint8_t kFin = 0x01;  // flags of a TCP header
@@ -33,7 +33,8 @@ inline constexpr std::uint8_t kAck = 0x10;
 
 inline constexpr std::uint32_t kTcpHeaderBytes = 20;  // without options
 
-// The fields of a TCP header that its first 14 bytes hold.
+// The fields of a TCP header that its first 14 bytes hold, without the ports,
+// which are the ends'.
 struct TcpHeader {
   std::uint32_t sequence = 0;
   std::uint32_t acknowledgement = 0;
@@ -70,6 +71,7 @@ enum class FrameKind {
   kOther,
 };
 
+// What a frame holds.
 struct ParsedFrame {
   FrameKind kind = FrameKind::kOther;
   TcpFrame frame;  // of kTcp, but for its number and its time

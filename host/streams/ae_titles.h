@@ -9,14 +9,17 @@
 
 namespace host {
 
-// Who is talking, from the A-ASSOCIATE-RQ. Code page 1252, blanks removed.
+// Who is talking, from the A-ASSOCIATE-RQ. The titles are bytes of code page
+// 1252, without the blanks around them, and end at the first zero byte.
 struct AeTitles {
-  std::uint32_t caller_direction = 0;  // of the request
+  std::uint32_t caller_direction = 0;  // the direction of the request
   std::string calling;
   std::string called;
 };
 
-// Looks for the request among the first packets of the feed.
+// Looks for a request at the beginning of a packet, among the first packets of
+// the feed; none when there is none or when it is cut before its titles end.
+// Throws Failure when the feed does.
 std::optional<AeTitles> FindAeTitles(const PacketFeed& feed);
 
 }  // namespace host

@@ -26,11 +26,14 @@ class ByteStore {
   static constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
   static constexpr std::size_t kBlocksInMemory = 512;
 
+  // Keeps at least the newest block in memory.
   explicit ByteStore(std::size_t blocks_in_memory = kBlocksInMemory)
       : blocks_in_memory_(blocks_in_memory) {}
 
+  // Answers where they are from now on.
   Offset Append(std::span<const std::uint8_t> bytes);
-  // [offset, offset + length) was appended before.
+  // Both ask for bytes that were appended before: Copy() writes them to `to`,
+  // Equal() answers whether they are the same as `bytes`.
   void Copy(Offset offset, std::size_t length, std::uint8_t* to) const;
   bool Equal(Offset offset, std::span<const std::uint8_t> bytes) const;
 
@@ -41,17 +44,21 @@ class ByteStore {
   // both directions of a connection.
   struct ReadBlock {
     std::size_t index = 0;
-    std::uint64_t used = 0;
+    std::uint64_t used = 0;  // by which use, counted from 1
     Block bytes;
   };
 
+  // Writes the oldest block in memory to the file and frees it.
   void MoveOldestOut();
+  // A block's bytes, wherever they are; valid until the next call.
   const std::uint8_t* BytesOf(std::size_t index) const;
+  // The same for a block in the file: reads it in place of the one that was not
+  // asked for the longest time, unless it is still there.
   const std::uint8_t* ReadBack(std::size_t index) const;
 
   std::size_t blocks_in_memory_;
   std::vector<Block> blocks_;  // null: in the file
-  std::size_t moved_out_ = 0;
+  std::size_t moved_out_ = 0;  // as many of the first blocks are in the file
   std::optional<OverflowFile> file_;
   mutable std::array<ReadBlock, 8> read_blocks_;
   mutable std::uint64_t uses_ = 0;

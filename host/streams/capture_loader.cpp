@@ -16,7 +16,6 @@ CaptureLoader::CaptureLoader(const std::filesystem::path& path,
     : reader_(path, options.filter,
               options.follow ? CaptureReader::Mode::kFollow
                              : CaptureReader::Mode::kWholeFile),
-      hand_over_(options.hand_over),
       connections_(options.hand_over),
       follow_(options.follow) {}
 

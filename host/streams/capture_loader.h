@@ -51,12 +51,11 @@ class CaptureLoader {
   // One sentence each about the whole capture: the damage, and what was in it
   // and is in no connection.
   std::vector<std::string> Notes() const;
-  HandOver hand_over() const { return hand_over_; }
+  // Grow with Read() and End() only.
   TcpConnections& connections() { return connections_; }
 
  private:
   CaptureReader reader_;
-  HandOver hand_over_;
   TcpConnections connections_;
   bool follow_;
   State state_ = State::kReading;

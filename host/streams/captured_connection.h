@@ -18,6 +18,7 @@ class CapturedFeed;
 // become several.
 class CapturedConnection final : public ConnectionBuilder {
  public:
+  // Keeps the segments in `store`.
   explicit CapturedConnection(std::shared_ptr<ByteStore> store);
 
   // A SYN with a new number on a connection that was closed or reset.
@@ -31,6 +32,8 @@ class CapturedConnection final : public ConnectionBuilder {
   void NoteFlags(const TcpHeader& header, std::uint32_t direction);
 
   CapturedFeed* feed_;  // owned by the connection
+  // What each direction has sent: the number of its newest SYN, and whether a
+  // FIN or payload came.
   std::array<std::optional<std::uint32_t>, 2> syn_;
   std::array<bool, 2> fin_seen_{};
   std::array<bool, 2> payload_seen_{};

@@ -63,11 +63,14 @@ class CleanConnection final : public ConnectionBuilder {
 
   using CutPdus = std::array<std::vector<CutPdu>, 2>;  // of both directions
 
+  // A SYN says where the direction begins, and who opened the connection.
   void NoteSyn(const TcpHeader& header, std::uint32_t direction);
-  // The sender of bytes in `direction` got an acknowledgement for them.
+  // The sender of bytes in `direction` got an acknowledgement for them: what is
+  // missing before `number` is lost, unless it comes within the next packets.
   void NoteAcknowledgement(std::uint32_t direction, std::uint32_t number);
   void AddPayload(const TcpFrame& frame, std::uint32_t direction);
-  // Cuts what can be cut and reports it. `over`: nothing will follow.
+  // Cuts what can be cut in both directions and reports it in the order in
+  // which it was complete. `over`: nothing will follow.
   void Cut(bool over);
   // Reports the handshake, unless it was. `pdus` are the first of all.
   void OpenFeed(const CutPdus& pdus);
@@ -76,12 +79,14 @@ class CleanConnection final : public ConnectionBuilder {
   std::uint32_t SynDirection(const CutPdus& pdus) const;
   // Hands the PDU over and adds its record.
   void ReportPdu(std::uint32_t direction, const CutPdu& pdu);
+  // Adds the PDU's packets to the feed, PDV item by PDV item, each of which the
+  // direction's follower sees, and answers what became of it.
   PduFate HandOverPdu(std::uint32_t direction, const CutPdu& pdu);
   // Writes the notes anew, with all that is known by now.
   void Describe();
   const std::string& EndpointOf(std::uint32_t direction) const;
 
-  CleanFeed* feed_;  // owned by the connection
+  CleanFeed* feed_;  // owned by the connection; its streams are the sides'
   std::array<Side, 2> sides_;
   std::array<std::uint16_t, 2> ports_{};
   std::optional<std::uint32_t> syn_direction_;

@@ -13,7 +13,7 @@ namespace host {
 
 // Bytes of one PDU that are sent in packets of one size.
 struct PacketRun {
-  StreamPosition position = 0;
+  StreamPosition position = 0;  // in its direction's stream
   std::uint64_t length = 0;
   std::uint32_t first = 0;  // its first data packet, counted over the feed
   // What each side has sent before it, modulo 2^32 as sequence numbers are.
@@ -51,7 +51,7 @@ class CleanFeed final : public PacketFeed {
   // Open() comes first; the answer is gone with the next call.
   const PacketRun& AddRun(std::uint32_t direction, StreamPosition from,
                           StreamPosition to, std::uint32_t tail);
-  // Reports the closing. Nothing may follow.
+  // Reports the closing: a FIN from each side. Nothing may follow.
   void Close();
 
   bool opened() const { return opened_; }
@@ -68,6 +68,7 @@ class CleanFeed final : public PacketFeed {
     std::uint8_t flags = 0;
   };
 
+  // `number` is 0, 1 or 2.
   PacketHeader HandshakeHeader(std::uint32_t number) const;
   // The header of a packet after which each side has sent `sent` bytes.
   PacketHeader InStep(std::uint32_t direction,

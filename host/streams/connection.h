@@ -34,7 +34,8 @@ class PacketFeed {
 };
 
 // Where a PDU or message of the wire was in the capture. Frames are numbered
-// from 1, as capture tools show them.
+// from 1, as capture tools show them, and are 0 when nothing of it was
+// captured.
 struct WireRecord {
   std::uint32_t direction = 0;
   // As the module's list shows it: PDU bytes, or the sum of both set lengths.

@@ -6,7 +6,8 @@
 
 namespace host {
 
-// Makes one Connection from its captured segments.
+// Makes one Connection from its captured segments: each way of handing over has
+// a builder of its own.
 class ConnectionBuilder {
  public:
   virtual ~ConnectionBuilder() = default;
@@ -16,6 +17,8 @@ class ConnectionBuilder {
   // from the side that sent the connection's first packet.
   virtual bool BeginsAnother(const TcpFrame& frame,
                              std::uint32_t direction) const = 0;
+  // The connection's next segment, in the order of the capture; its bytes are
+  // copied. Throws Failure when there is no room for them.
   void Add(const TcpFrame& frame, std::uint32_t direction);
   // Lets the connection show all that is settled by now. True when it should be
   // asked once more even if nothing is added.
@@ -23,9 +26,12 @@ class ConnectionBuilder {
   // The connection is over: no segment will follow.
   virtual void Finish() {}
 
+  // Grows by Add(), Update() and Finish(); stays where it is.
   Connection& connection() { return connection_; }
 
  protected:
+  // What Add() leaves to the way of handing over: all but the counts, the times
+  // and the names of the ends.
   virtual void AddSegment(const TcpFrame& frame, std::uint32_t direction) = 0;
 
   Connection connection_;

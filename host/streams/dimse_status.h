@@ -16,8 +16,8 @@ StatusKind KindOfStatus(std::uint16_t status);
 // nothing to remark on.
 std::string StatusNote(std::uint16_t status);
 
-// The Status element (0000,0900) of a command set; nothing in a request or when
-// the bytes, which may be cut, do not reach it.
+// The Status element (0000,0900) of a command set in implicit VR little endian;
+// none in a request, or when the bytes, which may be cut, do not reach it.
 std::optional<std::uint16_t> FindStatus(
     std::span<const std::uint8_t> command_set);
 

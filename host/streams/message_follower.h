@@ -52,6 +52,7 @@ class MessageFollower {
                   StreamPosition end);
   // The next bytes of the current PDV's value.
   void TakeValue(StreamPosition at, std::uint32_t length);
+  // Keeps the beginning of the command set, in which its status stands.
   void KeepCommand(StreamPosition at, std::uint32_t length);
   // The item header there: the one that was cut, wherever the PDVs are in step.
   PdvHeader HeaderAt(StreamPosition at) const;
@@ -59,6 +60,7 @@ class MessageFollower {
   // module lists that once more and the new one not at all.
   void NoteSwallowedCommand();
 
+  // The record of the message as far as it is known by now.
   WireRecord Record() const;
   // The command set is there: the message has a row.
   void List();
@@ -66,6 +68,7 @@ class MessageFollower {
   void Complete();
   // The message is over: tells what its row does not show.
   void Retire();
+  // Its row does not count the data set, whose end never came.
   void NoteUncounted();
 
   const std::uint32_t direction_;

@@ -11,12 +11,14 @@ namespace host {
 // it is closed, also when the program ends by a fault.
 class OverflowFile {
  public:
-  // Throws Failure; so do the others.
+  // In the folder for temporary files. Throws Failure when it cannot be made,
+  // as Write() and Read() do when it cannot be written or read.
   OverflowFile();
   ~OverflowFile();
   OverflowFile(const OverflowFile&) = delete;
   OverflowFile& operator=(const OverflowFile&) = delete;
 
+  // `offset` is in bytes from the beginning; the file grows as needed.
   void Write(std::uint64_t offset, std::span<const std::uint8_t> bytes);
   // All of `bytes` was written before.
   void Read(std::uint64_t offset, std::span<std::uint8_t> bytes) const;

@@ -27,8 +27,10 @@ std::string PduTypeText(std::uint8_t type);
 
 inline constexpr std::uint32_t kPduHeaderBytes = 6;
 
+// The first bytes of every PDU. Parsing refuses nothing: what looks right is
+// asked separately.
 struct PduHeader {
-  std::uint8_t type = 0;
+  std::uint8_t type = 0;  // a PduType, or another number
   std::uint8_t reserved = 0;
   std::uint32_t length = 0;  // of what follows the header, in bytes
 
@@ -49,6 +51,7 @@ bool BeginsLikePdu(std::span<const std::uint8_t> bytes);
 inline constexpr std::uint32_t kPdvLengthBytes = 4;  // the field that is first
 inline constexpr std::uint32_t kPdvHeaderBytes = 6;
 
+// The first bytes of every PDV item in a P-DATA-TF PDU.
 struct PdvHeader {
   std::uint32_t length = 0;  // of what follows the length field
   std::uint8_t context = 0;
@@ -56,6 +59,7 @@ struct PdvHeader {
 
   static PdvHeader Parse(std::span<const std::uint8_t, kPdvHeaderBytes> bytes);
 
+  // A part of a command set, else of a data set; the last part of it.
   bool IsCommand() const { return (control & 1) != 0; }
   bool IsLast() const { return (control & 2) != 0; }
   // Whether all three fields have values that the standard allows.

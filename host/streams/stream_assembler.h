@@ -95,6 +95,8 @@ class StreamAssembler {
   };
   using Extents = std::map<StreamPosition, Extent>;
 
+  // Whether a segment may begin there: not too far from what is known, so that
+  // a stray number does not make a stream of gigabytes.
   bool Accepts(StreamPosition position) const;
   // Adds what is not there yet; true when what is there already is the same.
   bool Insert(StreamPosition at, std::span<const std::uint8_t> bytes,

@@ -15,37 +15,37 @@ void TcpConnections::Add(const TcpFrame& frame) {
   if (hand_over_ == HandOver::kCleanStreams && !frame.header) return;
   const Key key = std::minmax(frame.source, frame.destination);
   Current& current = current_[key];
-  if (current.builder == nullptr) Begin(frame, &current);
+  if (current.builder == nullptr) Begin(frame, current);
   std::uint32_t direction = frame.source == current.first ? 0 : 1;
   if (current.builder->BeginsAnother(frame, direction)) {
     current.builder->Finish();
-    Begin(frame, &current);
+    Begin(frame, current);
     direction = 0;
   }
   current.builder->Add(frame, direction);
-  Touch(&current);
+  Touch(current);
 }
 
-void TcpConnections::Touch(Current* current) {
-  if (current->touched) return;
-  current->touched = true;
-  touched_.push_back(current);
+void TcpConnections::Touch(Current& current) {
+  if (current.touched) return;
+  current.touched = true;
+  touched_.push_back(&current);
 }
 
-void TcpConnections::Begin(const TcpFrame& frame, Current* current) {
+void TcpConnections::Begin(const TcpFrame& frame, Current& current) {
   if (hand_over_ == HandOver::kCleanStreams) {
     builders_.push_back(std::make_unique<CleanConnection>(store_));
   } else {
     builders_.push_back(std::make_unique<CapturedConnection>(store_));
   }
-  current->builder = builders_.back().get();
-  current->first = frame.source;
+  current.builder = builders_.back().get();
+  current.first = frame.source;
 }
 
 void TcpConnections::Update() {
   for (Current* current : std::exchange(touched_, {})) {
     current->touched = false;
-    if (current->builder->Update()) Touch(current);
+    if (current->builder->Update()) Touch(*current);
   }
 }
 

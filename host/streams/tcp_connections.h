@@ -25,7 +25,8 @@ class TcpConnections {
  public:
   explicit TcpConnections(HandOver hand_over);
 
-  // Segments in the order of the capture. The bytes are copied.
+  // Segments in the order of the capture. The bytes are copied. Throws Failure
+  // when there is no room for them.
   void Add(const TcpFrame& frame);
   // Makes what has become settled by now visible in the connections.
   void Update();
@@ -43,19 +44,22 @@ class TcpConnections {
 
   // The newest connection of a pair of ends.
   struct Current {
-    bool touched = false;  // waits for the next Update()
-    ConnectionBuilder* builder = nullptr;
-    Endpoint first;  // the end that is direction 0
+    bool touched = false;                  // waits for the next Update()
+    ConnectionBuilder* builder = nullptr;  // one of builders_
+    Endpoint first;                        // the end that is direction 0
   };
 
-  void Touch(Current* current);
-  void Begin(const TcpFrame& frame, Current* current);
+  // Lets the next Update() look at the connection.
+  void Touch(Current& current);
+  // Makes a connection that begins with this frame the newest of its ends.
+  void Begin(const TcpFrame& frame, Current& current);
 
   HandOver hand_over_;
+  // The payload of all connections, which share it with this.
   std::shared_ptr<ByteStore> store_ = std::make_shared<ByteStore>();
   std::map<Key, Current> current_;
-  std::vector<Current*> touched_;
-  std::vector<std::unique_ptr<ConnectionBuilder>> builders_;
+  std::vector<Current*> touched_;  // by Add() since the last Update()
+  std::vector<std::unique_ptr<ConnectionBuilder>> builders_;  // in order
 };
 
 }  // namespace host

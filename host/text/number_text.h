@@ -12,7 +12,8 @@ namespace host {
 // again: it is spelt without commas.
 
 std::string NumberText(std::uint64_t number);  // "16,390"
-// "1 packet", "16,390 packets".
+// A count with the noun for one and for any other number: "1 packet", "16,390
+// packets".
 std::string CountText(std::uint64_t count, std::string_view one,
                       std::string_view many);
 std::string BytesText(std::uint64_t count);  // "1 byte", "16,390 bytes"
