@@ -83,8 +83,11 @@ exec 9>"$WINEPREFIX/with-wine.lock"  # two first runs at once make one prefix
 flock 9
 display_runs || start_display
 export DISPLAY=:$number
-# Stays behind; fails when it runs already.
-wineserver -p </dev/null >/dev/null 2>&1 9>&- || true
+# Stays behind; fails when it runs already. The first program starts Wine's services, which keep its
+# output open as long as they run: that must not be the caller's, who may wait for its end.
+if wineserver -p </dev/null >/dev/null 2>&1 9>&- && [[ -e $WINEPREFIX/ready ]]; then
+  wine cmd /c exit </dev/null >/dev/null 2>&1 9>&- || true
+fi
 [[ -e $WINEPREFIX/ready ]] || make_prefix
 exec 9>&-
 
