@@ -19,6 +19,7 @@
 #define IDC_ROWS 206
 #define IDC_TREE 207
 #define IDC_HEX 208
+#define IDC_STATUS 209
 
 #define IDM_OPEN 1001
 #define IDM_FOLLOW 1002

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "host/capview/resource.h"
 #include "host/text/wide_text.h"
 
 namespace host {
@@ -20,10 +21,11 @@ constexpr int kBytesWidth = 230;
 }  // namespace
 
 StatusLine::StatusLine(HWND parent)
-    : window_(CreateWindowW(
-          STATUSCLASSNAMEW, L"",
-          WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP | SBARS_TOOLTIPS, 0, 0, 0, 0,
-          parent, nullptr, GetModuleHandleW(nullptr), nullptr)) {
+    : window_(
+          CreateWindowW(STATUSCLASSNAMEW, L"",
+                        WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP | SBARS_TOOLTIPS,
+                        0, 0, 0, 0, parent, reinterpret_cast<HMENU>(IDC_STATUS),
+                        GetModuleHandleW(nullptr), nullptr)) {
   bar_ = CreateWindowW(PROGRESS_CLASSW, L"", WS_CHILD, 0, 0, 0, 0, window_,
                        nullptr, GetModuleHandleW(nullptr), nullptr);
 }
