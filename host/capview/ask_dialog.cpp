@@ -1,5 +1,6 @@
 #include "host/capview/ask_dialog.h"
 
+#include "host/capview/control.h"
 #include "host/capview/resource.h"
 
 namespace host {
@@ -17,14 +18,8 @@ void Show(HWND dialog, const Question& question) {
   SetDlgItemTextW(dialog, IDC_ASK_TEXT, question.text.c_str());
 }
 
-void Take(HWND dialog, Question& question) {
-  wchar_t text[512];
-  const UINT length = GetDlgItemTextW(dialog, IDC_ASK_TEXT, text, 512);
-  question.text.assign(text, length);
-}
-
-INT_PTR CALLBACK OnMessage(HWND dialog, UINT message, WPARAM wide,
-                           LPARAM data) {
+INT_PTR CALLBACK OnAskMessage(HWND dialog, UINT message, WPARAM wide,
+                              LPARAM data) {
   if (message == WM_INITDIALOG) {
     SetWindowLongPtrW(dialog, DWLP_USER, data);
     Show(dialog, *reinterpret_cast<const Question*>(data));
@@ -32,8 +27,8 @@ INT_PTR CALLBACK OnMessage(HWND dialog, UINT message, WPARAM wide,
   }
   if (message != WM_COMMAND) return FALSE;
   if (LOWORD(wide) == IDOK) {
-    Take(dialog,
-         *reinterpret_cast<Question*>(GetWindowLongPtrW(dialog, DWLP_USER)));
+    reinterpret_cast<Question*>(GetWindowLongPtrW(dialog, DWLP_USER))->text =
+        WindowText(GetDlgItem(dialog, IDC_ASK_TEXT));
   }
   if (LOWORD(wide) == IDOK || LOWORD(wide) == IDCANCEL) {
     EndDialog(dialog, LOWORD(wide));
@@ -58,7 +53,7 @@ std::optional<std::wstring> AskForText(HWND owner, const wchar_t* title,
                                        const std::wstring& before) {
   Question question{title, label, before};
   if (DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_ASK),
-                      owner, OnMessage,
+                      owner, OnAskMessage,
                       reinterpret_cast<LPARAM>(&question)) != IDOK) {
     return {};
   }

@@ -8,12 +8,14 @@
 
 namespace host {
 
-// Asks for one line of text; nothing when the person does not want to.
+// Asks for one line of text, which begins as `before`; empty when the person
+// does not want to.
 std::optional<std::wstring> AskForText(HWND owner, const wchar_t* title,
                                        const wchar_t* label,
                                        const std::wstring& before);
 
-// Shows a dialog of the program's resources that only tells something.
+// Shows a dialog of the program's resources (IDD_...) that only tells
+// something, until the person closes it.
 void ShowText(HWND owner, int dialog);
 
 }  // namespace host

@@ -25,7 +25,7 @@ namespace {
 struct Arguments {
   std::wstring module = ModuleBesideProgram();
   std::wstring settings = SettingsPath();
-  ViewRequest request;
+  StartRequest request;
 };
 
 std::wstring NameFrom(const wchar_t* argument) {
@@ -40,7 +40,8 @@ bool TakeOption(const std::wstring& name, const wchar_t* value,
   } else if (name == L"--settings") {
     arguments.settings = NameFrom(value);
   } else if (name == L"--row") {
-    arguments.request.row = std::wcstoul(value, nullptr, 10) - 1;
+    const unsigned long number = std::wcstoul(value, nullptr, 10);
+    if (number > 0) arguments.request.row = number - 1;
   } else if (name == L"--find") {
     arguments.request.find = value;
   } else {
@@ -56,8 +57,8 @@ Arguments ReadArguments() {
   for (int i = 1; i < count; ++i) {
     const std::wstring text = texts[i];
     if (text == L"--pdus" || text == L"--messages") {
-      arguments.request.view =
-          text == L"--pdus" ? View::kPdus : View::kMessages;
+      arguments.request.kind =
+          text == L"--pdus" ? ListKind::kPdus : ListKind::kMessages;
     } else if (i + 1 < count && TakeOption(text, texts[i + 1], arguments)) {
       ++i;
     } else {

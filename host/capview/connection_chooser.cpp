@@ -2,16 +2,19 @@
 
 // After windows.h.
 #include <commctrl.h>
+#include <windowsx.h>
 
 #include <algorithm>
 #include <numeric>
 
+#include "host/capview/control.h"
 #include "host/text/wide_text.h"
 
 namespace host {
 namespace {
 
 constexpr std::size_t kMostMeasured = 50;  // items
+constexpr int kItemHeight = 20;            // at 96 dpi
 constexpr int kGap = 14;                   // behind a column
 constexpr int kMargin = 4;
 constexpr COLORREF kFailedText = RGB(170, 0, 0);
@@ -31,47 +34,57 @@ void DrawColumn(HDC device, RECT place, const std::string& utf8) {
 ConnectionChooser::ConnectionChooser(HWND parent, int id,
                                      const CaptureDocument& document)
     : document_(document),
-      window_(CreateWindowW(WC_COMBOBOXW, L"",
-                            WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL |
-                                CBS_DROPDOWNLIST | CBS_OWNERDRAWFIXED,
-                            0, 0, 100, 300, parent,
-                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
-                            GetModuleHandleW(nullptr), nullptr)) {}
+      window_(
+          MakeControl(parent, {WC_COMBOBOXW, id,
+                               WS_VISIBLE | WS_TABSTOP | WS_VSCROLL |
+                                   CBS_DROPDOWNLIST | CBS_OWNERDRAWFIXED})) {}
 
-void ConnectionChooser::SetFont(HFONT font, int item_height) {
-  SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
-  SendMessageW(window_, CB_SETITEMHEIGHT, static_cast<WPARAM>(-1), item_height);
-  SendMessageW(window_, CB_SETITEMHEIGHT, 0, item_height);
+void ConnectionChooser::SetFonts(const UiFonts& fonts) {
+  const int height = Scaled(kItemHeight, fonts.dpi);
+  SetWindowFont(window_, fonts.chrome.get(), TRUE);
+  ComboBox_SetItemHeight(window_, -1, height);  // of the closed list
+  ComboBox_SetItemHeight(window_, 0, height);
 }
 
 std::vector<std::size_t> ConnectionChooser::Order() const {
   std::vector<std::size_t> order(document_.ConnectionCount());
-  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+  std::iota(order.begin(), order.end(), std::size_t{0});
   std::stable_partition(order.begin(), order.end(), [this](std::size_t i) {
     return document_.ConnectionAt(i).carries_dicom;
   });
   return order;
 }
 
+std::optional<std::size_t> ConnectionChooser::ChosenItem() const {
+  if (!document_.chosen()) return {};
+  const auto found =
+      std::find(items_.begin(), items_.end(), *document_.chosen());
+  if (found == items_.end()) return {};
+  return static_cast<std::size_t>(found - items_.begin());
+}
+
 void ConnectionChooser::Update() {
   std::vector<std::size_t> order = Order();
   if (order.size() != items_.size()) {
-    SendMessageW(window_, CB_RESETCONTENT, 0, 0);
+    ComboBox_ResetContent(window_);
+    // Some combo boxes take an item with no data at all for none.
     for (std::size_t i = 0; i < order.size(); ++i) {
-      SendMessageW(window_, CB_ADDSTRING, 0, static_cast<LPARAM>(i) + 1);
+      ComboBox_AddItemData(window_, i + 1);
     }
   }
   items_ = std::move(order);
-  Measure();
-  const auto chosen =
-      std::find(items_.begin(), items_.end(),
-                document_.chosen().value_or(static_cast<std::size_t>(-1)));
-  const bool found = chosen != items_.end();
-  SendMessageW(window_, CB_SETCURSEL,
-               found ? static_cast<WPARAM>(chosen - items_.begin())
-                     : static_cast<WPARAM>(-1),
-               0);
+  needed_ = Measure();
+  const int all = std::accumulate(needed_.begin(), needed_.end(), 0);
+  const int wanted = all + 2 * kMargin + GetSystemMetrics(SM_CXVSCROLL);
+  SendMessageW(window_, CB_SETDROPPEDWIDTH, static_cast<WPARAM>(wanted), 0);
+  const auto chosen = ChosenItem();
+  ComboBox_SetCurSel(window_, chosen ? static_cast<int>(*chosen) : -1);
   InvalidateRect(window_, nullptr, FALSE);
+}
+
+void ConnectionChooser::Focus() {
+  SetFocus(window_);
+  ComboBox_ShowDropdown(window_, TRUE);
 }
 
 ConnectionColumns ConnectionChooser::Texts(std::size_t connection) const {
@@ -79,33 +92,24 @@ ConnectionColumns ConnectionChooser::Texts(std::size_t connection) const {
                          document_.TitlesOf(connection));
 }
 
-// How wide each column's longest text is.
-void ConnectionChooser::Measure() {
-  const HDC device = GetDC(window_);
-  const HGDIOBJ before = SelectObject(
-      device,
-      reinterpret_cast<HGDIOBJ>(SendMessageW(window_, WM_GETFONT, 0, 0)));
-  needed_ = {};
+ConnectionChooser::Widths ConnectionChooser::Measure() const {
+  const WindowDevice device = DeviceOf(window_);
+  const SelectedFont font = UseFont(device.get(), GetWindowFont(window_));
+  Widths needed{};
   for (std::size_t i = 0; i < std::min(items_.size(), kMostMeasured); ++i) {
     const ConnectionColumns texts = Texts(items_[i]);
     for (std::size_t column = 0; column < texts.size(); ++column) {
       const std::wstring text = WideFromUtf8(texts[column]);
       SIZE size{};
-      GetTextExtentPoint32W(device, text.c_str(), static_cast<int>(text.size()),
-                            &size);
-      needed_[column] = std::max<int>(needed_[column], size.cx + kGap);
+      GetTextExtentPoint32W(device.get(), text.c_str(),
+                            static_cast<int>(text.size()), &size);
+      needed[column] = std::max<int>(needed[column], size.cx + kGap);
     }
   }
-  SelectObject(device, before);
-  ReleaseDC(window_, device);
-  const int all = std::accumulate(needed_.begin(), needed_.end(), 0);
-  SendMessageW(
-      window_, CB_SETDROPPEDWIDTH,
-      static_cast<WPARAM>(all + 2 * kMargin + GetSystemMetrics(SM_CXVSCROLL)),
-      0);
+  return needed;
 }
 
-// Where there is too little room, what the connection holds is cut first.
+// What the connection holds is cut first, then its endpoints.
 ConnectionChooser::Widths ConnectionChooser::WidthsIn(int width) const {
   Widths widths = needed_;
   int missing = std::accumulate(widths.begin(), widths.end(), -width);
@@ -118,19 +122,9 @@ ConnectionChooser::Widths ConnectionChooser::WidthsIn(int width) const {
   return widths;
 }
 
-std::string ConnectionChooser::Text(std::size_t connection) const {
-  std::string text;
-  for (const std::string& column : Texts(connection)) {
-    if (!text.empty() && !column.empty()) text += "  ";
-    text += column;
-  }
-  return text;
-}
-
 void ConnectionChooser::Notify(int code) {
   if (code != CBN_SELCHANGE || !on_chosen_) return;
-  const auto item =
-      static_cast<std::size_t>(SendMessageW(window_, CB_GETCURSEL, 0, 0));
+  const auto item = static_cast<std::size_t>(ComboBox_GetCurSel(window_));
   if (item < items_.size()) on_chosen_(items_[item]);
 }
 
@@ -138,12 +132,17 @@ void ConnectionChooser::Draw(const DRAWITEMSTRUCT& item) const {
   const bool selected = (item.itemState & ODS_SELECTED) != 0;
   FillRect(item.hDC, &item.rcItem,
            GetSysColorBrush(selected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
-  SetBkMode(item.hDC, TRANSPARENT);
   if (item.itemID >= items_.size()) return;
   const bool failed = document_.FailedMessages(items_[item.itemID]).count > 0;
+  SetBkMode(item.hDC, TRANSPARENT);
   SetTextColor(item.hDC, selected ? GetSysColor(COLOR_HIGHLIGHTTEXT)
                          : failed ? kFailedText
                                   : GetSysColor(COLOR_WINDOWTEXT));
+  DrawColumns(item);
+  if ((item.itemState & ODS_FOCUS) != 0) DrawFocusRect(item.hDC, &item.rcItem);
+}
+
+void ConnectionChooser::DrawColumns(const DRAWITEMSTRUCT& item) const {
   const ConnectionColumns texts = Texts(items_[item.itemID]);
   const Widths widths =
       WidthsIn(item.rcItem.right - item.rcItem.left - 2 * kMargin);
@@ -154,7 +153,6 @@ void ConnectionChooser::Draw(const DRAWITEMSTRUCT& item) const {
     DrawColumn(item.hDC, place, texts[i]);
     place.left = place.right;
   }
-  if ((item.itemState & ODS_FOCUS) != 0) DrawFocusRect(item.hDC, &item.rcItem);
 }
 
 }  // namespace host

@@ -4,34 +4,39 @@
 #include <windows.h>
 
 #include <array>
-#include <cstdint>
+#include <cstddef>
 #include <functional>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "host/capview/capture_document.h"
+#include "host/capview/ui_fonts.h"
 #include "host/rows/connection_text.h"
 
 namespace host {
 
 // A drop-down list of the capture's connections: those with DICOM first. It
 // draws its items itself, so that their texts are always those of the moment.
+// Connections are named by their index in the document.
 class ConnectionChooser {
  public:
+  // The document must outlive the chooser. Throws Failure.
   ConnectionChooser(HWND parent, int id, const CaptureDocument& document);
 
   HWND Handle() const { return window_; }
-  void SetFont(HFONT font, int item_height);
+  void SetFonts(const UiFonts& fonts);
 
   // Connections have come, or one that is shown was chosen.
   void Update();
-  // The items' connections, in their order.
-  const std::vector<std::size_t>& Connections() const { return items_; }
-  // What an item says, with two blanks between its parts; UTF-8.
-  std::string Text(std::size_t connection) const;
+  // With the list open, for a choice by the keys.
+  void Focus();
 
+  // Told which connection the person has chosen.
   void OnChosen(std::function<void(std::size_t)> handler) {
     on_chosen_ = std::move(handler);
   }
+  // What the control tells its parent: CBN_... and WM_DRAWITEM.
   void Notify(int code);
   void Draw(const DRAWITEMSTRUCT& item) const;
 
@@ -40,13 +45,17 @@ class ConnectionChooser {
   using Widths = std::array<int, std::tuple_size_v<ConnectionColumns>>;
 
   std::vector<std::size_t> Order() const;
+  std::optional<std::size_t> ChosenItem() const;
   ConnectionColumns Texts(std::size_t connection) const;
-  void Measure();
+  // How wide each column's longest text is, among the first items.
+  Widths Measure() const;
+  // `needed_`, or less of the longest columns where `width` is too small.
   Widths WidthsIn(int width) const;
+  void DrawColumns(const DRAWITEMSTRUCT& item) const;
 
   const CaptureDocument& document_;
-  HWND window_ = nullptr;
-  std::vector<std::size_t> items_;
+  HWND window_;
+  std::vector<std::size_t> items_;  // the connection of each
   Widths needed_{};
   std::function<void(std::size_t)> on_chosen_;
 };

@@ -4,55 +4,58 @@
 #include <windows.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 
 #include "host/capview/capture_document.h"
-#include "host/capview/ui_fonts.h"
+#include "host/capview/owned_handles.h"
 #include "host/module/save_file.h"
 
 namespace host {
 
-// The rows whose decodes are written or printed: [next, end) of a view.
-struct JobRows {
-  View view = View::kPdus;
-  std::uint32_t next = 0;
+// Rows [first, end) of a list, counted from 0.
+struct RowRange {
+  ListKind kind = ListKind::kPdus;
+  std::uint32_t first = 0;
   std::uint32_t end = 0;
 };
 
-// Saves or prints the decodes of rows, one after the other, in slices.
+// Saves or prints the decodes of rows, one after the other, in slices. Ends
+// early by being dropped.
 class DecodeJob {
  public:
-  explicit DecodeJob(const JobRows& rows) : rows_(rows), first_(rows.next) {}
+  explicit DecodeJob(const RowRange& rows) : rows_(rows), next_(rows.first) {}
   virtual ~DecodeJob() = default;
+  DecodeJob(const DecodeJob&) = delete;
+  DecodeJob& operator=(const DecodeJob&) = delete;
 
-  // Does rows until the time is up; the document has to be listed. True when
-  // there are more.
+  // Goes on until the time is up, at least by one row; waits while the document
+  // is not listed. True when there are more rows.
   bool Work(CaptureDocument& document, const TimeIsUp& time_is_up);
   unsigned Percent() const;
-  // One sentence for the user; `stopped` when it was ended early.
-  std::string Report(bool stopped) const;
+  // One sentence on what was done so far.
+  std::string Report() const;
 
  protected:
-  // Answers why the row stopped early, or nothing.
-  virtual std::string DoRow(CaptureDocument& document, View view,
-                            std::uint32_t position) = 0;
-  virtual std::string Target() const = 0;  // "saved to x.txt"
+  // Saves or prints one row; answers why it stopped early, or nothing.
+  virtual std::string PutOut(CaptureDocument& document, ListKind kind,
+                             std::uint32_t row) = 0;
+  // Where the rows went, as a part of the report: "saved to x.txt".
+  virtual std::string Target() const = 0;
 
  private:
-  JobRows rows_;
-  std::uint32_t first_;
+  RowRange rows_;
+  std::uint32_t next_;
   std::uint32_t failed_ = 0;
 };
 
 class SaveJob final : public DecodeJob {
  public:
-  // Throws Failure.
-  SaveJob(const JobRows& rows, const std::wstring& file_name);
+  // Begins the file anew. Throws Failure when it cannot be written.
+  SaveJob(const RowRange& rows, const std::wstring& file_name);
 
  protected:
-  std::string DoRow(CaptureDocument& document, View view,
-                    std::uint32_t position) override;
+  std::string PutOut(CaptureDocument& document, ListKind kind,
+                     std::uint32_t row) override;
   std::string Target() const override;
 
  private:
@@ -62,18 +65,18 @@ class SaveJob final : public DecodeJob {
 
 class PrintJob final : public DecodeJob {
  public:
-  // Takes the printer over. Throws Failure.
-  PrintJob(const JobRows& rows, HDC printer);
+  // Begins a document. Throws Failure when the printer takes none.
+  PrintJob(const RowRange& rows, Printer printer);
   ~PrintJob() override;
 
  protected:
-  std::string DoRow(CaptureDocument& document, View view,
-                    std::uint32_t position) override;
+  std::string PutOut(CaptureDocument& document, ListKind kind,
+                     std::uint32_t row) override;
   std::string Target() const override { return "sent to the printer"; }
 
  private:
-  HDC printer_;
-  Font font_;
+  Font font_;  // outlives the printer, which has it selected
+  Printer printer_;
   CaptureDocument::Paper paper_;
 };
 

@@ -1,8 +1,11 @@
 #include "host/capview/decode_tree_pane.h"
 
+// After windows.h.
+#include <windowsx.h>
+
 #include <algorithm>
 
-#include "host/capview/ui_fonts.h"
+#include "host/capview/control.h"
 #include "host/module/tree_reader.h"
 #include "host/rows/tree_search.h"
 #include "interface/host_interface.h"
@@ -12,38 +15,27 @@ namespace {
 
 constexpr std::uint32_t kHexDumpSection = 8;
 
-std::uint32_t SectionOf(HWND tree, HTREEITEM item) {
-  TVITEMW request{};
-  request.mask = TVIF_PARAM;
-  request.hItem = item;
-  TreeView_GetItem(tree, &request);
-  const auto* bytes =
-      reinterpret_cast<const DicomByteRangeRecord*>(request.lParam);
-  return bytes != nullptr ? bytes->section : 0;
-}
-
 }  // namespace
 
 DecodeTreePane::DecodeTreePane(HWND parent, int id)
-    : window_(CreateWindowExW(
-          WS_EX_CLIENTEDGE, WC_TREEVIEWW, L"",
-          WS_CHILD | WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
-              TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP,
-          0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
-          GetModuleHandleW(nullptr), nullptr)) {}
+    : window_(MakeControl(parent, {WC_TREEVIEWW, id,
+                                   WS_VISIBLE | WS_TABSTOP | TVS_HASLINES |
+                                       TVS_HASBUTTONS | TVS_LINESATROOT |
+                                       TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP,
+                                   WS_EX_CLIENTEDGE})) {}
 
-void DecodeTreePane::SetFont(HFONT font) {
-  SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+void DecodeTreePane::SetFonts(const UiFonts& fonts) {
+  SetWindowFont(window_, fonts.pane.get(), TRUE);
 }
 
 void DecodeTreePane::BeginFilling() {
-  SendMessageW(window_, WM_SETREDRAW, FALSE, 0);
+  SetWindowRedraw(window_, FALSE);
   read_ = false;
 }
 
 void DecodeTreePane::EndFilling(std::uint32_t expand_mask) {
   ExpandSections(expand_mask);
-  SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
+  SetWindowRedraw(window_, TRUE);
   if (const HTREEITEM root = TreeView_GetRoot(window_)) {
     TreeView_SelectSetFirstVisible(window_, root);
   }
@@ -54,7 +46,9 @@ void DecodeTreePane::ExpandSections(std::uint32_t mask) {
   ReadOnce();
   std::uint32_t section = 0;
   for (std::size_t i = 0; i < lines_.size(); ++i) {
-    if (lines_[i].depth == 0) section = SectionOf(window_, items_[i]);
+    if (lines_[i].depth == 0) {
+      section = lines_[i].bytes ? lines_[i].bytes->section : 0;
+    }
     const bool parent =
         i + 1 < lines_.size() && lines_[i + 1].depth > lines_[i].depth;
     // The module has seen to the hex dump itself.
@@ -66,11 +60,11 @@ void DecodeTreePane::ExpandSections(std::uint32_t mask) {
 
 void DecodeTreePane::ExpandAll(bool expand) {
   ReadOnce();
-  SendMessageW(window_, WM_SETREDRAW, FALSE, 0);
+  SetWindowRedraw(window_, FALSE);
   for (const HTREEITEM item : items_) {
     TreeView_Expand(window_, item, expand ? TVE_EXPAND : TVE_COLLAPSE);
   }
-  SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
+  SetWindowRedraw(window_, TRUE);
   if (const HTREEITEM item = TreeView_GetSelection(window_)) {
     TreeView_EnsureVisible(window_, item);
   }
@@ -86,6 +80,7 @@ std::optional<std::size_t> DecodeTreePane::SelectedLine() {
 }
 
 std::optional<ByteRange> DecodeTreePane::SelectedBytes() const {
+  // Of the control, since it may be in the middle of a change.
   TVITEMW request{};
   request.mask = TVIF_PARAM;
   request.hItem = TreeView_GetSelection(window_);
@@ -105,13 +100,11 @@ void DecodeTreePane::SelectLine(std::size_t line) {
   TreeView_EnsureVisible(window_, items_[line]);
 }
 
-bool DecodeTreePane::SelectByte(std::uint32_t byte) {
-  const auto line = NarrowestLine(Lines(), byte);
-  if (line) SelectLine(*line);
-  return line.has_value();
+void DecodeTreePane::SelectByte(std::uint32_t byte) {
+  if (const auto line = NarrowestLine(Lines(), byte)) SelectLine(*line);
 }
 
-bool DecodeTreePane::SelectNext(const std::string& text, bool backwards) {
+bool DecodeTreePane::SelectNext(std::string_view text, bool backwards) {
   const auto line = FindLine(Lines(), SelectedLine(), text, backwards);
   if (line) SelectLine(*line);
   return line.has_value();

@@ -5,7 +5,8 @@
 #include <commctrl.h>
 
 #include <algorithm>
-#include <string>
+
+#include "host/capview/control.h"
 
 namespace host {
 namespace {
@@ -15,26 +16,26 @@ constexpr std::uint32_t kLinesAbove = 2;  // kept in sight above a highlight
 
 }  // namespace
 
-HexPane::HexPane(HWND parent, int id) {
-  // Without ES_AUTOHSCROLL the control would wrap a long dump line by line.
-  window_ = CreateWindowExW(
-      WS_EX_CLIENTEDGE, WC_EDITW, L"",
-      WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | WS_HSCROLL |
-          ES_MULTILINE | ES_AUTOHSCROLL | ES_AUTOVSCROLL | ES_READONLY,
-      0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
-      GetModuleHandleW(nullptr), nullptr);
-  SendMessageW(window_, EM_LIMITTEXT, 0x7FFFFFFE, 0);
+// Without ES_AUTOHSCROLL the control would wrap a long dump line by line.
+HexPane::HexPane(HWND parent, int id)
+    : window_(MakeControl(
+          parent,
+          {WC_EDITW, id,
+           WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | WS_HSCROLL | ES_MULTILINE |
+               ES_AUTOHSCROLL | ES_AUTOVSCROLL | ES_READONLY,
+           WS_EX_CLIENTEDGE})) {
+  Edit_LimitText(window_, 0x7FFFFFFE);
   SetWindowSubclass(window_, OnMessage, 0, reinterpret_cast<DWORD_PTR>(this));
 }
 
-void HexPane::SetFont(HFONT font) {
-  font_ = font;
-  const HDC device = GetDC(window_);
-  const HGDIOBJ before = SelectObject(device, font);
-  GetTextExtentPoint32W(device, L"0", 1, &cell_);
-  SelectObject(device, before);
-  ReleaseDC(window_, device);
-  SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+HexPane::~HexPane() { RemoveWindowSubclass(window_, OnMessage, 0); }
+
+void HexPane::SetFonts(const UiFonts& fonts) {
+  font_ = fonts.fixed.get();
+  const WindowDevice device = DeviceOf(window_);
+  const SelectedFont selected = UseFont(device.get(), font_);
+  GetTextExtentPoint32W(device.get(), L"0", 1, &cell_);
+  SetWindowFont(window_, font_, TRUE);
 }
 
 void HexPane::Highlight(const std::optional<ByteRange>& bytes) {
@@ -54,21 +55,20 @@ void HexPane::ScrollTo(std::uint32_t line) {
 }
 
 std::uint32_t HexPane::FirstLine() const {
-  return static_cast<std::uint32_t>(
-      SendMessageW(window_, EM_GETFIRSTVISIBLELINE, 0, 0));
+  return static_cast<std::uint32_t>(Edit_GetFirstVisibleLine(window_));
 }
 
 std::uint32_t HexPane::LinesInSight() const {
   RECT area;
-  SendMessageW(window_, EM_GETRECT, 0, reinterpret_cast<LPARAM>(&area));
+  Edit_GetRect(window_, &area);
   return static_cast<std::uint32_t>(
       std::max<LONG>((area.bottom - area.top) / cell_.cy, 1));
 }
 
 // The control tells positions in 16 bits, enough for what is in sight.
 POINT HexPane::Origin(std::uint32_t line) const {
-  const auto first =
-      static_cast<WPARAM>(SendMessageW(window_, EM_LINEINDEX, FirstLine(), 0));
+  const auto first = static_cast<WPARAM>(
+      Edit_LineIndex(window_, static_cast<int>(FirstLine())));
   const LRESULT place = SendMessageW(window_, EM_POSFROMCHAR, first, 0);
   const LONG lines = static_cast<LONG>(line) - static_cast<LONG>(FirstLine());
   return {GET_X_LPARAM(place), GET_Y_LPARAM(place) + lines * cell_.cy};
@@ -81,16 +81,6 @@ RECT HexPane::RunRect(std::uint32_t line, ColumnRun run) const {
           origin.y + cell_.cy};
 }
 
-RECT HexPane::DigitsRect(std::uint32_t offset) const {
-  const std::uint32_t line = offset / kDumpBytesPerLine;
-  return RunRect(line, HighlightInLine(line, offset, 1)->digits);
-}
-
-RECT HexPane::CharacterRect(std::uint32_t offset) const {
-  const std::uint32_t line = offset / kDumpBytesPerLine;
-  return RunRect(line, HighlightInLine(line, offset, 1)->characters);
-}
-
 std::wstring HexPane::LineText(std::uint32_t line) const {
   std::wstring text(kLineRoom, L'\0');
   text[0] = static_cast<wchar_t>(kLineRoom);
@@ -99,33 +89,30 @@ std::wstring HexPane::LineText(std::uint32_t line) const {
   return text;
 }
 
-std::wstring HexPane::Digits(std::uint32_t offset, std::uint32_t length) const {
+std::wstring HexPane::Digits(const ByteRange& bytes) const {
   std::wstring digits;
-  const std::uint32_t end = std::min(offset + length, ByteCount());
   std::wstring text;
-  for (std::uint32_t at = offset; at < end; ++at) {
+  const std::uint32_t count = ByteCount();
+  const std::uint32_t first = std::min(bytes.offset, count);
+  const std::uint32_t end = first + std::min(bytes.length, count - first);
+  for (std::uint32_t at = first; at < end; ++at) {
     const std::uint32_t line = at / kDumpBytesPerLine;
-    if (at == offset || at % kDumpBytesPerLine == 0) text = LineText(line);
+    if (text.empty() || at % kDumpBytesPerLine == 0) text = LineText(line);
     if (!digits.empty()) digits += L' ';
     digits += text.substr(HighlightInLine(line, at, 1)->digits.first, 2);
   }
   return digits;
 }
 
+// Behind the last byte stand blanks, behind the last line an empty one.
 std::uint32_t HexPane::ByteCount() const {
-  // Empty digits are blanks; behind the last line stands an empty one.
-  const auto lines =
-      static_cast<std::uint32_t>(SendMessageW(window_, EM_GETLINECOUNT, 0, 0));
-  for (std::uint32_t line = lines; line > 0; --line) {
-    const std::wstring text = LineText(line - 1);
-    for (std::uint32_t byte = kDumpBytesPerLine; byte > 0; --byte) {
-      const auto digits =
-          HighlightInLine(line - 1, (line - 1) * kDumpBytesPerLine + byte - 1,
-                          1)
-              ->digits;
-      if (digits.first < text.size() && text[digits.first] != L' ') {
-        return (line - 1) * kDumpBytesPerLine + byte;
-      }
+  const auto lines = static_cast<std::uint32_t>(Edit_GetLineCount(window_));
+  for (std::uint32_t line = lines; line-- > 0;) {
+    const std::wstring text = LineText(line);
+    const std::uint32_t first = line * kDumpBytesPerLine;
+    for (std::uint32_t byte = first + kDumpBytesPerLine; byte-- > first;) {
+      const std::uint32_t at = HighlightInLine(line, byte, 1)->digits.first;
+      if (at < text.size() && text[at] != L' ') return byte + 1;
     }
   }
   return 0;
@@ -137,10 +124,10 @@ LRESULT CALLBACK HexPane::OnMessage(HWND window, UINT message, WPARAM wide,
     RemoveWindowSubclass(window, OnMessage, 0);
     return DefSubclassProc(window, message, wide, data);
   }
-  return reinterpret_cast<HexPane*>(object)->Handle(message, wide, data);
+  return reinterpret_cast<HexPane*>(object)->Answer(message, wide, data);
 }
 
-LRESULT HexPane::Handle(UINT message, WPARAM wide, LPARAM data) {
+LRESULT HexPane::Answer(UINT message, WPARAM wide, LPARAM data) {
   // Tab leaves the control, as it leaves the others.
   if (message == WM_GETDLGCODE) return DLGC_WANTARROWS;
   const LRESULT answer = DefSubclassProc(window_, message, wide, data);
@@ -149,7 +136,7 @@ LRESULT HexPane::Handle(UINT message, WPARAM wide, LPARAM data) {
       Paint();
       break;
     case WM_LBUTTONUP:
-      Click(data);
+      Click({GET_X_LPARAM(data), GET_Y_LPARAM(data)});
       break;
     case WM_VSCROLL:
     case WM_HSCROLL:
@@ -163,26 +150,28 @@ LRESULT HexPane::Handle(UINT message, WPARAM wide, LPARAM data) {
   return answer;
 }
 
+// Over the control's own painting, whose caret must not be drawn over.
 void HexPane::Paint() {
   if (!bytes_ || bytes_->length == 0) return;
   HideCaret(window_);
-  const HDC device = GetDC(window_);
-  RECT area;
-  SendMessageW(window_, EM_GETRECT, 0, reinterpret_cast<LPARAM>(&area));
-  IntersectClipRect(device, area.left, area.top, area.right, area.bottom);
-  const HGDIOBJ before = SelectObject(device, font_);
-  SetTextColor(device, GetSysColor(COLOR_HIGHLIGHTTEXT));
-  SetBkColor(device, GetSysColor(COLOR_HIGHLIGHT));
-  const std::uint32_t first = FirstLine();
-  for (std::uint32_t i = 0; i <= LinesInSight(); ++i) {
-    const auto runs =
-        HighlightInLine(first + i, bytes_->offset, bytes_->length);
-    if (!runs) continue;
-    PaintRun(device, first + i, runs->digits);
-    PaintRun(device, first + i, runs->characters);
+  {
+    const WindowDevice device = DeviceOf(window_);
+    const SelectedFont selected = UseFont(device.get(), font_);
+    RECT area;
+    Edit_GetRect(window_, &area);
+    IntersectClipRect(device.get(), area.left, area.top, area.right,
+                      area.bottom);
+    SetTextColor(device.get(), GetSysColor(COLOR_HIGHLIGHTTEXT));
+    SetBkColor(device.get(), GetSysColor(COLOR_HIGHLIGHT));
+    const std::uint32_t first = FirstLine();
+    for (std::uint32_t i = 0; i <= LinesInSight(); ++i) {
+      const auto runs =
+          HighlightInLine(first + i, bytes_->offset, bytes_->length);
+      if (!runs) continue;
+      PaintRun(device.get(), first + i, runs->digits);
+      PaintRun(device.get(), first + i, runs->characters);
+    }
   }
-  SelectObject(device, before);
-  ReleaseDC(window_, device);
   ShowCaret(window_);
 }
 
@@ -195,10 +184,10 @@ void HexPane::PaintRun(HDC device, std::uint32_t line, ColumnRun run) {
               static_cast<UINT>(part.size()), nullptr);
 }
 
-void HexPane::Click(LPARAM point) {
+void HexPane::Click(POINT point) {
   const POINT origin = Origin(FirstLine());
-  const LONG x = GET_X_LPARAM(point) - origin.x;
-  const LONG y = GET_Y_LPARAM(point) - origin.y;
+  const LONG x = point.x - origin.x;
+  const LONG y = point.y - origin.y;
   if (x < 0 || y < 0 || !on_byte_) return;
   const auto line = FirstLine() + static_cast<std::uint32_t>(y / cell_.cy);
   const auto byte = ByteAt(line, static_cast<std::uint32_t>(x / cell_.cx));

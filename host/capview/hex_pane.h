@@ -6,7 +6,10 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
+#include <utility>
 
+#include "host/capview/ui_fonts.h"
 #include "host/rows/decoded_row.h"
 #include "host/rows/hex_layout.h"
 
@@ -17,20 +20,22 @@ namespace host {
 // of the control could not do.
 class HexPane {
  public:
+  // Throws Failure.
   HexPane(HWND parent, int id);
+  // The control must still be there, or be gone by now.
+  ~HexPane();
+  HexPane(const HexPane&) = delete;
+  HexPane& operator=(const HexPane&) = delete;
 
   HWND Handle() const { return window_; }
-  void SetFont(HFONT font);
+  // A fixed font is what makes the bytes' places known.
+  void SetFonts(const UiFonts& fonts);
 
-  // Marks the bytes and scrolls the first of them into sight.
+  // Marks the bytes and scrolls the first of them into sight; empty marks
+  // none.
   void Highlight(const std::optional<ByteRange>& bytes);
-  const std::optional<ByteRange>& Highlighted() const { return bytes_; }
-  // The bytes of the dump from `offset` on, as hex digits with blanks between.
-  std::wstring Digits(std::uint32_t offset, std::uint32_t length) const;
-  std::uint32_t ByteCount() const;
-  // Where byte `offset` stands: its digits, in client coordinates.
-  RECT DigitsRect(std::uint32_t offset) const;
-  RECT CharacterRect(std::uint32_t offset) const;
+  // The bytes of the range, as far as the dump has them: "38 2E 31".
+  std::wstring Digits(const ByteRange& bytes) const;
 
   // Told which byte was clicked.
   void OnByte(std::function<void(std::uint32_t)> handler) {
@@ -40,20 +45,25 @@ class HexPane {
  private:
   static LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wide,
                                     LPARAM data, UINT_PTR id, DWORD_PTR object);
-  LRESULT Handle(UINT message, WPARAM wide, LPARAM data);
+  LRESULT Answer(UINT message, WPARAM wide, LPARAM data);
   void Paint();
   void PaintRun(HDC device, std::uint32_t line, ColumnRun run);
-  void Click(LPARAM point);
+  void Click(POINT point);
   void ScrollTo(std::uint32_t line);
+
+  // Lines of the dump count from 0.
   std::wstring LineText(std::uint32_t line) const;
-  std::uint32_t FirstLine() const;
-  std::uint32_t LinesInSight() const;
-  POINT Origin(std::uint32_t line) const;  // of its first column
+  std::uint32_t ByteCount() const;
+  std::uint32_t FirstLine() const;     // in sight
+  std::uint32_t LinesInSight() const;  // whole ones
+  // Where the line's first column begins; reliable for lines near those in
+  // sight.
+  POINT Origin(std::uint32_t line) const;
   RECT RunRect(std::uint32_t line, ColumnRun run) const;
 
-  HWND window_ = nullptr;
-  HFONT font_ = nullptr;
-  SIZE cell_{8, 16};
+  HWND window_;
+  HFONT font_ = nullptr;  // the window's
+  SIZE cell_{8, 16};      // of one character, in pixels
   std::optional<ByteRange> bytes_;
   std::function<void(std::uint32_t)> on_byte_;
 };

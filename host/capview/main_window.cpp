@@ -1,308 +1,200 @@
 #include "host/capview/main_window.h"
 
-#include <windowsx.h>
 // After windows.h.
-#include <commctrl.h>
 #include <shellapi.h>
+#include <windowsx.h>
 
-#include <algorithm>
 #include <exception>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
+#include "host/capview/capture_summary.h"
+#include "host/capview/commands.h"
 #include "host/capview/resource.h"
-#include "host/text/failure.h"
+#include "host/capview/top_window.h"
 
 namespace host {
 namespace {
 
-constexpr wchar_t kClassName[] = L"DicomCaptureView";
-constexpr UINT_PTR kFollowTimer = 2;
-constexpr SIZE kLeastSize{520, 320};
-constexpr SIZE kUsualSize{1180, 760};  // at 96 dpi
+constexpr POINT kLeastSize{520, 320};
 #ifndef WM_DPICHANGED
 #define WM_DPICHANGED 0x02E0
 #endif
 
-void RegisterClassOnce(WNDPROC procedure) {
-  WNDCLASSEXW window_class{};
-  window_class.cbSize = sizeof window_class;
-  window_class.lpfnWndProc = procedure;
-  window_class.hInstance = GetModuleHandleW(nullptr);
-  window_class.hIcon =
-      LoadIconW(window_class.hInstance, MAKEINTRESOURCEW(IDI_CAPVIEW));
-  window_class.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-  window_class.hbrBackground =
-      reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_BTNFACE + 1));
-  window_class.lpszMenuName = MAKEINTRESOURCEW(IDR_MENU);
-  window_class.lpszClassName = kClassName;
-  RegisterClassExW(&window_class);
-}
-
-HWND MakeButton(HWND parent, const wchar_t* text, int id, DWORD style) {
-  return CreateWindowW(WC_BUTTONW, text, WS_CHILD | WS_VISIBLE | style, 0, 0, 0,
-                       0, parent,
-                       reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
-                       GetModuleHandleW(nullptr), nullptr);
-}
-
-// The usual size where the screen has room for it.
-SIZE FirstSize() {
-  RECT area{};
-  SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
-  const auto scaled = [](LONG pixels) {
-    return MulDiv(pixels, static_cast<int>(DpiOf(nullptr)), 96);
-  };
-  return {std::min<LONG>(scaled(kUsualSize.cx), area.right - area.left),
-          std::min<LONG>(scaled(kUsualSize.cy), area.bottom - area.top)};
-}
-
-void Move(HWND window, const RECT& place) {
-  MoveWindow(window, place.left, place.top, place.right - place.left,
-             place.bottom - place.top, TRUE);
-}
-
 }  // namespace
 
+// The window's messages are ours when all the parts are there.
 MainWindow::MainWindow(const std::wstring& module_path,
                        std::wstring settings_path)
-    : settings_(ReadSettings(settings_path)),
-      settings_path_(std::move(settings_path)),
+    : settings_path_(std::move(settings_path)),
+      first_settings_(ReadSettings(settings_path_)),
+      window_(MakeTopWindow(OnMessage, first_settings_.place)),
+      keys_(LoadAcceleratorsW(GetModuleHandleW(nullptr),
+                              MAKEINTRESOURCEW(IDR_ACCELERATORS))),
       document_(module_path),
-      model_(document_) {
-  RegisterClassOnce(OnMessage);
-  keys_ = LoadAcceleratorsW(GetModuleHandleW(nullptr),
-                            MAKEINTRESOURCEW(IDR_ACCELERATORS));
-  const RECT& place = settings_.place;
-  const bool placed = !IsRectEmpty(&place);
-  const SIZE kept{place.right - place.left, place.bottom - place.top};
-  const SIZE size = placed ? kept : FirstSize();
-  CreateWindowExW(WS_EX_ACCEPTFILES | WS_EX_CONTROLPARENT, kClassName,
-                  L"capview", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
-                  placed ? place.left : CW_USEDEFAULT,
-                  placed ? place.top : CW_USEDEFAULT, size.cx, size.cy, nullptr,
-                  nullptr, GetModuleHandleW(nullptr), this);
-  if (window_ == nullptr) throw Failure("no window can be made");
-  model_.SetView(settings_.message_view ? View::kMessages : View::kPdus);
-  ShowNothing();
+      model_(document_),
+      panes_(window_.get(), document_, model_),
+      sizes_(window_.get(), panes_, first_settings_.sizes),
+      browser_(window_.get(), document_, model_, panes_,
+               first_settings_.clean_streams),
+      find_(window_.get(), panes_.decode.Tree(), panes_.status),
+      recent_(first_settings_.recent_files),
+      commands_(MakeCommands({window_.get(), document_, model_, panes_, sizes_,
+                              browser_, find_, recent_})) {
+  panes_.rows.Columns().Choose(first_settings_.columns);
+  panes_.decode.switches = first_settings_.switches;
+  model_.SetView(first_settings_.kind);
+  Connect();
+  browser_.ShowNothing();
+  panes_.status.Refresh();
+  SetWindowLongPtrW(window_.get(), GWLP_USERDATA,
+                    reinterpret_cast<LONG_PTR>(this));
+  sizes_.Place();
 }
 
-MainWindow::~MainWindow() {
-  if (window_ != nullptr) DestroyWindow(window_);
+// What one part has to tell another.
+void MainWindow::Connect() {
+  panes_.bar.Connections().OnChosen([this](std::size_t connection) {
+    Run([=, this] { browser_.ChooseConnection(connection); });
+  });
+  panes_.status.OnSilence([this] {
+    if (!document_.IsOpen()) return EmptyListText(document_, model_, false);
+    if (browser_.Loop().IsBusy()) return std::string("Reading; Esc stops.");
+    return CaptureSummary(document_, model_.view());
+  });
+  browser_.OnOpened([this] { OnOpened(); });
+  browser_.Rows().OnShown([this] { find_.Shown(); });
 }
+
+// While the parts that its messages reach are still there.
+MainWindow::~MainWindow() { window_.reset(); }
 
 void MainWindow::Show(int how) {
   const bool normal = how == SW_SHOWNORMAL || how == SW_SHOWDEFAULT;
-  ShowWindow(window_, settings_.maximized && normal ? SW_SHOWMAXIMIZED : how);
-  UpdateWindow(window_);
-  SetFocus(rows_->Handle());
-  try {
-    document_.LoadModule();  // now, so that the first capture opens at once
-  } catch (const std::exception& failure) {
-    Say(failure.what());
-  }
+  ShowWindow(Handle(),
+             first_settings_.maximized && normal ? SW_SHOWMAXIMIZED : how);
+  UpdateWindow(Handle());
+  SetFocus(panes_.rows.Handle());
+  // Now, so that the first capture opens at once.
+  Run([this] { document_.LoadModule(); });
 }
 
+void MainWindow::Begin(const StartRequest& request) {
+  if (request.kind) browser_.Rows().ShowKind(*request.kind);
+  find_.WhenShown(request.find);
+  if (request.capture.empty()) return;
+  Run([&] { browser_.Open(request.capture, request.row); });
+}
+
+void MainWindow::Open(const std::wstring& path) {
+  Run([this, path] { browser_.Open(path); });
+}
+
+bool MainWindow::Work() { return window_ && browser_.Work(); }
+
 bool MainWindow::TakesKey(MSG& message) const {
-  if (GetActiveWindow() != window_) return false;
-  return TranslateAcceleratorW(window_, keys_, &message) != 0 ||
-         IsDialogMessageW(window_, &message) != 0;
+  if (GetActiveWindow() != Handle()) return false;
+  return TranslateAcceleratorW(Handle(), keys_, &message) != 0 ||
+         IsDialogMessageW(Handle(), &message) != 0;
+}
+
+void MainWindow::Run(std::function<void()> action) {
+  browser_.Loop().RunOutside([this, action = std::move(action)] {
+    if (!window_) return;
+    try {
+      action();
+    } catch (const std::exception& failure) {
+      panes_.status.Say(failure.what());
+    }
+  });
 }
 
 LRESULT CALLBACK MainWindow::OnMessage(HWND window, UINT message, WPARAM wide,
                                        LPARAM data) {
-  if (message == WM_NCCREATE) {
-    auto* self = static_cast<MainWindow*>(
-        reinterpret_cast<CREATESTRUCTW*>(data)->lpCreateParams);
-    self->window_ = window;
-    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(self));
-  }
   auto* self =
       reinterpret_cast<MainWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-  if (self == nullptr) return DefWindowProcW(window, message, wide, data);
-  return self->Handle(message, wide, data);
+  if (self != nullptr && message == WM_NCDESTROY) self->window_.release();
+  if (self == nullptr || !self->window_) {
+    return DefWindowProcW(window, message, wide, data);
+  }
+  const auto answer = self->sizes_.AnswerMouse(message, data);
+  return answer ? *answer : self->Answer(message, wide, data);
 }
 
-LRESULT MainWindow::Handle(UINT message, WPARAM wide, LPARAM data) {
-  bool done = true;
-  const LRESULT answer = HandleMouse(message, data, &done);
-  if (done) return answer;
+LRESULT MainWindow::Answer(UINT message, WPARAM wide, LPARAM data) {
   switch (message) {
-    case WM_CREATE:
-      CreateParts();
-      return 0;
     case WM_SIZE:
-      Place();
+      sizes_.Place();
       return 0;
     case WM_GETMINMAXINFO:
-      reinterpret_cast<MINMAXINFO*>(data)->ptMinTrackSize = {kLeastSize.cx,
-                                                             kLeastSize.cy};
+      reinterpret_cast<MINMAXINFO*>(data)->ptMinTrackSize = kLeastSize;
       return 0;
     case WM_DPICHANGED:
       ChangeDpi(*reinterpret_cast<const RECT*>(data));
       return 0;
     case WM_SETFOCUS:
-      SetFocus(rows_->Handle());
+      SetFocus(panes_.rows.Handle());
       return 0;
     case WM_NOTIFY:
-      return Notify(reinterpret_cast<NMHDR*>(data));
+      return panes_.Notify(reinterpret_cast<NMHDR*>(data));
     case WM_COMMAND:
-      Do(LOWORD(wide), HIWORD(wide));
+      OnCommand(LOWORD(wide), HIWORD(wide));
       return 0;
     case WM_INITMENUPOPUP:
       OpenMenu(reinterpret_cast<HMENU>(wide));
       return 0;
     case WM_DRAWITEM:
-      connections_->Draw(*reinterpret_cast<const DRAWITEMSTRUCT*>(data));
+      panes_.bar.Connections().Draw(
+          *reinterpret_cast<const DRAWITEMSTRUCT*>(data));
       return TRUE;
     case WM_CTLCOLORSTATIC:
       // A control that only shows text is grey unless it is told otherwise.
-      if (reinterpret_cast<HWND>(data) != hex_->Handle()) break;
+      if (reinterpret_cast<HWND>(data) != panes_.decode.Hex().Handle()) break;
       return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_WINDOW));
     case WM_DROPFILES:
       DropFile(reinterpret_cast<HDROP>(wide));
       return 0;
     case WM_TIMER:
-      if (wide == kFollowTimer) LookAgain();
+      if (wide == CaptureBrowser::kFollowTimer) browser_.LookAgain();
       Work();
       return 0;
     case WM_CLOSE:
       Close();
       return 0;
-    case WM_NCDESTROY:
-      SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
-      return DefWindowProcW(std::exchange(window_, nullptr), message, wide,
-                            data);
     default:
       break;
   }
-  return DefWindowProcW(window_, message, wide, data);
+  return DefWindowProcW(Handle(), message, wide, data);
 }
 
-// The bars between the panes.
-LRESULT MainWindow::HandleMouse(UINT message, LPARAM data, bool* done) {
-  POINT point{GET_X_LPARAM(data), GET_Y_LPARAM(data)};
-  switch (message) {
-    case WM_SETCURSOR: {
-      GetCursorPos(&point);
-      ScreenToClient(window_, &point);
-      const auto splitter = Layout().SplitterAt(point);
-      if (!splitter || LOWORD(data) != HTCLIENT) break;
-      SetCursor(LoadCursorW(nullptr, *splitter == Splitter::kBelowList
-                                         ? IDC_SIZENS
-                                         : IDC_SIZEWE));
-      return TRUE;
-    }
-    case WM_LBUTTONDOWN:
-      dragged_ = Layout().SplitterAt(point);
-      if (dragged_) SetCapture(window_);
-      return 0;
-    case WM_MOUSEMOVE:
-      if (dragged_) Drag(point);
-      return 0;
-    case WM_LBUTTONUP:
-    case WM_CAPTURECHANGED:
-      dragged_.reset();
-      if (message == WM_LBUTTONUP) ReleaseCapture();
-      return 0;
-    default:
-      break;
+void MainWindow::OnCommand(int id, int code) {
+  if (id == IDC_CONNECTIONS) {
+    panes_.bar.Connections().Notify(code);
+  } else if (id == IDC_FILTER) {
+    if (code != EN_CHANGE) return;
+    Run([this] { browser_.Rows().Filter(panes_.bar.FilterText()); });
+  } else {
+    Run([this, id] { commands_.Run(id); });
   }
-  *done = false;
-  return 0;
 }
 
-void MainWindow::Drag(POINT point) {
-  ShareOf(*dragged_) = Layout().ShareAt(*dragged_, point);
-  Place();
+void MainWindow::OnOpened() {
+  const std::filesystem::path& path = document_.path();
+  std::error_code unknown;
+  const auto whole_path = std::filesystem::absolute(path, unknown);
+  recent_.Add((unknown ? path : whole_path).wstring());
+  SetWindowTextW(Handle(), (path.filename().wstring() + L" - capview").c_str());
 }
 
-int& MainWindow::ShareOf(Splitter splitter) {
-  return splitter == Splitter::kBelowList ? settings_.list_share
-                                          : settings_.tree_share;
-}
-
-void MainWindow::MoveSplitter(Splitter splitter, int by) {
-  ShareOf(splitter) = PaneLayout::NearestShare(ShareOf(splitter) + by);
-  Place();
-}
-
-void MainWindow::CreateParts() {
-  connections_ =
-      std::make_unique<ConnectionChooser>(window_, IDC_CONNECTIONS, document_);
-  MakeButton(window_, L"PDUs", IDC_PDUS,
-             WS_TABSTOP | WS_GROUP | BS_RADIOBUTTON | BS_PUSHLIKE);
-  MakeButton(window_, L"Messages", IDC_MESSAGES,
-             WS_TABSTOP | BS_RADIOBUTTON | BS_PUSHLIKE);
-  CreateWindowW(WC_STATICW, L"Fi&lter:",
-                WS_CHILD | WS_VISIBLE | SS_CENTERIMAGE | SS_RIGHT, 0, 0, 0, 0,
-                window_, reinterpret_cast<HMENU>(IDC_FILTER_LABEL), nullptr,
-                nullptr);
-  filter_ = CreateWindowExW(
-      WS_EX_CLIENTEDGE, WC_EDITW, L"",
-      WS_CHILD | WS_VISIBLE | WS_TABSTOP | ES_AUTOHSCROLL, 0, 0, 0, 0, window_,
-      reinterpret_cast<HMENU>(IDC_FILTER), nullptr, nullptr);
-  SendMessageW(filter_, EM_SETCUEBANNER, TRUE,
-               reinterpret_cast<LPARAM>(L"text, dir:> or dir:<"));
-  rows_ = std::make_unique<RowList>(window_, IDC_ROWS, model_);
-  tree_ = std::make_unique<DecodeTreePane>(window_, IDC_TREE);
-  hex_ = std::make_unique<HexPane>(window_, IDC_HEX);
-  status_ = std::make_unique<StatusLine>(window_);
-  connections_->OnChosen(
-      [this](std::size_t index) { ChooseConnection(index); });
-  rows_->OnSelected([this](std::uint32_t position) { ShowRow(position); });
-  hex_->OnByte([this](std::uint32_t byte) { tree_->SelectByte(byte); });
-  MakeFonts();
-  rows_->SetColumns(settings_.columns, TextScale());
-}
-
-void MainWindow::MakeFonts() {
-  const unsigned dpi = DpiOf(window_);
-  auto fonts = std::make_unique<UiFonts>(settings_.font_points, dpi);
-  for (const int id : {IDC_PDUS, IDC_MESSAGES, IDC_FILTER_LABEL, IDC_FILTER}) {
-    SendDlgItemMessageW(window_, id, WM_SETFONT,
-                        reinterpret_cast<WPARAM>(fonts->chrome.get()), TRUE);
-  }
-  connections_->SetFont(fonts->chrome.get(),
-                        MulDiv(20, static_cast<int>(dpi), 96));
-  status_->SetFont(fonts->chrome.get());
-  rows_->SetFonts(fonts->pane.get(), fonts->pane_bold.get());
-  tree_->SetFont(fonts->pane.get());
-  hex_->SetFont(fonts->fixed.get());
-  fonts_ = std::move(fonts);
-}
-
-// 96 where a pixel is 1/96 inch and the panes have their usual font.
-unsigned MainWindow::TextScale() const {
-  return DpiOf(window_) * static_cast<unsigned>(settings_.font_points) /
-         static_cast<unsigned>(Settings().font_points);
-}
-
-PaneLayout MainWindow::Layout() const {
-  RECT area;
-  GetClientRect(window_, &area);
-  return PaneLayout({area.right, area.bottom}, status_->Height(),
-                    DpiOf(window_), settings_.list_share, settings_.tree_share);
-}
-
-void MainWindow::Place() {
-  if (!status_ || IsIconic(window_)) return;
-  status_->Place(DpiOf(window_));
-  const PaneLayout layout = Layout();
-  Move(connections_->Handle(), layout.connections);
-  Move(GetDlgItem(window_, IDC_PDUS), layout.pdus);
-  Move(GetDlgItem(window_, IDC_MESSAGES), layout.messages);
-  Move(GetDlgItem(window_, IDC_FILTER_LABEL), layout.filter_label);
-  Move(filter_, layout.filter);
-  Move(rows_->Handle(), layout.list);
-  rows_->FillWidth();
-  Move(tree_->Handle(), layout.tree);
-  Move(hex_->Handle(), layout.hex);
+void MainWindow::OpenMenu(HMENU menu) {
+  if (RecentFiles::IsOurs(menu)) recent_.Fill(menu);
+  commands_.ShowStates(GetMenu(Handle()));
 }
 
 void MainWindow::ChangeDpi(const RECT& place) {
-  MakeFonts();
-  rows_->SetColumns(rows_->GetColumns(), TextScale());
-  SetWindowPos(window_, nullptr, place.left, place.top,
+  sizes_.ChangeDpi();
+  SetWindowPos(Handle(), nullptr, place.left, place.top,
                place.right - place.left, place.bottom - place.top,
                SWP_NOZORDER | SWP_NOACTIVATE);
 }
@@ -315,39 +207,30 @@ void MainWindow::DropFile(HDROP drop) {
   Open(name);
 }
 
-LRESULT MainWindow::Notify(NMHDR* header) {
-  if (!rows_ || !tree_) return 0;
-  if (header->hwndFrom == rows_->Handle()) return rows_->Notify(header);
-  if (header->hwndFrom != tree_->Handle()) return 0;
-  if (header->code == TVN_SELCHANGEDW) ShowBytes();
-  return tree_->Notify(header);
-}
-
-void MainWindow::KeepPlace() {
+// What every part has from the person by now.
+Settings MainWindow::Choices() const {
+  Settings settings = first_settings_;
   WINDOWPLACEMENT placement{};
   placement.length = sizeof placement;
-  if (!GetWindowPlacement(window_, &placement)) return;
-  settings_.place = placement.rcNormalPosition;
-  settings_.maximized = placement.showCmd == SW_SHOWMAXIMIZED;
-  settings_.columns = rows_->GetColumns();
-  settings_.message_view = model_.view() == View::kMessages;
+  if (GetWindowPlacement(Handle(), &placement)) {
+    settings.place = placement.rcNormalPosition;
+    settings.maximized = placement.showCmd == SW_SHOWMAXIMIZED;
+  }
+  settings.sizes = sizes_.Chosen();
+  settings.columns = panes_.rows.Columns().Chosen();
+  settings.switches = panes_.decode.switches;
+  settings.clean_streams = browser_.UsesCleanStreams();
+  settings.kind = model_.view();
+  settings.recent_files = recent_.Paths();
+  return settings;
 }
 
 // Whatever is being read is dropped.
 void MainWindow::Close() {
-  KeepPlace();
-  WriteSettings(settings_, settings_path_);
-  job_.reset();
-  DestroyWindow(window_);
+  WriteSettings(Choices(), settings_path_);
+  browser_.Loop().DropJob();
+  window_.reset();
   PostQuitMessage(0);
-}
-
-void MainWindow::Begin(const ViewRequest& request) {
-  if (request.view) ShowView(*request.view);
-  find_text_ = request.find;
-  find_when_shown_ = !request.find.empty();
-  wanted_row_ = request.row;
-  if (!request.capture.empty()) OpenCapture(request.capture, false);
 }
 
 }  // namespace host

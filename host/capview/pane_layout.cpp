@@ -2,48 +2,61 @@
 
 #include <algorithm>
 
+#include "host/capview/ui_fonts.h"
+
 namespace host {
 namespace {
 
-constexpr int kLeastShare = 5;
-constexpr int kMostShare = 95;
+// In pixels at 96 dpi.
+constexpr int kBarHeight = 36;
+constexpr int kGap = 5;
 
 }  // namespace
 
-PaneLayout::PaneLayout(SIZE client, int status_height, unsigned dpi,
-                       int list_share, int tree_share)
-    : gap_(MulDiv(5, static_cast<int>(dpi), 96)) {
-  const int bar = MulDiv(36, static_cast<int>(dpi), 96);
-  const LONG bottom = std::max<LONG>(client.cy - status_height, bar);
-  panes_ = {0, bar, client.cx, bottom};
-  const LONG list_end = bar + (bottom - bar) * list_share / 100;
-  const LONG tree_end = client.cx * tree_share / 100;
-  list = {0, bar, client.cx, std::max<LONG>(list_end - gap_, bar)};
-  tree = {0, list_end, std::max<LONG>(tree_end - gap_, 0), bottom};
-  hex = {tree_end, list_end, client.cx, bottom};
-  PlaceBar(client.cx, dpi);
+int& PaneShares::Of(Splitter splitter) {
+  return splitter == Splitter::kBelowList ? list : tree;
 }
 
+void PaneShares::Set(Splitter splitter, int share) {
+  Of(splitter) = std::clamp(share, kLeast, kMost);
+}
+
+PaneLayout::PaneLayout(SIZE client, unsigned dpi, const PaneShares& shares) {
+  const int bar = Scaled(kBarHeight, dpi);
+  panes_ = {0, bar, client.cx, std::max<LONG>(client.cy, bar)};
+  PlaceBar(client.cx, dpi);
+  PlacePanes(dpi, shares);
+}
+
+void PaneLayout::PlacePanes(unsigned dpi, const PaneShares& shares) {
+  const auto& [left, top, right, bottom] = panes_;
+  const int gap = Scaled(kGap, dpi);
+  const LONG list_end = top + (bottom - top) * shares.list / 100;
+  const LONG tree_end = right * shares.tree / 100;
+  list = {left, top, right, std::max<LONG>(list_end - gap, top)};
+  tree = {left, list_end, std::max<LONG>(tree_end - gap, left), bottom};
+  hex = {tree_end, list_end, right, bottom};
+}
+
+// From right to left; what is left over is the chooser's.
 void PaneLayout::PlaceBar(int width, unsigned dpi) {
-  const auto scaled = [dpi](int pixels) {
-    return MulDiv(pixels, static_cast<int>(dpi), 96);
-  };
-  const LONG top = scaled(5);
-  const LONG bottom = scaled(31);
-  LONG right = width - scaled(5);
+  const LONG top = Scaled(5, dpi);
+  const LONG bottom = Scaled(31, dpi);
+  LONG right = width - Scaled(5, dpi);
   const auto take = [&](int pixels) {
-    const RECT place{std::max<LONG>(right - scaled(pixels), 0), top, right,
+    const RECT place{std::max<LONG>(right - Scaled(pixels, dpi), 0), top, right,
                      bottom};
-    right = place.left - scaled(5);
+    right = place.left - Scaled(5, dpi);
     return place;
   };
-  filter = take(width > scaled(1500) ? 280 : 200);
-  filter.top += scaled(2);
-  filter.bottom -= scaled(2);
+  filter = take(width > Scaled(1500, dpi) ? 280 : 200);
+  filter.top += Scaled(2, dpi);
+  filter.bottom -= Scaled(2, dpi);
   filter_label = take(36);
   messages = take(84);
   pdus = take(64);
-  connections = {scaled(5), top, std::max<LONG>(right, scaled(50)), bottom};
+  connections = {Scaled(5, dpi), top, std::max<LONG>(right, Scaled(50, dpi)),
+                 bottom};
 }
 
 std::optional<Splitter> PaneLayout::SplitterAt(POINT point) const {
@@ -60,11 +73,7 @@ int PaneLayout::ShareAt(Splitter splitter, POINT point) const {
   const LONG place = list ? point.y - panes_.top : point.x;
   const LONG whole =
       std::max<LONG>(list ? panes_.bottom - panes_.top : panes_.right, 1);
-  return NearestShare(static_cast<int>(place * 100 / whole));
-}
-
-int PaneLayout::NearestShare(int share) {
-  return std::clamp(share, kLeastShare, kMostShare);
+  return static_cast<int>(place * 100 / whole);
 }
 
 }  // namespace host

@@ -10,28 +10,43 @@ namespace host {
 // Which of the two bars between the panes.
 enum class Splitter { kBelowList, kBesideTree };
 
+// How the panes share the window, in per cent.
+struct PaneShares {
+  // What a share is kept to, so that something of both panes is left.
+  static constexpr int kLeast = 5;
+  static constexpr int kMost = 95;
+
+  int list = 42;  // of the panes' height
+  int tree = 52;  // of the lower panes' width
+
+  int& Of(Splitter splitter);
+  // A share outside the limits becomes the nearest inside.
+  void Set(Splitter splitter, int share);
+};
+
 // Where everything stands in the window: a bar with the chooser, the list below
-// it, tree and hex dump side by side, the status line.
+// it, tree and hex dump side by side. What is below all of them, the status
+// line, places itself. Everything in pixels of the window's client area; no
+// place has a negative height, however small the window is.
 class PaneLayout {
  public:
-  // Shares in per cent; `status_height` in pixels.
-  PaneLayout(SIZE client, int status_height, unsigned dpi, int list_share,
-             int tree_share);
+  // `client` without the status line; `dpi` of the screen.
+  PaneLayout(SIZE client, unsigned dpi, const PaneShares& shares);
 
   RECT connections, pdus, messages, filter_label, filter;
   RECT list, tree, hex;
 
+  // The bar between panes at a point, if there is one.
   std::optional<Splitter> SplitterAt(POINT point) const;
-  // The share that puts the bar at the point.
+  // The share, in per cent, that puts the bar at the point; may lie outside the
+  // limits.
   int ShareAt(Splitter splitter, POINT point) const;
-  // The nearest share that leaves something of both panes.
-  static int NearestShare(int share);
 
  private:
   void PlaceBar(int width, unsigned dpi);
+  void PlacePanes(unsigned dpi, const PaneShares& shares);
 
   RECT panes_;  // all three with the bars
-  int gap_;
 };
 
 }  // namespace host

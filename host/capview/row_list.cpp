@@ -1,25 +1,15 @@
 #include "host/capview/row_list.h"
 
+// After windows.h.
+#include <windowsx.h>
+
 #include <algorithm>
 
-#include "host/capview/ui_fonts.h"
+#include "host/capview/control.h"
 #include "host/text/wide_text.h"
 
 namespace host {
 namespace {
-
-constexpr int kDetail = kRowColumns - 1;
-
-struct ColumnForm {
-  const wchar_t* title;
-  int format;
-};
-constexpr ColumnForm kColumnForms[kRowColumns] = {
-    {L"No.", LVCFMT_LEFT},           {L"Time (UTC)", LVCFMT_LEFT},
-    {L"Since before", LVCFMT_RIGHT}, {L"Direction", LVCFMT_LEFT},
-    {L"Length", LVCFMT_RIGHT},       {L"Summary", LVCFMT_LEFT},
-    {L"Detail", LVCFMT_LEFT},
-};
 
 // Text and ground differ in brightness as much as black and white nearly do, so
 // that they can be read in grey; faults are bold besides.
@@ -45,76 +35,28 @@ RowColors ColorsOf(RowKind kind) {
 
 }  // namespace
 
-RowList::RowList(HWND parent, int id, RowModel& model) : model_(model) {
-  window_ = CreateWindowExW(
-      WS_EX_CLIENTEDGE, WC_LISTVIEWW, L"",
-      WS_CHILD | WS_VISIBLE | WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA |
-          LVS_SINGLESEL | LVS_SHOWSELALWAYS,
-      0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
-      GetModuleHandleW(nullptr), nullptr);
+RowList::RowList(HWND parent, int id, RowModel& model)
+    : model_(model),
+      window_(MakeControl(
+          parent, {WC_LISTVIEWW, id,
+                   WS_VISIBLE | WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA |
+                       LVS_SINGLESEL | LVS_SHOWSELALWAYS,
+                   WS_EX_CLIENTEDGE})),
+      columns_(window_) {
   ListView_SetExtendedListViewStyle(
       window_, LVS_EX_FULLROWSELECT | LVS_EX_HEADERDRAGDROP |
                    LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP);
-  AddColumns();
 }
 
-void RowList::AddColumns() {
-  LVCOLUMNW column{};
-  column.mask = LVCF_FMT | LVCF_TEXT | LVCF_SUBITEM;
-  for (int i = 0; i < kRowColumns; ++i) {
-    column.fmt = kColumnForms[i].format;
-    column.pszText = const_cast<wchar_t*>(kColumnForms[i].title);
-    column.iSubItem = i;
-    ListView_InsertColumn(window_, i, &column);
-  }
+void RowList::SetFonts(const UiFonts& fonts) {
+  bold_ = fonts.pane_bold.get();
+  SetWindowFont(window_, fonts.pane.get(), TRUE);
+  columns_.SetScale(fonts.text_scale);
 }
 
-void RowList::SetFonts(HFONT plain, HFONT bold) {
-  bold_ = bold;
-  SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(plain), TRUE);
-}
-
-int RowList::DetailWidth() const {
-  const int now = ListView_GetColumnWidth(window_, kDetail);
-  return now == filled_detail_ ? least_detail_ : now;
-}
-
-RowList::Columns RowList::GetColumns() const {
-  Columns columns;
-  for (int i = 0; i < kRowColumns; ++i) {
-    columns.widths[static_cast<std::size_t>(i)] = MulDiv(
-        i == kDetail ? DetailWidth() : ListView_GetColumnWidth(window_, i), 96,
-        static_cast<int>(scale_));
-  }
-  SendMessageW(window_, LVM_GETCOLUMNORDERARRAY, kRowColumns,
-               reinterpret_cast<LPARAM>(columns.order.data()));
-  return columns;
-}
-
-void RowList::SetColumns(const Columns& columns, unsigned scale) {
-  scale_ = scale;
-  SendMessageW(window_, WM_SETREDRAW, FALSE, 0);
-  for (int i = 0; i < kRowColumns; ++i) {
-    ListView_SetColumnWidth(window_, i,
-                            MulDiv(columns.widths[static_cast<std::size_t>(i)],
-                                   static_cast<int>(scale), 96));
-  }
-  least_detail_ = filled_detail_ = ListView_GetColumnWidth(window_, kDetail);
-  SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
-  InvalidateRect(window_, nullptr, TRUE);
-  SendMessageW(window_, LVM_SETCOLUMNORDERARRAY, kRowColumns,
-               reinterpret_cast<LPARAM>(columns.order.data()));
-}
-
-void RowList::FillWidth() {
-  RECT area;
-  GetClientRect(window_, &area);
-  int left = area.right;
-  for (int i = 0; i < kDetail; ++i) left -= ListView_GetColumnWidth(window_, i);
-  least_detail_ = DetailWidth();
-  filled_width_ = area.right;
-  filled_detail_ = std::max(left, least_detail_);
-  ListView_SetColumnWidth(window_, kDetail, filled_detail_);
+void RowList::Place(const PaneLayout& layout) {
+  MoveControl(window_, layout.list);
+  columns_.Fill();
 }
 
 void RowList::SetHint(const std::wstring& hint) {
@@ -128,9 +70,7 @@ void RowList::Update() {
   ListView_SetItemCountEx(window_, model_.ShownCount(),
                           LVSICF_NOSCROLL | LVSICF_NOINVALIDATEALL);
   silent_ = false;
-  RECT area;
-  GetClientRect(window_, &area);
-  if (area.right != filled_width_) FillWidth();  // a scroll bar came or went
+  columns_.Refill();
   InvalidateRect(window_, nullptr, FALSE);
 }
 

@@ -5,76 +5,69 @@
 // After windows.h.
 #include <commctrl.h>
 
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
+#include "host/capview/list_columns.h"
+#include "host/capview/pane_layout.h"
 #include "host/capview/row_model.h"
+#include "host/capview/ui_fonts.h"
 
 namespace host {
 
 // The packet list: a virtual list view over the rows of a model. Texts are
-// asked for when they come into sight.
+// asked for when they come into sight. Rows are named by their position in the
+// model, which counts from 0 and does not change with the filter.
 class RowList {
  public:
+  // The model must outlive the list. Throws Failure.
   RowList(HWND parent, int id, RowModel& model);
 
   HWND Handle() const { return window_; }
-  void SetFonts(HFONT plain, HFONT bold);
-
-  // Column widths in pixels at scale 96, and the order of the columns. The
-  // detail column has at least its width.
-  struct Columns {
-    std::array<int, kRowColumns> widths{50, 120, 90, 190, 80, 150, 240};
-    std::array<int, kRowColumns> order{0, 1, 2, 3, 4, 5, 6};
-  };
-  Columns GetColumns() const;
-  void SetColumns(const Columns& columns, unsigned scale);
-
-  // The detail column takes what the others leave of the width.
-  void FillWidth();
+  void SetFonts(const UiFonts& fonts);
+  void Place(const PaneLayout& layout);
+  ListColumns& Columns() { return columns_; }
+  const ListColumns& Columns() const { return columns_; }
 
   // Stands in the list while it has no rows.
   void SetHint(const std::wstring& hint);
 
   // The model's rows have come or changed; the place stays where it is.
   void Update();
-  // Nothing is selected when there is no such row.
+  // Empty selects none, as does a row that is not shown.
   void Select(std::optional<std::uint32_t> position);
   // The same without telling the handler.
   void Mark(std::optional<std::uint32_t> position);
   std::optional<std::uint32_t> Selected() const;
-  // To the next (+1) or previous (-1) shown row.
+  // To the next (+1) or previous (-1) shown row; without a selection to the
+  // first.
   void Move(int step);
 
   // Told the position of each newly selected row.
   void OnSelected(std::function<void(std::uint32_t)> handler) {
     on_selected_ = std::move(handler);
   }
+  // Answers what the control tells its parent by WM_NOTIFY.
   LRESULT Notify(NMHDR* header);
 
  private:
-  void AddColumns();
   void Deselect();
   void FillText(LVITEMW& item);
   LRESULT Draw(NMLVCUSTOMDRAW& draw);
   LRESULT DrawRow(NMLVCUSTOMDRAW& draw);
   void DrawHint(HDC device) const;
-  int DetailWidth() const;
   bool IsSelected(std::uint32_t index) const;
   std::optional<std::uint32_t> SelectedIndex() const;
 
   RowModel& model_;
-  HWND window_ = nullptr;
-  HFONT bold_ = nullptr;
-  unsigned scale_ = 96;
-  int least_detail_ = 0;   // in pixels, as the person wants it
-  int filled_detail_ = 0;  // as FillWidth() has set it
-  LONG filled_width_ = 0;  // of the whole list at that time
+  HWND window_;
+  ListColumns columns_;
+  HFONT bold_ = nullptr;  // the window's
   std::wstring hint_;
-  std::wstring text_;
+  std::wstring text_;           // of the cell that was asked for last
   std::uint32_t selected_ = 0;  // the index that was selected last
   bool silent_ = false;         // selections are our own
   std::function<void(std::uint32_t)> on_selected_;

@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <array>
-#include <set>
+#include <numeric>
+#include <optional>
 #include <sstream>
+
+#include "host/capview/recent_files.h"
 
 namespace host {
 namespace {
@@ -15,6 +18,8 @@ constexpr wchar_t kSection[] = L"capview";
 constexpr wchar_t kByteOrderMark = 0xFEFF;
 constexpr DWORD kLongestValue = 4096;
 
+// Answers the value of each key, or what stands there instead when it is
+// missing or makes no sense.
 class IniReader {
  public:
   explicit IniReader(const std::wstring& path) : path_(path) {}
@@ -25,28 +30,25 @@ class IniReader {
         kSection, key.c_str(), L"", text.data(), kLongestValue, path_.c_str()));
     return text;
   }
-  void Number(const wchar_t* key, int least, int most, int* number) const {
+  int Number(const wchar_t* key, int least, int most, int instead) const {
     const std::wstring text = Text(key);
     wchar_t* end = nullptr;
     const long value = std::wcstol(text.c_str(), &end, 10);
     const bool sensible =
         !text.empty() && *end == L'\0' && value >= least && value <= most;
-    if (sensible) *number = static_cast<int>(value);
+    return sensible ? static_cast<int>(value) : instead;
   }
-  void Switch(const wchar_t* key, bool* on) const {
-    int number = *on;
-    Number(key, 0, 1, &number);
-    *on = number != 0;
+  bool Switch(const wchar_t* key, bool instead) const {
+    return Number(key, 0, 1, instead) != 0;
   }
   template <std::size_t kCount>
-  bool Numbers(const wchar_t* key, std::array<int, kCount>* numbers) const {
+  std::optional<std::array<int, kCount>> Numbers(const wchar_t* key) const {
     std::wistringstream text(Text(key));
-    std::array<int, kCount> read{};
-    for (int& number : read) {
-      if (!(text >> number)) return false;
+    std::array<int, kCount> numbers{};
+    for (int& number : numbers) {
+      if (!(text >> number)) return {};
     }
-    *numbers = read;
-    return true;
+    return numbers;
   }
 
  private:
@@ -57,24 +59,23 @@ class IniWriter {
  public:
   explicit IniWriter(const std::wstring& path) : path_(path) {}
 
-  void Text(const std::wstring& key, const std::wstring& text) {
-    good_ &= WritePrivateProfileStringW(kSection, key.c_str(), text.c_str(),
-                                        path_.c_str()) != FALSE;
+  void Text(const std::wstring& key, const std::wstring& text) const {
+    WritePrivateProfileStringW(kSection, key.c_str(), text.c_str(),
+                               path_.c_str());
   }
-  void Number(const wchar_t* key, long number) {
+  void Number(const wchar_t* key, long number) const {
     Text(key, std::to_wstring(number));
   }
-  template <class Numbers>
-  void List(const wchar_t* key, const Numbers& numbers) {
+  template <std::size_t kCount>
+  void Numbers(const wchar_t* key,
+               const std::array<int, kCount>& numbers) const {
     std::wstring text;
     for (const int number : numbers) text += std::to_wstring(number) + L" ";
     Text(key, text);
   }
-  bool good() const { return good_; }
 
  private:
   const std::wstring& path_;
-  bool good_ = true;
 };
 
 std::wstring RecentKey(std::size_t index) {
@@ -92,42 +93,49 @@ void BeginFile(const std::wstring& path) {
   CloseHandle(file);
 }
 
-void ReadColumns(const IniReader& ini, RowList::Columns* columns) {
-  RowList::Columns read;
-  if (ini.Numbers(L"ColumnWidths", &read.widths) &&
-      std::all_of(read.widths.begin(), read.widths.end(),
-                  [](int width) { return width >= 0 && width < 10000; })) {
-    columns->widths = read.widths;
-  }
-  if (!ini.Numbers(L"ColumnOrder", &read.order)) return;
-  const std::set<int> all(read.order.begin(), read.order.end());
-  if (all.size() == kRowColumns && *all.begin() == 0 &&
-      *all.rbegin() == kRowColumns - 1) {
-    columns->order = read.order;
-  }
+// Whether every column stands somewhere, once.
+bool IsOrder(std::array<int, kRowColumns> order) {
+  std::array<int, kRowColumns> all{};
+  std::iota(all.begin(), all.end(), 0);
+  std::ranges::sort(order);
+  return order == all;
 }
 
-void ReadPlace(const IniReader& ini, RECT* place) {
-  std::array<int, 4> read{};
-  if (!ini.Numbers(L"Place", &read)) return;
-  const RECT wanted{read[0], read[1], read[2], read[3]};
-  // The screen that it was on may be gone.
-  if (MonitorFromRect(&wanted, MONITOR_DEFAULTTONULL) != nullptr) {
-    *place = wanted;
+ListColumns::Choice ReadColumns(const IniReader& ini) {
+  ListColumns::Choice columns;
+  const auto widths = ini.Numbers<kRowColumns>(L"ColumnWidths");
+  const auto is_width = [](int width) { return width >= 0 && width < 10000; };
+  if (widths && std::ranges::all_of(*widths, is_width)) {
+    columns.widths = *widths;
   }
+  const auto order = ini.Numbers<kRowColumns>(L"ColumnOrder");
+  if (order && IsOrder(*order)) columns.order = *order;
+  return columns;
+}
+
+// Empty when the screen that it was on is gone.
+RECT ReadPlace(const IniReader& ini) {
+  const auto edges = ini.Numbers<4>(L"Place");
+  if (!edges) return {};
+  const RECT place{(*edges)[0], (*edges)[1], (*edges)[2], (*edges)[3]};
+  const bool seen = MonitorFromRect(&place, MONITOR_DEFAULTTONULL) != nullptr;
+  return seen ? place : RECT{};
+}
+
+PaneSizes::Choice ReadSizes(const IniReader& ini) {
+  PaneSizes::Choice sizes;
+  const auto share = [&](const wchar_t* key, int instead) {
+    return ini.Number(key, PaneShares::kLeast, PaneShares::kMost, instead);
+  };
+  sizes.shares = {share(L"ListShare", sizes.shares.list),
+                  share(L"TreeShare", sizes.shares.tree)};
+  sizes.font_points =
+      ini.Number(L"FontPoints", PaneSizes::Choice::kLeastPoints,
+                 PaneSizes::Choice::kMostPoints, sizes.font_points);
+  return sizes;
 }
 
 }  // namespace
-
-void Settings::AddRecentFile(const std::wstring& path) {
-  std::erase_if(recent_files, [&path](const std::wstring& one) {
-    return lstrcmpiW(one.c_str(), path.c_str()) == 0;
-  });
-  recent_files.insert(recent_files.begin(), path);
-  if (recent_files.size() > kMostRecentFiles) {
-    recent_files.resize(kMostRecentFiles);
-  }
-}
 
 std::wstring SettingsPath() {
   std::wstring path(MAX_PATH, L'\0');
@@ -139,47 +147,46 @@ std::wstring SettingsPath() {
 Settings ReadSettings(const std::wstring& path) {
   const IniReader ini(path);
   Settings settings;
-  ReadPlace(ini, &settings.place);
-  ini.Switch(L"Maximized", &settings.maximized);
-  ini.Number(L"ListShare", 5, 95, &settings.list_share);
-  ini.Number(L"TreeShare", 5, 95, &settings.tree_share);
-  ini.Number(L"FontPoints", 6, 36, &settings.font_points);
-  ini.Switch(L"ShowMessageData", &settings.show_message_data);
-  ini.Switch(L"CleanStreams", &settings.clean_streams);
-  ini.Switch(L"MessageView", &settings.message_view);
-  int mask = static_cast<int>(settings.expand_mask);
-  ini.Number(L"ExpandMask", 0, 0x1FE, &mask);
-  settings.expand_mask = static_cast<std::uint32_t>(mask);
-  ReadColumns(ini, &settings.columns);
-  for (std::size_t i = 0; i < Settings::kMostRecentFiles; ++i) {
+  settings.place = ReadPlace(ini);
+  settings.maximized = ini.Switch(L"Maximized", settings.maximized);
+  settings.sizes = ReadSizes(ini);
+  settings.columns = ReadColumns(ini);
+  settings.switches = {
+      ini.Switch(L"ShowMessageData", settings.switches.show_message_data),
+      static_cast<std::uint32_t>(
+          ini.Number(L"ExpandMask", 0, 0x1FE,
+                     static_cast<int>(settings.switches.expand_mask)))};
+  settings.clean_streams = ini.Switch(L"CleanStreams", settings.clean_streams);
+  settings.kind =
+      ini.Switch(L"MessageView", false) ? ListKind::kMessages : ListKind::kPdus;
+  for (std::size_t i = 0; i < RecentFiles::kMost; ++i) {
     const std::wstring file = ini.Text(RecentKey(i));
     if (!file.empty()) settings.recent_files.push_back(file);
   }
   return settings;
 }
 
-bool WriteSettings(const Settings& settings, const std::wstring& path) {
+void WriteSettings(const Settings& settings, const std::wstring& path) {
   BeginFile(path);
-  IniWriter ini(path);
+  const IniWriter ini(path);
   const RECT& place = settings.place;
   if (!IsRectEmpty(&place)) {
-    ini.List(L"Place", std::array<int, 4>{place.left, place.top, place.right,
-                                          place.bottom});
+    ini.Numbers(L"Place", std::array<int, 4>{place.left, place.top, place.right,
+                                             place.bottom});
   }
   ini.Number(L"Maximized", settings.maximized);
-  ini.Number(L"ListShare", settings.list_share);
-  ini.Number(L"TreeShare", settings.tree_share);
-  ini.Number(L"FontPoints", settings.font_points);
-  ini.Number(L"ShowMessageData", settings.show_message_data);
+  ini.Number(L"ListShare", settings.sizes.shares.list);
+  ini.Number(L"TreeShare", settings.sizes.shares.tree);
+  ini.Number(L"FontPoints", settings.sizes.font_points);
+  ini.Number(L"ShowMessageData", settings.switches.show_message_data);
   ini.Number(L"CleanStreams", settings.clean_streams);
-  ini.Number(L"MessageView", settings.message_view);
-  ini.Number(L"ExpandMask", static_cast<long>(settings.expand_mask));
-  ini.List(L"ColumnWidths", settings.columns.widths);
-  ini.List(L"ColumnOrder", settings.columns.order);
+  ini.Number(L"MessageView", settings.kind == ListKind::kMessages);
+  ini.Number(L"ExpandMask", static_cast<long>(settings.switches.expand_mask));
+  ini.Numbers(L"ColumnWidths", settings.columns.widths);
+  ini.Numbers(L"ColumnOrder", settings.columns.order);
   for (std::size_t i = 0; i < settings.recent_files.size(); ++i) {
     ini.Text(RecentKey(i), settings.recent_files[i]);
   }
-  return ini.good();
 }
 
 }  // namespace host

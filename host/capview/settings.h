@@ -3,39 +3,35 @@
 
 #include <windows.h>
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
-#include "host/capview/row_list.h"
+#include "host/capview/capture_document.h"
+#include "host/capview/list_columns.h"
+#include "host/capview/pane_sizes.h"
 
 namespace host {
 
 // What the window remembers from one time to the next, in an .ini file.
 struct Settings {
-  static constexpr std::size_t kMostRecentFiles = 8;
-
   RECT place{};  // of the window, restored; empty: where the system likes
   bool maximized = false;
-  int list_share = 42;  // of the panes' height, in per cent
-  int tree_share = 52;  // of the lower panes' width
-  RowList::Columns columns;
-  int font_points = 9;
-  bool show_message_data = true;
+  PaneSizes::Choice sizes;
+  ListColumns::Choice columns;
+  // Sections 1 to 7 are expanded; 8 is the message's data.
+  CaptureDocument::Switches switches{true, 0xFE};
   bool clean_streams = true;
-  bool message_view = false;
-  std::uint32_t expand_mask = 0xFE;        // sections 1 to 7; 8 is message data
+  ListKind kind = ListKind::kPdus;
   std::vector<std::wstring> recent_files;  // the newest first
-
-  void AddRecentFile(const std::wstring& path);
 };
 
-// The file of this user.
+// The file of this user, which need not be there yet.
 std::wstring SettingsPath();
-// What is missing or makes no sense stays at its default.
+// What is missing or makes no sense has its default.
 Settings ReadSettings(const std::wstring& path);
-// False when the file cannot be written.
-bool WriteSettings(const Settings& settings, const std::wstring& path);
+// Makes the file and its folder where they are missing. What cannot be written
+// is forgotten: nobody can be told any more when the window closes.
+void WriteSettings(const Settings& settings, const std::wstring& path);
 
 }  // namespace host
 

@@ -3,40 +3,56 @@
 
 #include <windows.h>
 
+#include <array>
+#include <functional>
 #include <optional>
 #include <string>
+
+#include "host/capview/ui_fonts.h"
 
 namespace host {
 
 // The line at the bottom: one sentence, a progress bar while something is being
-// read, how many rows are shown, and which bytes are marked.
+// read, how many rows are shown, and which bytes are marked. Texts are UTF-8.
+//
+// The sentence is one that was said, and stays until there is a reason to take
+// it back; otherwise the usual one, which is asked for whenever it is shown.
 class StatusLine {
  public:
+  // Throws Failure.
   explicit StatusLine(HWND parent);
 
-  HWND Handle() const { return window_; }
+  // In pixels.
   int Height() const;
-  void SetFont(HFONT font);
-  // After the parent's size has changed.
-  void Place(unsigned dpi);
+  void SetFonts(const UiFonts& fonts);
+  // Along the parent's lower edge; wanted after its size has changed.
+  void Place();
 
-  void SetText(const std::string& utf8) { SetPart(0, utf8); }
-  void SetRows(const std::string& utf8) { SetPart(2, utf8); }
-  void SetBytes(const std::string& utf8) { SetPart(3, utf8); }
-  // Nothing hides the bar.
+  // Answers what there is to say when nothing was said.
+  void OnSilence(std::function<std::string()> usual);
+  // A whole sentence, of what the person asked for or of what went wrong.
+  void Say(const std::string& sentence);
+  // Takes back what was said.
+  void Hush();
+  // The usual sentence may have become another.
+  void Refresh();
+
+  void SetRows(const std::string& text) { SetPart(kRowsPart, text); }
+  void SetBytes(const std::string& text) { SetPart(kBytesPart, text); }
+  // Empty hides the bar.
   void SetProgress(std::optional<unsigned> percent);
-  std::string Text() const { return shown_[0]; }
-  std::string Bytes() const { return shown_[3]; }
-  std::string Rows() const { return shown_[2]; }
 
  private:
-  static constexpr int kParts = 4;
-  void SetPart(int part, const std::string& utf8);
+  enum Part : int { kSentencePart, kProgressPart, kRowsPart, kBytesPart };
+
+  void SetPart(Part part, const std::string& text);
   void PlaceParts();
 
-  HWND window_ = nullptr;
-  HWND bar_ = nullptr;
-  std::string shown_[kParts];
+  HWND window_;
+  HWND bar_;
+  std::function<std::string()> usual_;
+  bool said_ = false;
+  std::array<std::string, 4> shown_;
   std::optional<unsigned> percent_;
   unsigned dpi_ = 96;
 };

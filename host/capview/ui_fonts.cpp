@@ -6,7 +6,6 @@ namespace host {
 namespace {
 
 constexpr int kPointsPerInch = 72;
-constexpr int kChromePoints = 9;
 
 LOGFONTW SystemFont() {
   NONCLIENTMETRICSW metrics{};
@@ -38,10 +37,12 @@ unsigned DpiOf(HWND window) {
       GetProcAddress(GetModuleHandleW(L"user32.dll"), "GetDpiForWindow")));
   const UINT dpi = get_dpi != nullptr ? get_dpi(window) : 0;
   if (dpi != 0) return dpi;
-  const HDC screen = GetDC(nullptr);
-  const int all = GetDeviceCaps(screen, LOGPIXELSX);
-  ReleaseDC(nullptr, screen);
-  return static_cast<unsigned>(all);
+  const WindowDevice screen = DeviceOf(nullptr);
+  return static_cast<unsigned>(GetDeviceCaps(screen.get(), LOGPIXELSX));
+}
+
+int Scaled(int pixels, unsigned dpi) {
+  return MulDiv(pixels, static_cast<int>(dpi), 96);
 }
 
 Font MakeFixedFont(int points, unsigned dpi) {
@@ -49,9 +50,11 @@ Font MakeFixedFont(int points, unsigned dpi) {
 }
 
 UiFonts::UiFonts(int points, unsigned dpi)
-    : chrome(Make(SystemFont(), kChromePoints, dpi, FW_NORMAL)),
+    : chrome(Make(SystemFont(), kUsualPoints, dpi, FW_NORMAL)),
       pane(Make(SystemFont(), points, dpi, FW_NORMAL)),
       pane_bold(Make(SystemFont(), points, dpi, FW_BOLD)),
-      fixed(MakeFixedFont(points, dpi)) {}
+      fixed(MakeFixedFont(points, dpi)),
+      dpi(dpi),
+      text_scale(dpi * static_cast<unsigned>(points) / kUsualPoints) {}
 
 }  // namespace host

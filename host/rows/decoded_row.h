@@ -13,7 +13,6 @@ namespace host {
 
 // The two lists that it keeps of a connection.
 enum class ListKind { kPdus, kMessages };
-using View = ListKind;  // until the window has been told
 
 // A row of one of the lists.
 struct RowRef {

@@ -11,6 +11,9 @@ namespace host {
 // replacement character; nothing throws.
 std::wstring WideFromUtf8(std::string_view utf8);
 std::string Utf8FromWide(std::wstring_view wide);
+// As the module has its texts; what the code page does not know becomes the
+// nearest character that it knows, or a question mark.
+std::string CodePage1252FromWide(std::wstring_view wide);
 
 // The system's sentence for a Win32 error code (GetLastError), in English and
 // without a full stop, to stand in brackets: "Access is denied".

@@ -25,6 +25,14 @@ std::string Utf8FromWide(std::wstring_view wide) {
   return utf8;
 }
 
+std::string CodePage1252FromWide(std::wstring_view wide) {
+  const int units = static_cast<int>(wide.size());
+  std::string text(wide.size(), '\0');  // one byte a character at most
+  text.resize(static_cast<std::size_t>(WideCharToMultiByte(
+      1252, 0, wide.data(), units, text.data(), units, nullptr, nullptr)));
+  return text;
+}
+
 std::string SystemErrorText(unsigned long error) {
   wchar_t text[256] = L"";
   DWORD length = FormatMessageW(

@@ -1,0 +1,27 @@
+#ifndef HOST_CAPVIEW_COPYING_H_
+#define HOST_CAPVIEW_COPYING_H_
+
+#include <windows.h>
+
+#include "host/capview/panes.h"
+#include "host/capview/row_model.h"
+
+namespace host {
+
+// Copies what the person has selected to the clipboard, for the window `owner`;
+// nothing happens when nothing is selected. All throw Failure while another
+// program has the clipboard.
+
+// Of the pane that has the focus: the row's cells, with tabs between, the text
+// of an edit control; of the tree's line in every other case.
+void CopyLine(HWND owner, Panes& panes, RowModel& model);
+// What stands behind the name in the line of the tree.
+void CopyValue(HWND owner, DecodeTreePane& tree);
+// The line and all below it.
+void CopySubtree(HWND owner, DecodeTreePane& tree);
+// The bytes of the line, as hex digits with blanks between.
+void CopyBytes(HWND owner, DecodePanes& decode);
+
+}  // namespace host
+
+#endif  // HOST_CAPVIEW_COPYING_H_

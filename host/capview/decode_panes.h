@@ -1,0 +1,63 @@
+#ifndef HOST_CAPVIEW_DECODE_PANES_H_
+#define HOST_CAPVIEW_DECODE_PANES_H_
+
+#include <windows.h>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "host/capview/capture_document.h"
+#include "host/capview/decode_tree_pane.h"
+#include "host/capview/hex_pane.h"
+#include "host/capview/pane_layout.h"
+#include "host/capview/ui_fonts.h"
+
+namespace host {
+
+// The decode of one row: the module's tree and its hex dump side by side. A
+// line that is selected marks its bytes, a byte that is clicked selects the
+// line that describes it.
+class DecodePanes {
+ public:
+  // The sections that the module numbers 1 to 8.
+  static constexpr int kSections = 8;
+
+  // Throws Failure.
+  explicit DecodePanes(HWND parent);
+
+  void SetFonts(const UiFonts& fonts);
+  void Place(const PaneLayout& layout);
+
+  // What of a decode the person wants to see: of later displays.
+  CaptureDocument::Switches switches;
+
+  // Shows the row, which the module must have available; answers why it stopped
+  // early, or nothing.
+  std::string Show(CaptureDocument& document, ListKind kind, std::uint32_t row);
+  // Nothing is shown any more.
+  void Clear(CaptureDocument& document);
+
+  // Told which bytes are marked, empty for none, whenever that changes.
+  void OnBytes(std::function<void(const std::optional<ByteRange>&)> handler) {
+    on_bytes_ = std::move(handler);
+  }
+
+  DecodeTreePane& Tree() { return tree_; }
+  const HexPane& Hex() const { return hex_; }
+  // Answers what the tree tells its parent by WM_NOTIFY.
+  LRESULT Notify(NMHDR* header);
+
+ private:
+  void Mark(const std::optional<ByteRange>& bytes);
+
+  DecodeTreePane tree_;
+  HexPane hex_;
+  std::function<void(const std::optional<ByteRange>&)> on_bytes_;
+};
+
+}  // namespace host
+
+#endif  // HOST_CAPVIEW_DECODE_PANES_H_

@@ -1,0 +1,68 @@
+#include "host/capview/file_dialogs.h"
+
+// After windows.h.
+#include <commdlg.h>
+
+#include "host/text/failure.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kLongestName = 32768;
+
+constexpr wchar_t kCaptures[] =
+    L"Captures (*.pcap;*.pcapng;*.cap)\0*.pcap;*.pcapng;*.cap\0"
+    L"All files\0*.*\0";
+constexpr wchar_t kTexts[] = L"Texts (*.txt)\0*.txt\0All files\0*.*\0";
+
+struct FileKind {
+  const wchar_t* filter;
+  const wchar_t* extension;  // of a name that was typed without one
+  DWORD flags;
+};
+
+std::optional<std::wstring> AskForFile(HWND owner, const FileKind& kind,
+                                       BOOL(WINAPI* ask)(OPENFILENAMEW*)) {
+  std::wstring name(kLongestName, L'\0');
+  OPENFILENAMEW question{};
+  question.lStructSize = sizeof question;
+  question.hwndOwner = owner;
+  question.lpstrFilter = kind.filter;
+  question.lpstrDefExt = kind.extension;
+  question.lpstrFile = name.data();
+  question.nMaxFile = static_cast<DWORD>(name.size());
+  question.Flags =
+      OFN_EXPLORER | OFN_NOCHANGEDIR | OFN_HIDEREADONLY | kind.flags;
+  if (!ask(&question)) return {};
+  return name.c_str();
+}
+
+}  // namespace
+
+std::optional<std::wstring> AskForCapture(HWND owner) {
+  return AskForFile(owner, {kCaptures, nullptr, OFN_FILEMUSTEXIST},
+                    GetOpenFileNameW);
+}
+
+std::optional<std::wstring> AskForTextFile(HWND owner) {
+  return AskForFile(owner, {kTexts, L"txt", OFN_OVERWRITEPROMPT},
+                    GetSaveFileNameW);
+}
+
+Printer AskForPrinter(HWND owner) {
+  PRINTDLGW question{};
+  question.lStructSize = sizeof question;
+  question.hwndOwner = owner;
+  question.Flags = PD_RETURNDC | PD_NOPAGENUMS | PD_NOSELECTION | PD_NOWARNING;
+  const bool chosen = PrintDlgW(&question);
+  // What the dialog tells beside the printer itself.
+  const GlobalMemory mode(question.hDevMode);
+  const GlobalMemory names(question.hDevNames);
+  if (!chosen && CommDlgExtendedError() != 0) {
+    throw Failure(
+        "There is no printer: install one, or save the decode (Ctrl+S).");
+  }
+  return Printer(chosen ? question.hDC : nullptr);
+}
+
+}  // namespace host

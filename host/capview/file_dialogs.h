@@ -1,0 +1,25 @@
+#ifndef HOST_CAPVIEW_FILE_DIALOGS_H_
+#define HOST_CAPVIEW_FILE_DIALOGS_H_
+
+#include <windows.h>
+
+#include <optional>
+#include <string>
+
+#include "host/capview/owned_handles.h"
+
+namespace host {
+
+// The system's own questions, over the window `owner`. Empty, or a null
+// printer, when the person does not want to.
+
+// The name of a capture that is there.
+std::optional<std::wstring> AskForCapture(HWND owner);
+// The name of a text to be written; an old one may be replaced.
+std::optional<std::wstring> AskForTextFile(HWND owner);
+// Throws Failure when the system has no printer.
+Printer AskForPrinter(HWND owner);
+
+}  // namespace host
+
+#endif  // HOST_CAPVIEW_FILE_DIALOGS_H_

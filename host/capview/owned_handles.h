@@ -1,0 +1,68 @@
+#ifndef HOST_CAPVIEW_OWNED_HANDLES_H_
+#define HOST_CAPVIEW_OWNED_HANDLES_H_
+
+#include <windows.h>
+
+#include <memory>
+#include <type_traits>
+
+namespace host {
+
+// An owner for each kind of Win32 handle that the window has to give back; it
+// does so in the way that the kind wants. A handle that somebody else owns,
+// such as a control, which its parent destroys, stays a plain HWND, HFONT or
+// HDC.
+
+struct GlobalMemoryFree {
+  void operator()(HGLOBAL block) const { GlobalFree(block); }
+};
+using GlobalMemory =
+    std::unique_ptr<std::remove_pointer_t<HGLOBAL>, GlobalMemoryFree>;
+
+struct ClipboardClose {
+  void operator()(HWND) const { CloseClipboard(); }
+};
+using OpenedClipboard =
+    std::unique_ptr<std::remove_pointer_t<HWND>, ClipboardClose>;
+// For `owner`, until the answer goes; null while another program has it.
+inline OpenedClipboard OpenClipboardFor(HWND owner) {
+  return OpenedClipboard(OpenClipboard(owner) ? owner : nullptr);
+}
+
+struct FontDelete {
+  void operator()(HFONT font) const { DeleteObject(font); }
+};
+// Must not be selected into a device any more when it goes.
+using Font = std::unique_ptr<std::remove_pointer_t<HFONT>, FontDelete>;
+
+struct PrinterDelete {
+  void operator()(HDC printer) const { DeleteDC(printer); }
+};
+using Printer = std::unique_ptr<std::remove_pointer_t<HDC>, PrinterDelete>;
+
+struct DeviceRelease {
+  HWND window;
+  void operator()(HDC device) const { ReleaseDC(window, device); }
+};
+using WindowDevice = std::unique_ptr<std::remove_pointer_t<HDC>, DeviceRelease>;
+// To draw into the window's client area, or to measure; null: the screen. To be
+// let go before the next message is waited for.
+inline WindowDevice DeviceOf(HWND window) {
+  return WindowDevice(GetDC(window), DeviceRelease{window});
+}
+
+struct FontDeselect {
+  HDC device;
+  void operator()(HGDIOBJ before) const { SelectObject(device, before); }
+};
+using SelectedFont =
+    std::unique_ptr<std::remove_pointer_t<HGDIOBJ>, FontDeselect>;
+// The device writes in the font until the answer goes, which has to be before
+// either of the two does.
+inline SelectedFont UseFont(HDC device, HFONT font) {
+  return SelectedFont(SelectObject(device, font), FontDeselect{device});
+}
+
+}  // namespace host
+
+#endif  // HOST_CAPVIEW_OWNED_HANDLES_H_

@@ -1,0 +1,148 @@
+#include "host/capview/row_navigator.h"
+
+#include <algorithm>
+#include <cwchar>
+#include <utility>
+
+#include "host/capview/capture_summary.h"
+#include "host/text/number_text.h"
+#include "host/text/text_encoding.h"
+#include "host/text/wide_text.h"
+
+namespace host {
+namespace {
+
+// With or without the commas that numbers are shown with.
+std::optional<std::uint32_t> RowOf(std::wstring number, std::uint32_t count) {
+  std::erase(number, L',');
+  wchar_t* end = nullptr;
+  const unsigned long value = std::wcstoul(number.c_str(), &end, 10);
+  if (*end != L'\0' || value < 1 || value > count) return {};
+  return static_cast<std::uint32_t>(value - 1);
+}
+
+}  // namespace
+
+RowNavigator::RowNavigator(CaptureDocument& document, RowModel& model,
+                           Panes& panes, WorkLoop& work)
+    : document_(document), model_(model), panes_(panes), work_(work) {
+  panes_.rows.OnSelected([this](std::uint32_t row) { Show(row); });
+}
+
+void RowNavigator::Clear() {
+  pending_.reset();
+  shown_.reset();
+  panes_.decode.Clear(document_);
+  model_.Reset();
+  panes_.rows.Select({});
+  panes_.rows.SetHint(
+      WideFromUtf8(EmptyListText(document_, model_, work_.IsBusy())));
+  panes_.rows.Update();
+  panes_.bar.ShowKind(model_.view());
+  panes_.status.SetRows("");
+}
+
+void RowNavigator::Update() {
+  const bool nowhere = !shown_ && !wanted_ && !pending_;
+  if (nowhere && !model_.IsFiltered()) wanted_ = 0;
+  model_.Update();
+  panes_.rows.SetHint(
+      WideFromUtf8(EmptyListText(document_, model_, work_.IsBusy())));
+  panes_.rows.Update();
+  panes_.status.SetRows(RowCountText(model_));
+  if (wanted_ && *wanted_ < model_.Count()) {
+    panes_.rows.Mark(wanted_);
+    pending_ = std::exchange(wanted_, {});
+  }
+}
+
+void RowNavigator::ShowKind(ListKind kind) {
+  if (kind == model_.view()) return;
+  const auto selected = panes_.rows.Selected();
+  std::optional<std::uint32_t> place;
+  if (selected) place = model_.PositionInOtherView(*selected);
+  model_.SetView(kind);
+  Clear();
+  if (place && model_.Count() > 0) {
+    wanted_ = std::min(*place, model_.Count() - 1);
+  }
+  Update();
+  panes_.status.Hush();
+  panes_.status.Refresh();  // what failed is told by this kind's rows
+}
+
+void RowNavigator::Filter(const std::wstring& text) {
+  const auto place = pending_ ? pending_ : shown_;
+  panes_.rows.Mark({});
+  model_.SetFilter(CodePage1252FromWide(text));
+  Update();
+  const bool passes = place && model_.IndexOf(*place) < model_.ShownCount() &&
+                      model_.PositionAt(model_.IndexOf(*place)) == *place;
+  if (passes) panes_.rows.Mark(place);
+}
+
+void RowNavigator::GoTo(const std::wstring& number) {
+  if (const auto row = RowOf(number, model_.Count())) {
+    panes_.rows.Select(row);
+  } else {
+    panes_.status.Say("There is no row " + Utf8FromWide(number) +
+                      "; rows go from 1 to " + NumberText(model_.Count()) +
+                      ".");
+  }
+}
+
+void RowNavigator::Jump() {
+  if (!panes_.rows.Selected()) return;
+  ShowKind(ListKind::kMessages);
+  const auto row = panes_.rows.Selected();
+  const auto partner = row ? model_.PartnerOf(*row) : std::nullopt;
+  if (partner) {
+    panes_.rows.Select(partner);
+  } else {
+    panes_.status.Say("This row has no counterpart in the capture.");
+  }
+}
+
+std::optional<RowRange> RowNavigator::SelectedRow() const {
+  const auto row = panes_.rows.Selected();
+  if (!row) return {};
+  return RowRange{model_.view(), *row, *row + 1};
+}
+
+std::optional<RowRange> RowNavigator::AllRows() const {
+  if (model_.Count() == 0) return {};
+  return RowRange{model_.view(), 0, model_.Count()};
+}
+
+void RowNavigator::ShowAgain() {
+  pending_ = panes_.rows.Selected();
+  ShowPending();
+}
+
+// Inside a slice it stays pending until the next one.
+void RowNavigator::Show(std::uint32_t row) {
+  pending_ = row;
+  panes_.status.Hush();
+  if (!work_.IsInside()) ShowPending();
+}
+
+bool RowNavigator::IsPendingThere() const {
+  return pending_ && *pending_ < document_.Available(model_.view());
+}
+
+bool RowNavigator::ShowPending() {
+  if (!IsPendingThere()) return false;
+  const std::uint32_t row = *std::exchange(pending_, {});
+  shown_ = row;
+  const std::string stopped = panes_.decode.Show(document_, model_.view(), row);
+  if (on_shown_) on_shown_();
+  if (stopped.empty()) return true;
+  panes_.status.Say("Row " + NumberText(row + 1) +
+                    " could not be decoded to its end (" +
+                    PrintableFromCodePage1252(stopped) +
+                    "); the module was loaded again, choose another row.");
+  work_.Start();
+  return true;
+}
+
+}  // namespace host
