@@ -3,6 +3,8 @@
 //   fail@N   the list driver fails at packet N, and reports every third failure
 //            in a message box, as the real module does
 //   stuck@N  never takes packet N
+//   pump@N   lets the host's messages in at packet N, as the real module does in
+//            long calls
 //   listcrash  the list driver raises an access violation
 //   raise@N  the display of row N (from 0) raises the decode exception
 //   crash@N  the display of row N raises an access violation
@@ -51,6 +53,13 @@ std::uint32_t Fail(HWND host) {
   return DICOM_LIST_FAILED;
 }
 
+void Pump() {
+  MSG message;
+  while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
+    DispatchMessageA(&message);
+  }
+}
+
 enum class Step { kTaken, kNoMore, kFailed };
 
 Step TakePacket(HWND host, Context& context, int count) {
@@ -64,6 +73,7 @@ Step TakePacket(HWND host, Context& context, int count) {
     return Step::kNoMore;
   }
   context.position = record.index;
+  if (IsTold("pump", next)) Pump();
   if (IsTold("fail", next)) return Step::kFailed;
   if (record.tcp_bytes > 20) ++context.rows;
   return Step::kTaken;

@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "gtest/gtest.h"
+#include "host/rows/connection_text.h"
 #include "host/rows/hex_layout.h"
 #include "host/rows/row_filter.h"
 #include "host/rows/row_pages.h"
@@ -97,6 +98,24 @@ TEST(RowFilterTest, LooksIntoEveryColumn) {
        {"C-ECHO", "99", "dir:>", "dir:0", "dir:192.0", "send dir:>"}) {
     EXPECT_FALSE(passes(text)) << text;
   }
+}
+
+TEST(ConnectionTextTest, SaysWhoTalkedAndHowMuch) {
+  Connection connection;
+  connection.first_endpoint = "192.0.2.2:60234";
+  connection.second_endpoint = "192.0.2.1:11112";
+  connection.payload_bytes = 5553;
+  connection.last_time = 45'000'000;
+  const std::string endpoints = "192.0.2.2:60234 --> 192.0.2.1:11112";
+  EXPECT_EQ(ConnectionTexts(1, connection, {}),
+            (ConnectionColumns{"1", endpoints, "", "no DICOM, 5,553 bytes",
+                               "0.045 s"}));
+  connection.carries_dicom = true;
+  connection.pdus.resize(7);
+  connection.messages.resize(1);
+  EXPECT_EQ(ConnectionTexts(2, connection, AeTitles{1, "SCU", "SCP"}),
+            (ConnectionColumns{"2", endpoints, "SCP <-- SCU",
+                               "7 PDUs, 1 message, 5,553 bytes", "0.045 s"}));
 }
 
 TEST(RowPagesTest, FetchesWhatIsInSightAndKeepsLittle) {

@@ -141,8 +141,6 @@ void CaptureBrowser::ShowProgress() {
   panes_.status.Refresh();
 }
 
-// False while the one that is wanted has not been read; one that does not come
-// is given up at the end.
 bool CaptureBrowser::IsConnectionThere() {
   if (!wanted_connection_) return true;
   if (*wanted_connection_ < document_.ConnectionCount()) {

@@ -50,9 +50,11 @@ class CaptureBrowser {
   void UseCleanStreams(bool clean_streams);
   bool UsesCleanStreams() const { return clean_streams_; }
 
-  // By its index in the document. Throws Failure.
+  // By its index in the document. The module lists its rows when they were not
+  // listed yet. Throws Failure when it cannot be loaded.
   void ChooseConnection(std::size_t connection);
-  // Has the module decode the connection anew. Throws Failure.
+  // Has the module decode the connection anew, after it went wrong; the file is
+  // not read again. Throws Failure.
   void Reload();
   // Ends what takes long, and following; what is there stays.
   void Stop();
@@ -62,15 +64,23 @@ class CaptureBrowser {
   // A slice of the work that is left; false when there is none.
   bool Work();
 
+  // The rows of the connection, and what is at work: for the commands.
   RowNavigator& Rows() { return rows_; }
   WorkLoop& Loop() { return loop_; }
   const WorkLoop& Loop() const { return loop_; }
 
  private:
+  // Begins to read the capture into empty panes. Throws Failure; everything is
+  // as before then.
   void Read(const std::filesystem::path& path, bool follow, bool clean_streams);
+  // The open capture, in another way; connection and row are wanted again.
   void ReadAnew(bool follow, bool clean_streams);
+  // While it is on, the timer says when to look for more.
   void SetFollow(bool follow);
+  // Chooses the connection that is wanted when there is one. False while it has
+  // not been read; one that does not come is given up at the end.
   bool IsConnectionThere();
+  // Brings the panes up to what was read, now and then, and at the end.
   void ShowProgress();
 
   HWND window_;

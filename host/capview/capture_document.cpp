@@ -186,27 +186,24 @@ CaptureDocument::Failures CaptureDocument::FailedMessages(
   return failures;
 }
 
-std::string CaptureDocument::Display(ListKind list, std::uint32_t index,
-                                     HWND tree, HWND hex,
+std::string CaptureDocument::Display(RowRef row, const DecodeWindows& windows,
                                      const Switches& switches) {
   ModuleSession& session = *Current();
   session.State().SetShowMessageData(switches.show_message_data);
   session.State().SetSectionExpandMask(switches.expand_mask);
-  return session.Display({list, index}, {tree, hex}).value_or("");
+  return session.Display(row, windows).value_or("");
 }
 
-std::string CaptureDocument::Save(ListKind list, std::uint32_t index,
-                                  HFILE file) {
-  return Current()->Save({list, index}, file).value_or("");
+std::string CaptureDocument::Save(RowRef row, std::int32_t file) {
+  return Current()->Save(row, file).value_or("");
 }
 
-std::string CaptureDocument::Print(ListKind list, std::uint32_t index,
-                                   const Paper& paper) {
-  return Current()->Print({list, index}, paper).value_or("");
+std::string CaptureDocument::Print(RowRef row, const Paper& paper) {
+  return Current()->Print(row, paper).value_or("");
 }
 
-void CaptureDocument::Clear(HWND tree, HWND hex) {
-  if (module_) module_->ClearDisplay({tree, hex});
+void CaptureDocument::Clear(const DecodeWindows& windows) {
+  if (module_) module_->ClearDisplay(windows);
 }
 
 }  // namespace host

@@ -84,16 +84,16 @@ class CaptureDocument {
     bool show_message_data = true;
     std::uint32_t expand_mask = 0;
   };
-  // Shows the row in both controls; answers why it stopped early, or nothing.
-  // `index` is below Available().
-  std::string Display(ListKind list, std::uint32_t index, HWND tree, HWND hex,
+  // Shows the row in both controls. As the two below it answers why the decode
+  // stopped early, or nothing; the row's index is below Available().
+  std::string Display(RowRef row, const DecodeWindows& windows,
                       const Switches& switches);
-  std::string Save(ListKind list, std::uint32_t index, HFILE file);
-  using Paper = host::Paper;
+  // Writes the row's lines to the file: see SaveFile::Handle.
+  std::string Save(RowRef row, std::int32_t file);
   // Draws the row's lines from the top of the page on.
-  std::string Print(ListKind list, std::uint32_t index, const Paper& paper);
-  // Empties both controls by the module.
-  void Clear(HWND tree, HWND hex);
+  std::string Print(RowRef row, const Paper& paper);
+  // Has the module empty both controls.
+  void Clear(const DecodeWindows& windows);
 
   // Null when none is loaded.
   Module* module() { return module_.get(); }

@@ -6,14 +6,14 @@
 namespace host {
 namespace {
 
-std::string FailedText(const CaptureDocument& document, ListKind kind) {
+std::string FailedText(const CaptureDocument& document, ListKind list) {
   if (!document.chosen()) return {};
   const auto [count, first] = document.FailedMessages(*document.chosen());
   if (count > 0) {
     return CountText(count, "message failed: row ",
                      "messages failed, the first in row ") +
            NumberText(first + 1) +
-           (kind == ListKind::kMessages ? ". " : " of the messages, Ctrl+2. ");
+           (list == ListKind::kMessages ? ". " : " of the messages, Ctrl+2. ");
   }
   for (std::size_t i = 0; i < document.ConnectionCount(); ++i) {
     if (document.FailedMessages(i).count == 0) continue;
@@ -50,9 +50,9 @@ std::string ConnectionsText(const CaptureDocument& document) {
 
 }  // namespace
 
-std::string CaptureSummary(const CaptureDocument& document, ListKind kind) {
+std::string CaptureSummary(const CaptureDocument& document, ListKind list) {
   const std::string notes = NotesText(document);
-  return FailedText(document, kind) +
+  return FailedText(document, list) +
          (notes.empty() ? ConnectionsText(document) : notes);
 }
 
@@ -65,7 +65,7 @@ std::string EmptyListText(const CaptureDocument& document,
   if (!document.ConnectionAt(*document.chosen()).carries_dicom) {
     return "No DICOM was found in this connection; choose another (Ctrl+K).";
   }
-  return model.view() == ListKind::kPdus
+  return model.list() == ListKind::kPdus
              ? "This connection has no PDUs."
              : "This connection has no messages; Ctrl+1 shows its PDUs.";
 }
@@ -73,7 +73,7 @@ std::string EmptyListText(const CaptureDocument& document,
 std::string RowCountText(const RowModel& model) {
   const std::string count =
       NumberText(model.Count()) +
-      (model.view() == ListKind::kPdus ? " PDUs" : " messages");
+      (model.list() == ListKind::kPdus ? " PDUs" : " messages");
   return model.IsFiltered() ? NumberText(model.ShownCount()) + " of " + count
                             : count;
 }

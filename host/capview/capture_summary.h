@@ -12,7 +12,7 @@ namespace host {
 
 // One or a few sentences on an open capture, what a person looks for first:
 // messages that failed, what is wrong with the connection, how much there is.
-std::string CaptureSummary(const CaptureDocument& document, ListKind kind);
+std::string CaptureSummary(const CaptureDocument& document, ListKind list);
 
 // Why the list has no rows and what to do; empty while rows may still come.
 std::string EmptyListText(const CaptureDocument& document,

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "host/capview/main_window.h"
+#include "host/capview/owned_handles.h"
 #include "host/capview/settings.h"
 #include "host/module/module_library.h"
 #include "host/text/failure.h"
@@ -53,11 +54,13 @@ bool TakeOption(const std::wstring& name, const wchar_t* value,
 Arguments ReadArguments() {
   Arguments arguments;
   int count = 0;
-  wchar_t** texts = CommandLineToArgvW(GetCommandLineW(), &count);
+  const LocalMemory<wchar_t*> block(
+      CommandLineToArgvW(GetCommandLineW(), &count));
+  const wchar_t* const* const texts = block.get();
   for (int i = 1; i < count; ++i) {
     const std::wstring text = texts[i];
     if (text == L"--pdus" || text == L"--messages") {
-      arguments.request.kind =
+      arguments.request.list =
           text == L"--pdus" ? ListKind::kPdus : ListKind::kMessages;
     } else if (i + 1 < count && TakeOption(text, texts[i + 1], arguments)) {
       ++i;
@@ -65,7 +68,6 @@ Arguments ReadArguments() {
       arguments.request.capture = NameFrom(texts[i]);
     }
   }
-  LocalFree(texts);
   return arguments;
 }
 

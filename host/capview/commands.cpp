@@ -83,12 +83,16 @@ void ShowVersions(const Targets& t) {
 }
 
 void ToggleMessageData(const Targets& t) {
-  t.panes.decode.switches.show_message_data ^= true;
+  DecodePanes::Choice choice = t.panes.decode.Chosen();
+  choice.show_message_data = !choice.show_message_data;
+  t.panes.decode.Choose(choice);
   t.browser.Rows().ShowAgain();
 }
 
 void ToggleSection(const Targets& t, unsigned bit) {
-  t.panes.decode.switches.expand_mask ^= bit;
+  DecodePanes::Choice choice = t.panes.decode.Chosen();
+  choice.expand_mask ^= bit;
+  t.panes.decode.Choose(choice);
   t.browser.Rows().ShowAgain();
 }
 
@@ -140,15 +144,15 @@ Commands EditCommands(const Targets& t) {
 
 // What is listed, and how the packets get to the module.
 Commands ListCommands(const Targets& t) {
-  const auto show_pdus = [t] { t.browser.Rows().ShowKind(ListKind::kPdus); };
+  const auto show_pdus = [t] { t.browser.Rows().ShowList(ListKind::kPdus); };
   const auto show_messages = [t] {
-    t.browser.Rows().ShowKind(ListKind::kMessages);
+    t.browser.Rows().ShowList(ListKind::kMessages);
   };
   return {
       {IDM_PDU_VIEW, show_pdus, nullptr,
-       [t] { return t.model.view() == ListKind::kPdus; }},
+       [t] { return t.model.list() == ListKind::kPdus; }},
       {IDM_MESSAGE_VIEW, show_messages, nullptr,
-       [t] { return t.model.view() == ListKind::kMessages; }},
+       [t] { return t.model.list() == ListKind::kMessages; }},
       {IDC_PDUS, show_pdus},
       {IDC_MESSAGES, show_messages},
       {IDM_CONNECTION, [t] { t.panes.bar.Connections().Focus(); }},
@@ -168,7 +172,7 @@ Commands ViewCommands(const Targets& t) {
   DecodeTreePane& tree = t.panes.decode.Tree();
   return {
       {IDM_SHOW_MESSAGE_DATA, [t] { ToggleMessageData(t); }, nullptr,
-       [t] { return t.panes.decode.switches.show_message_data; }},
+       [t] { return t.panes.decode.Chosen().show_message_data; }},
       {IDM_EXPAND_ALL, [&tree] { tree.ExpandAll(true); }},
       {IDM_COLLAPSE_ALL, [&tree] { tree.ExpandAll(false); }},
       {IDM_LARGER, [t] { t.sizes.ChangeFont(+1); }},
@@ -190,7 +194,7 @@ Commands NumberedCommands(const Targets& t) {
     commands.push_back(
         {IDM_FIRST_SECTION + i, [t, bit] { ToggleSection(t, bit); }, nullptr,
          [t, bit] {
-           return (t.panes.decode.switches.expand_mask & bit) != 0;
+           return (t.panes.decode.Chosen().expand_mask & bit) != 0;
          }});
   }
   for (std::size_t i = 0; i < RecentFiles::kMost; ++i) {

@@ -14,7 +14,8 @@
 
 namespace host {
 
-// What the commands work on; all of it must outlive them.
+// What the commands work on: the window's parts, all of which must outlive the
+// commands.
 struct CommandTargets {
   HWND window;  // owns the dialogs
   CaptureDocument& document;
@@ -27,7 +28,10 @@ struct CommandTargets {
 };
 
 // Every command of the window. They throw Failure, to be said in the status
-// line, and do not expect to be run inside a slice of work.
+// line, and must not be run inside a slice of work: see WorkLoop::RunOutside.
+// One more is a row of a table in commands.cpp, its number in resource.h, and
+// in capview.rc its menu item and perhaps a key, which IDD_KEYS there and
+// docs/capview.md list.
 CommandTable MakeCommands(const CommandTargets& targets);
 
 }  // namespace host

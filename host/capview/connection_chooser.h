@@ -24,6 +24,7 @@ class ConnectionChooser {
   // The document must outlive the chooser. Throws Failure.
   ConnectionChooser(HWND parent, int id, const CaptureDocument& document);
 
+  // The drop-down list; the parent's.
   HWND Handle() const { return window_; }
   void SetFonts(const UiFonts& fonts);
 
@@ -32,19 +33,22 @@ class ConnectionChooser {
   // With the list open, for a choice by the keys.
   void Focus();
 
-  // Told which connection the person has chosen.
+  // Told which connection the person has chosen, also when it is the same.
   void OnChosen(std::function<void(std::size_t)> handler) {
     on_chosen_ = std::move(handler);
   }
-  // What the control tells its parent: CBN_... and WM_DRAWITEM.
+  // What the control tells its parent: the code of WM_COMMAND, and WM_DRAWITEM.
   void Notify(int code);
+  // A connection in which a message failed is red.
   void Draw(const DRAWITEMSTRUCT& item) const;
 
  private:
   // Of the columns, in pixels.
   using Widths = std::array<int, std::tuple_size_v<ConnectionColumns>>;
 
+  // All connections, those with DICOM first, otherwise as the capture has them.
   std::vector<std::size_t> Order() const;
+  // The item of the connection that is shown.
   std::optional<std::size_t> ChosenItem() const;
   ConnectionColumns Texts(std::size_t connection) const;
   // How wide each column's longest text is, among the first items.

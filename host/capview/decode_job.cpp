@@ -13,10 +13,10 @@ namespace {
 
 constexpr int kPrintPoints = 8;  // some 110 characters in a line of A4
 
-CaptureDocument::Paper PaperOf(HDC printer) {
+Paper PaperOf(HDC printer) {
   TEXTMETRICW font;
   GetTextMetricsW(printer, &font);
-  CaptureDocument::Paper paper;
+  Paper paper;
   paper.printer = printer;
   paper.line_height = font.tmHeight + font.tmExternalLeading;
   // The module counts lines from 1 and leaves the place of line 0 empty.
@@ -29,7 +29,7 @@ CaptureDocument::Paper PaperOf(HDC printer) {
 
 bool DecodeJob::Work(CaptureDocument& document, const TimeIsUp& time_is_up) {
   while (next_ < rows_.end && document.IsListed()) {
-    if (!PutOut(document, rows_.kind, next_++).empty()) ++failed_;
+    if (!PutOut(document, {rows_.list, next_++}).empty()) ++failed_;
     if (time_is_up()) break;
   }
   return next_ < rows_.end;
@@ -54,9 +54,8 @@ SaveJob::SaveJob(const RowRange& rows, const std::wstring& file_name)
       name_(file_name),
       file_(file_name, "choose another file") {}
 
-std::string SaveJob::PutOut(CaptureDocument& document, ListKind kind,
-                            std::uint32_t row) {
-  return document.Save(kind, row, file_.Handle());
+std::string SaveJob::PutOut(CaptureDocument& document, RowRef row) {
+  return document.Save(row, file_.Handle());
 }
 
 std::string SaveJob::Target() const {
@@ -82,10 +81,9 @@ PrintJob::PrintJob(const RowRange& rows, Printer printer)
 PrintJob::~PrintJob() { EndDoc(printer_.get()); }
 
 // Every row begins on a page of its own.
-std::string PrintJob::PutOut(CaptureDocument& document, ListKind kind,
-                             std::uint32_t row) {
+std::string PrintJob::PutOut(CaptureDocument& document, RowRef row) {
   StartPage(printer_.get());
-  std::string stopped = document.Print(kind, row, paper_);
+  std::string stopped = document.Print(row, paper_);
   EndPage(printer_.get());
   return stopped;
 }

@@ -14,7 +14,7 @@ namespace host {
 
 // Rows [first, end) of a list, counted from 0.
 struct RowRange {
-  ListKind kind = ListKind::kPdus;
+  ListKind list = ListKind::kPdus;
   std::uint32_t first = 0;
   std::uint32_t end = 0;
 };
@@ -31,31 +31,31 @@ class DecodeJob {
   // Goes on until the time is up, at least by one row; waits while the document
   // is not listed. True when there are more rows.
   bool Work(CaptureDocument& document, const TimeIsUp& time_is_up);
+  // Of the rows, done by now.
   unsigned Percent() const;
   // One sentence on what was done so far.
   std::string Report() const;
 
  protected:
   // Saves or prints one row; answers why it stopped early, or nothing.
-  virtual std::string PutOut(CaptureDocument& document, ListKind kind,
-                             std::uint32_t row) = 0;
+  virtual std::string PutOut(CaptureDocument& document, RowRef row) = 0;
   // Where the rows went, as a part of the report: "saved to x.txt".
   virtual std::string Target() const = 0;
 
  private:
   RowRange rows_;
   std::uint32_t next_;
-  std::uint32_t failed_ = 0;
+  std::uint32_t failed_ = 0;  // rows that stopped early
 };
 
+// Writes the lines, as the module saves them, one row after the other.
 class SaveJob final : public DecodeJob {
  public:
   // Begins the file anew. Throws Failure when it cannot be written.
   SaveJob(const RowRange& rows, const std::wstring& file_name);
 
  protected:
-  std::string PutOut(CaptureDocument& document, ListKind kind,
-                     std::uint32_t row) override;
+  std::string PutOut(CaptureDocument& document, RowRef row) override;
   std::string Target() const override;
 
  private:
@@ -63,21 +63,22 @@ class SaveJob final : public DecodeJob {
   SaveFile file_;
 };
 
+// Draws the lines, each row from a new page on, in a fixed font.
 class PrintJob final : public DecodeJob {
  public:
-  // Begins a document. Throws Failure when the printer takes none.
+  // Begins a document, which ends with the job. Throws Failure when the printer
+  // takes none.
   PrintJob(const RowRange& rows, Printer printer);
   ~PrintJob() override;
 
  protected:
-  std::string PutOut(CaptureDocument& document, ListKind kind,
-                     std::uint32_t row) override;
+  std::string PutOut(CaptureDocument& document, RowRef row) override;
   std::string Target() const override { return "sent to the printer"; }
 
  private:
   Font font_;  // outlives the printer, which has it selected
   Printer printer_;
-  CaptureDocument::Paper paper_;
+  Paper paper_;
 };
 
 }  // namespace host

@@ -20,19 +20,18 @@ void DecodePanes::Place(const PaneLayout& layout) {
   MoveControl(hex_.Handle(), layout.hex);
 }
 
-std::string DecodePanes::Show(CaptureDocument& document, ListKind kind,
-                              std::uint32_t row) {
+std::string DecodePanes::Show(CaptureDocument& document, RowRef row) {
   Mark({});
   tree_.BeginFilling();
   std::string stopped =
-      document.Display(kind, row, tree_.Handle(), hex_.Handle(), switches);
-  tree_.EndFilling(switches.expand_mask);
+      document.Display(row, {tree_.Handle(), hex_.Handle()}, choice_);
+  tree_.EndFilling(choice_.expand_mask);
   return stopped;
 }
 
 void DecodePanes::Clear(CaptureDocument& document) {
   tree_.BeginFilling();
-  document.Clear(tree_.Handle(), hex_.Handle());
+  document.Clear({tree_.Handle(), hex_.Handle()});
   tree_.EndFilling(0);
   Mark({});
 }

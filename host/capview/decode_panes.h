@@ -22,7 +22,7 @@ namespace host {
 // line that describes it.
 class DecodePanes {
  public:
-  // The sections that the module numbers 1 to 8.
+  // The module numbers the sections of a tree from 1 to this.
   static constexpr int kSections = 8;
 
   // Throws Failure.
@@ -31,12 +31,14 @@ class DecodePanes {
   void SetFonts(const UiFonts& fonts);
   void Place(const PaneLayout& layout);
 
-  // What of a decode the person wants to see: of later displays.
-  CaptureDocument::Switches switches;
+  // What of a decode the person wants to see, from the next display on.
+  using Choice = CaptureDocument::Switches;
+  const Choice& Chosen() const { return choice_; }
+  void Choose(const Choice& choice) { choice_ = choice; }
 
   // Shows the row, which the module must have available; answers why it stopped
   // early, or nothing.
-  std::string Show(CaptureDocument& document, ListKind kind, std::uint32_t row);
+  std::string Show(CaptureDocument& document, RowRef row);
   // Nothing is shown any more.
   void Clear(CaptureDocument& document);
 
@@ -45,16 +47,19 @@ class DecodePanes {
     on_bytes_ = std::move(handler);
   }
 
+  // The two panes, to search in them and to copy from them.
   DecodeTreePane& Tree() { return tree_; }
   const HexPane& Hex() const { return hex_; }
   // Answers what the tree tells its parent by WM_NOTIFY.
   LRESULT Notify(NMHDR* header);
 
  private:
+  // In the hex dump; empty marks none.
   void Mark(const std::optional<ByteRange>& bytes);
 
   DecodeTreePane tree_;
   HexPane hex_;
+  Choice choice_;
   std::function<void(const std::optional<ByteRange>&)> on_bytes_;
 };
 

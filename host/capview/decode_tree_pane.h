@@ -24,6 +24,7 @@ class DecodeTreePane {
   // Throws Failure.
   DecodeTreePane(HWND parent, int id);
 
+  // The tree view; the parent's.
   HWND Handle() const { return window_; }
   void SetFonts(const UiFonts& fonts);
 
@@ -39,6 +40,7 @@ class DecodeTreePane {
 
   // All lines, collapsed ones included; valid until the next BeginFilling().
   const std::vector<TreeLine>& Lines();
+  // Empty when none is selected, as after each display.
   std::optional<std::size_t> SelectedLine();
   // Empty without a selection, and for a line that the module had no memory to
   // give a range.
@@ -47,7 +49,8 @@ class DecodeTreePane {
   void SelectLine(std::size_t line);
   // The narrowest line that covers the byte; nothing happens when none does.
   void SelectByte(std::uint32_t byte);
-  // The next line with the text (code page 1252); false when there is none.
+  // The next line with the text (code page 1252), or the one before, going
+  // round at the end; false when there is none.
   bool SelectNext(std::string_view text, bool backwards);
 
   // Answers what the control tells its parent by WM_NOTIFY.
@@ -55,6 +58,7 @@ class DecodeTreePane {
 
  private:
   void ExpandSections(std::uint32_t mask);
+  // Reads all lines from the control, unless that was done since BeginFilling.
   void ReadOnce();
 
   HWND window_;

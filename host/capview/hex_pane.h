@@ -15,9 +15,9 @@
 
 namespace host {
 
-// The edit control that the module writes the hex dump into. On top of the text
-// it marks one range of bytes, digits and characters alike, which a selection
-// of the control could not do.
+// The edit control that the module writes the hex dump into, 16 bytes a line.
+// On top of the text it marks one range of bytes, digits and characters alike,
+// which a selection of the control could not do. Bytes count from 0.
 class HexPane {
  public:
   // Throws Failure.
@@ -27,6 +27,7 @@ class HexPane {
   HexPane(const HexPane&) = delete;
   HexPane& operator=(const HexPane&) = delete;
 
+  // The edit control; the parent's.
   HWND Handle() const { return window_; }
   // A fixed font is what makes the bytes' places known.
   void SetFonts(const UiFonts& fonts);
@@ -46,13 +47,17 @@ class HexPane {
   static LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wide,
                                     LPARAM data, UINT_PTR id, DWORD_PTR object);
   LRESULT Answer(UINT message, WPARAM wide, LPARAM data);
+  // Draws the marked bytes once more, over what the control has drawn.
   void Paint();
   void PaintRun(HDC device, std::uint32_t line, ColumnRun run);
+  // At a point of the client area; beside the bytes nothing happens.
   void Click(POINT point);
+  // Unless the line is in sight already.
   void ScrollTo(std::uint32_t line);
 
   // Lines of the dump count from 0.
   std::wstring LineText(std::uint32_t line) const;
+  // How many bytes the dump shows.
   std::uint32_t ByteCount() const;
   std::uint32_t FirstLine() const;     // in sight
   std::uint32_t LinesInSight() const;  // whole ones

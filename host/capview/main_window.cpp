@@ -17,7 +17,7 @@
 namespace host {
 namespace {
 
-constexpr POINT kLeastSize{520, 320};
+constexpr POINT kLeastSize{520, 320};  // at 96 dpi
 #ifndef WM_DPICHANGED
 #define WM_DPICHANGED 0x02E0
 #endif
@@ -43,8 +43,8 @@ MainWindow::MainWindow(const std::wstring& module_path,
       commands_(MakeCommands({window_.get(), document_, model_, panes_, sizes_,
                               browser_, find_, recent_})) {
   panes_.rows.Columns().Choose(first_settings_.columns);
-  panes_.decode.switches = first_settings_.switches;
-  model_.SetView(first_settings_.kind);
+  panes_.decode.Choose(first_settings_.switches);
+  model_.SetList(first_settings_.list);
   Connect();
   browser_.ShowNothing();
   panes_.status.Refresh();
@@ -53,7 +53,6 @@ MainWindow::MainWindow(const std::wstring& module_path,
   sizes_.Place();
 }
 
-// What one part has to tell another.
 void MainWindow::Connect() {
   panes_.bar.Connections().OnChosen([this](std::size_t connection) {
     Run([=, this] { browser_.ChooseConnection(connection); });
@@ -61,7 +60,7 @@ void MainWindow::Connect() {
   panes_.status.OnSilence([this] {
     if (!document_.IsOpen()) return EmptyListText(document_, model_, false);
     if (browser_.Loop().IsBusy()) return std::string("Reading; Esc stops.");
-    return CaptureSummary(document_, model_.view());
+    return CaptureSummary(document_, model_.list());
   });
   browser_.OnOpened([this] { OnOpened(); });
   browser_.Rows().OnShown([this] { find_.Shown(); });
@@ -81,10 +80,10 @@ void MainWindow::Show(int how) {
 }
 
 void MainWindow::Begin(const StartRequest& request) {
-  if (request.kind) browser_.Rows().ShowKind(*request.kind);
+  if (request.list) browser_.Rows().ShowList(*request.list);
   find_.WhenShown(request.find);
   if (request.capture.empty()) return;
-  Run([&] { browser_.Open(request.capture, request.row); });
+  Run([this, request] { browser_.Open(request.capture, request.row); });
 }
 
 void MainWindow::Open(const std::wstring& path) {
@@ -128,7 +127,9 @@ LRESULT MainWindow::Answer(UINT message, WPARAM wide, LPARAM data) {
       sizes_.Place();
       return 0;
     case WM_GETMINMAXINFO:
-      reinterpret_cast<MINMAXINFO*>(data)->ptMinTrackSize = kLeastSize;
+      reinterpret_cast<MINMAXINFO*>(data)->ptMinTrackSize = {
+          Scaled(kLeastSize.x, DpiOf(Handle())),
+          Scaled(kLeastSize.y, DpiOf(Handle()))};
       return 0;
     case WM_DPICHANGED:
       ChangeDpi(*reinterpret_cast<const RECT*>(data));
@@ -207,7 +208,6 @@ void MainWindow::DropFile(HDROP drop) {
   Open(name);
 }
 
-// What every part has from the person by now.
 Settings MainWindow::Choices() const {
   Settings settings = first_settings_;
   WINDOWPLACEMENT placement{};
@@ -218,17 +218,16 @@ Settings MainWindow::Choices() const {
   }
   settings.sizes = sizes_.Chosen();
   settings.columns = panes_.rows.Columns().Chosen();
-  settings.switches = panes_.decode.switches;
+  settings.switches = panes_.decode.Chosen();
   settings.clean_streams = browser_.UsesCleanStreams();
-  settings.kind = model_.view();
+  settings.list = model_.list();
   settings.recent_files = recent_.Paths();
   return settings;
 }
 
-// Whatever is being read is dropped.
+// A job goes with us, since a slice may be at work with it.
 void MainWindow::Close() {
   WriteSettings(Choices(), settings_path_);
-  browser_.Loop().DropJob();
   window_.reset();
   PostQuitMessage(0);
 }

@@ -24,7 +24,7 @@ namespace host {
 // What the window is to begin with; what is empty is as it was the last time.
 struct StartRequest {
   std::wstring capture;
-  std::optional<ListKind> kind;
+  std::optional<ListKind> list;
   std::optional<std::uint32_t> row;  // counts from 0
   std::wstring find;                 // a text in the row's tree
 };
@@ -46,7 +46,9 @@ class MainWindow {
   // `how` is SW_...; as large as it was the last time when the system leaves
   // the choice.
   void Show(int how);
+  // After Show().
   void Begin(const StartRequest& request);
+  // Shows the capture as far as it is there; Work() reads it.
   void Open(const std::wstring& path);
 
   // A short slice of the work that is left; false when there is none.
@@ -57,22 +59,33 @@ class MainWindow {
  private:
   static LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wide,
                                     LPARAM data);
-  void Connect();
+  // Every message of the window, ours from the end of the constructor on until
+  // it is destroyed.
   LRESULT Answer(UINT message, WPARAM wide, LPARAM data);
+  // What one part has to tell another.
+  void Connect();
   // Does it, after the slice of work that may be at it; a failure is said.
   void Run(std::function<void()> action);
+  // `code` is 0 for menus, 1 for keys, the control's own otherwise.
   void OnCommand(int id, int code);
+  // The document has become another capture.
   void OnOpened();
+  // A menu is about to be seen.
   void OpenMenu(HMENU menu);
+  // The window has come to another screen, where the system wants it at
+  // `place`.
   void ChangeDpi(const RECT& place);
+  // Opens the first of the files.
   void DropFile(HDROP drop);
+  // What every part has from the person by now.
   Settings Choices() const;
+  // Keeps the choices and ends the program, whatever is being done.
   void Close();
 
   const std::wstring settings_path_;
   const Settings first_settings_;
   WindowHandle window_;
-  HACCEL keys_;  // the system's
+  HACCEL keys_;  // of the program's resources, which the system frees
   CaptureDocument document_;
   RowModel model_;
   Panes panes_;

@@ -16,8 +16,16 @@ namespace host {
 struct GlobalMemoryFree {
   void operator()(HGLOBAL block) const { GlobalFree(block); }
 };
+// A block that is handed over to the system, or that it has handed over.
 using GlobalMemory =
     std::unique_ptr<std::remove_pointer_t<HGLOBAL>, GlobalMemoryFree>;
+
+struct LocalMemoryFree {
+  void operator()(void* block) const { LocalFree(block); }
+};
+// What some functions of the system answer.
+template <class T>
+using LocalMemory = std::unique_ptr<T, LocalMemoryFree>;
 
 struct ClipboardClose {
   void operator()(HWND) const { CloseClipboard(); }

@@ -43,6 +43,7 @@ class PaneLayout {
   int ShareAt(Splitter splitter, POINT point) const;
 
  private:
+  // The controls of the bar; those of the list, the tree and the hex dump.
   void PlaceBar(int width, unsigned dpi);
   void PlacePanes(unsigned dpi, const PaneShares& shares);
 

@@ -74,7 +74,6 @@ std::optional<LRESULT> PaneSizes::AnswerMouse(UINT message, LPARAM data) {
   }
 }
 
-// True over a bar, whose cursor tells how it can be moved.
 bool PaneSizes::ShowsCursor() const {
   POINT point;
   GetCursorPos(&point);

@@ -29,6 +29,7 @@ class PaneSizes {
   // in their places after the first Place().
   PaneSizes(HWND window, Panes& panes, const Choice& choice);
 
+  // What was chosen in the meantime included.
   const Choice& Chosen() const { return choice_; }
 
   // Puts every pane where it belongs; wanted whenever the window's size has
@@ -36,6 +37,7 @@ class PaneSizes {
   void Place();
   // The window has come to another screen.
   void ChangeDpi();
+  // Both stop at what is still sensible.
   void ChangeFont(int by_points);
   void MoveSplitter(Splitter splitter, int by_percent);
 
@@ -44,14 +46,16 @@ class PaneSizes {
 
  private:
   PaneLayout Layout() const;
+  // For the screen that the window is on, in the size that was chosen.
   void MakeFonts();
+  // Over a bar the cursor tells how it can be moved: true there.
   bool ShowsCursor() const;
 
   HWND window_;
   Panes& panes_;
   Choice choice_;
   std::unique_ptr<UiFonts> fonts_;
-  std::optional<Splitter> dragged_;
+  std::optional<Splitter> dragged_;  // while the mouse button is down
 };
 
 }  // namespace host

@@ -22,6 +22,7 @@ struct Panes {
   // Throws Failure.
   Panes(HWND window, const CaptureDocument& document, RowModel& model);
 
+  // The fonts stay the caller's.
   void SetFonts(const UiFonts& fonts);
   // All but the status line, which places itself.
   void Place(const PaneLayout& layout);

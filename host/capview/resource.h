@@ -1,8 +1,11 @@
 #ifndef HOST_CAPVIEW_RESOURCE_H_
 #define HOST_CAPVIEW_RESOURCE_H_
 
-// Numbers that the resource script and the program share.
+// Numbers that the resource script and the program share. A program that drives
+// the window by messages, as the test does, knows its controls and commands by
+// them.
 
+/* What is in the resources, and the controls of the dialogs. */
 #define IDI_CAPVIEW 1
 #define IDR_MENU 1
 #define IDR_ACCELERATORS 1
@@ -11,6 +14,7 @@
 #define IDC_ASK_LABEL 100
 #define IDC_ASK_TEXT 101
 
+/* The controls of the window. */
 #define IDC_CONNECTIONS 201
 #define IDC_PDUS 202
 #define IDC_MESSAGES 203
@@ -21,6 +25,7 @@
 #define IDC_HEX 208
 #define IDC_STATUS 209
 
+/* The commands, menu by menu. */
 #define IDM_OPEN 1001
 #define IDM_FOLLOW 1002
 #define IDM_RELOAD 1003

@@ -26,6 +26,7 @@ class RowList {
   // The model must outlive the list. Throws Failure.
   RowList(HWND parent, int id, RowModel& model);
 
+  // The list view; the parent's.
   HWND Handle() const { return window_; }
   void SetFonts(const UiFonts& fonts);
   void Place(const PaneLayout& layout);
@@ -37,7 +38,8 @@ class RowList {
 
   // The model's rows have come or changed; the place stays where it is.
   void Update();
-  // Empty selects none, as does a row that is not shown.
+  // Empty selects none. In place of a row that the filter hides, the next one
+  // behind it is selected, if there is one.
   void Select(std::optional<std::uint32_t> position);
   // The same without telling the handler.
   void Mark(std::optional<std::uint32_t> position);
@@ -55,10 +57,13 @@ class RowList {
 
  private:
   void Deselect();
+  // Puts the text of a cell where the control wants it.
   void FillText(LVITEMW& item);
+  // Colours and font of the rows, and the hint; all else the control draws.
   LRESULT Draw(NMLVCUSTOMDRAW& draw);
   LRESULT DrawRow(NMLVCUSTOMDRAW& draw);
   void DrawHint(HDC device) const;
+  // The control counts the shown rows by an index from 0.
   bool IsSelected(std::uint32_t index) const;
   std::optional<std::uint32_t> SelectedIndex() const;
 

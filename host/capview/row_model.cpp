@@ -17,11 +17,11 @@ constexpr const char kDot[] = " \xC2\xB7 ";
 
 RowModel::RowModel(CaptureDocument& document)
     : document_(document), pages_([this](std::uint32_t first) {
-        return document_.Page(view_, first);
+        return document_.Page(list_, first);
       }) {}
 
-void RowModel::SetView(ListKind view) {
-  view_ = view;
+void RowModel::SetList(ListKind list) {
+  list_ = list;
   Reset();
 }
 
@@ -36,8 +36,8 @@ void RowModel::Reset() {
 bool RowModel::Update() {
   const std::uint32_t before = ShownCount();
   // While the module catches up, what is in sight stays.
-  if (document_.Available(view_) >= count_) pages_.Forget();
-  count_ = document_.Count(view_);
+  if (document_.Available(list_) >= count_) pages_.Forget();
+  count_ = document_.Count(list_);
   if (count_ < filtered_) {
     passing_.clear();
     filtered_ = 0;
@@ -61,10 +61,10 @@ void RowModel::SetFilter(const std::string& text) {
 }
 
 void RowModel::ExtendFilter() {
-  const RowTrace* trace = document_.Trace(view_);
-  const std::uint32_t end = std::min(count_, document_.Available(view_));
+  const RowTrace* trace = document_.Trace(list_);
+  const std::uint32_t end = std::min(count_, document_.Available(list_));
   while (filtered_ < end) {
-    const auto page = document_.Page(view_, filtered_);
+    const auto page = document_.Page(list_, filtered_);
     if (page.empty()) break;
     for (const ListedRow& row : page) {
       const WireRecord* record = trace->RecordOf(filtered_);
@@ -90,7 +90,7 @@ std::uint32_t RowModel::IndexOf(std::uint32_t position) const {
 }
 
 const WireRecord* RowModel::Wire(std::uint32_t position) const {
-  const RowTrace* trace = document_.Trace(view_);
+  const RowTrace* trace = document_.Trace(list_);
   return trace == nullptr ? nullptr : trace->RecordOf(position);
 }
 
@@ -141,9 +141,9 @@ std::string RowModel::DetailText(const ListedRow& row,
   return text + wire->note;
 }
 
-std::uint32_t RowModel::PositionInOtherView(std::uint32_t position) {
+std::uint32_t RowModel::PositionInOtherList(std::uint32_t position) {
   const ListKind other =
-      view_ == ListKind::kPdus ? ListKind::kMessages : ListKind::kPdus;
+      list_ == ListKind::kPdus ? ListKind::kMessages : ListKind::kPdus;
   const WireRecord* wire = Wire(position);
   if (wire == nullptr) return position;
   return document_.Trace(other)->RowAtFrame(wire->first_frame, wire->direction);

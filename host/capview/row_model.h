@@ -33,8 +33,8 @@ class RowModel {
  public:
   explicit RowModel(CaptureDocument& document);
 
-  ListKind view() const { return view_; }
-  void SetView(ListKind view);
+  ListKind list() const { return list_; }
+  void SetList(ListKind list);
   // Rows may have come or changed; answers whether the number of shown ones
   // differs.
   bool Update();
@@ -61,9 +61,9 @@ class RowModel {
 
   // The position in the other list that is nearest in the capture; the same one
   // where that is not known.
-  std::uint32_t PositionInOtherView(std::uint32_t position);
+  std::uint32_t PositionInOtherList(std::uint32_t position);
   // The response of a command, the command of a response (of several responses
-  // the next one in turn); searched in the message view.
+  // the next one in turn); searched in the list of messages.
   std::optional<std::uint32_t> PartnerOf(std::uint32_t position);
 
  private:
@@ -78,7 +78,7 @@ class RowModel {
                                              bool backwards);
 
   CaptureDocument& document_;
-  ListKind view_ = ListKind::kPdus;
+  ListKind list_ = ListKind::kPdus;
   RowPages pages_;
   RowFilter filter_;
   std::string filter_text_;

@@ -38,7 +38,7 @@ void RowNavigator::Clear() {
   panes_.rows.SetHint(
       WideFromUtf8(EmptyListText(document_, model_, work_.IsBusy())));
   panes_.rows.Update();
-  panes_.bar.ShowKind(model_.view());
+  panes_.bar.ShowList(model_.list());
   panes_.status.SetRows("");
 }
 
@@ -56,19 +56,19 @@ void RowNavigator::Update() {
   }
 }
 
-void RowNavigator::ShowKind(ListKind kind) {
-  if (kind == model_.view()) return;
+void RowNavigator::ShowList(ListKind list) {
+  if (list == model_.list()) return;
   const auto selected = panes_.rows.Selected();
   std::optional<std::uint32_t> place;
-  if (selected) place = model_.PositionInOtherView(*selected);
-  model_.SetView(kind);
+  if (selected) place = model_.PositionInOtherList(*selected);
+  model_.SetList(list);
   Clear();
   if (place && model_.Count() > 0) {
     wanted_ = std::min(*place, model_.Count() - 1);
   }
   Update();
   panes_.status.Hush();
-  panes_.status.Refresh();  // what failed is told by this kind's rows
+  panes_.status.Refresh();  // what failed is told by this list's rows
 }
 
 void RowNavigator::Filter(const std::wstring& text) {
@@ -93,7 +93,7 @@ void RowNavigator::GoTo(const std::wstring& number) {
 
 void RowNavigator::Jump() {
   if (!panes_.rows.Selected()) return;
-  ShowKind(ListKind::kMessages);
+  ShowList(ListKind::kMessages);
   const auto row = panes_.rows.Selected();
   const auto partner = row ? model_.PartnerOf(*row) : std::nullopt;
   if (partner) {
@@ -106,12 +106,12 @@ void RowNavigator::Jump() {
 std::optional<RowRange> RowNavigator::SelectedRow() const {
   const auto row = panes_.rows.Selected();
   if (!row) return {};
-  return RowRange{model_.view(), *row, *row + 1};
+  return RowRange{model_.list(), *row, *row + 1};
 }
 
 std::optional<RowRange> RowNavigator::AllRows() const {
   if (model_.Count() == 0) return {};
-  return RowRange{model_.view(), 0, model_.Count()};
+  return RowRange{model_.list(), 0, model_.Count()};
 }
 
 void RowNavigator::ShowAgain() {
@@ -127,14 +127,15 @@ void RowNavigator::Show(std::uint32_t row) {
 }
 
 bool RowNavigator::IsPendingThere() const {
-  return pending_ && *pending_ < document_.Available(model_.view());
+  return pending_ && *pending_ < document_.Available(model_.list());
 }
 
 bool RowNavigator::ShowPending() {
   if (!IsPendingThere()) return false;
   const std::uint32_t row = *std::exchange(pending_, {});
   shown_ = row;
-  const std::string stopped = panes_.decode.Show(document_, model_.view(), row);
+  const std::string stopped =
+      panes_.decode.Show(document_, {model_.list(), row});
   if (on_shown_) on_shown_();
   if (stopped.empty()) return true;
   panes_.status.Say("Row " + NumberText(row + 1) +

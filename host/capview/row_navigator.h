@@ -30,7 +30,7 @@ class RowNavigator {
     on_shown_ = std::move(handler);
   }
 
-  // Empties the panes, before the rows of another connection or kind come.
+  // Empties the panes, before the rows of another connection or list come.
   // What is wanted stays wanted.
   void Clear();
   // Rows have come or changed. When nothing was shown or wanted, the first row
@@ -40,7 +40,7 @@ class RowNavigator {
   void Want(std::optional<std::uint32_t> row) { wanted_ = row; }
 
   // PDUs or messages; at the same place of the capture.
-  void ShowKind(ListKind kind);
+  void ShowList(ListKind list);
   // As it is typed. The row that is shown stays selected while it passes.
   void Filter(const std::wstring& text);
   // `number` as the person reads it, from 1 on. Says it when there is no such
@@ -58,9 +58,11 @@ class RowNavigator {
   // Shows the row that is pending as soon as the module has it; false when
   // there is nothing to show. Not inside a slice.
   bool ShowPending();
+  // Whether ShowPending() would show a row.
   bool IsPendingThere() const;
 
  private:
+  // The person has selected the row.
   void Show(std::uint32_t row);
 
   CaptureDocument& document_;

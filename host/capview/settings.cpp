@@ -4,9 +4,12 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
+#include <fstream>
 #include <numeric>
 #include <optional>
 #include <sstream>
+#include <system_error>
 
 #include "host/capview/recent_files.h"
 
@@ -15,7 +18,7 @@ namespace {
 
 constexpr wchar_t kFolder[] = L"\\DicomDecode";
 constexpr wchar_t kSection[] = L"capview";
-constexpr wchar_t kByteOrderMark = 0xFEFF;
+constexpr char kByteOrderMark[] = "\xFF\xFE";
 constexpr DWORD kLongestValue = 4096;
 
 // Answers the value of each key, or what stands there instead when it is
@@ -83,14 +86,11 @@ std::wstring RecentKey(std::size_t index) {
 }
 
 // The system writes Unicode only to a file that has begun as Unicode.
-void BeginFile(const std::wstring& path) {
-  CreateDirectoryW(path.substr(0, path.find_last_of(L'\\')).c_str(), nullptr);
-  const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr,
-                                  CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return;  // there already, or nowhere
-  DWORD written = 0;
-  WriteFile(file, &kByteOrderMark, sizeof kByteOrderMark, &written, nullptr);
-  CloseHandle(file);
+void BeginFile(const std::filesystem::path& path) {
+  std::error_code ignored;
+  if (std::filesystem::exists(path, ignored)) return;
+  std::filesystem::create_directory(path.parent_path(), ignored);
+  std::ofstream(path, std::ios::binary) << kByteOrderMark;
 }
 
 // Whether every column stands somewhere, once.
@@ -157,7 +157,7 @@ Settings ReadSettings(const std::wstring& path) {
           ini.Number(L"ExpandMask", 0, 0x1FE,
                      static_cast<int>(settings.switches.expand_mask)))};
   settings.clean_streams = ini.Switch(L"CleanStreams", settings.clean_streams);
-  settings.kind =
+  settings.list =
       ini.Switch(L"MessageView", false) ? ListKind::kMessages : ListKind::kPdus;
   for (std::size_t i = 0; i < RecentFiles::kMost; ++i) {
     const std::wstring file = ini.Text(RecentKey(i));
@@ -180,7 +180,7 @@ void WriteSettings(const Settings& settings, const std::wstring& path) {
   ini.Number(L"FontPoints", settings.sizes.font_points);
   ini.Number(L"ShowMessageData", settings.switches.show_message_data);
   ini.Number(L"CleanStreams", settings.clean_streams);
-  ini.Number(L"MessageView", settings.kind == ListKind::kMessages);
+  ini.Number(L"MessageView", settings.list == ListKind::kMessages);
   ini.Number(L"ExpandMask", static_cast<long>(settings.switches.expand_mask));
   ini.Numbers(L"ColumnWidths", settings.columns.widths);
   ini.Numbers(L"ColumnOrder", settings.columns.order);

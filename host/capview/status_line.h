@@ -37,15 +37,18 @@ class StatusLine {
   // The usual sentence may have become another.
   void Refresh();
 
+  // How many rows there are; empty while no capture is open. Which bytes are
+  // marked.
   void SetRows(const std::string& text) { SetPart(kRowsPart, text); }
   void SetBytes(const std::string& text) { SetPart(kBytesPart, text); }
-  // Empty hides the bar.
+  // In per cent; empty hides the bar.
   void SetProgress(std::optional<unsigned> percent);
 
  private:
   enum Part : int { kSentencePart, kProgressPart, kRowsPart, kBytesPart };
 
   void SetPart(Part part, const std::string& text);
+  // Gives each part the width that it needs now.
   void PlaceParts();
 
   HWND window_;

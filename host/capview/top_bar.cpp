@@ -47,10 +47,10 @@ void TopBar::Place(const PaneLayout& layout) {
   MoveControl(filter_, layout.filter);
 }
 
-void TopBar::ShowKind(ListKind kind) {
-  Button_SetCheck(pdus_, kind == ListKind::kPdus ? BST_CHECKED : BST_UNCHECKED);
+void TopBar::ShowList(ListKind list) {
+  Button_SetCheck(pdus_, list == ListKind::kPdus ? BST_CHECKED : BST_UNCHECKED);
   Button_SetCheck(messages_,
-                  kind == ListKind::kMessages ? BST_CHECKED : BST_UNCHECKED);
+                  list == ListKind::kMessages ? BST_CHECKED : BST_UNCHECKED);
 }
 
 std::wstring TopBar::FilterText() const { return WindowText(filter_); }

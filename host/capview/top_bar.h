@@ -23,15 +23,18 @@ class TopBar {
   void SetFonts(const UiFonts& fonts);
   void Place(const PaneLayout& layout);
 
+  // Chooses among the connections, whose messages go to it.
   ConnectionChooser& Connections() { return connections_; }
   // Which of the two buttons is pressed.
-  void ShowKind(ListKind kind);
+  void ShowList(ListKind list);
 
+  // The edit control; the parent's.
   HWND Filter() const { return filter_; }
   // As it was typed; empty lets every row pass.
   std::wstring FilterText() const;
   // The parent is told, as of any change.
   void ClearFilter();
+  // With all of its text selected, to type another.
   void FocusFilter();
 
  private:

@@ -33,12 +33,11 @@ bool WorkLoop::Slice(DWORD milliseconds) {
   }
   inside_ = false;
   const bool was_busy = std::exchange(busy_, more);
-  SetTimer();
+  UpdateTimer();
   RunWaiting();
   return was_busy || more;
 }
 
-// True when something is left to do.
 bool WorkLoop::Work(DWORD milliseconds) {
   const TimeIsUp time_is_up = After(milliseconds);
   if (document_.Work(time_is_up)) return true;
@@ -49,9 +48,9 @@ bool WorkLoop::Work(DWORD milliseconds) {
   return false;
 }
 
-void WorkLoop::SetTimer() const {
+void WorkLoop::UpdateTimer() const {
   if (busy_) {
-    ::SetTimer(window_, kTimer, kTimerMilliseconds, nullptr);
+    SetTimer(window_, kTimer, kTimerMilliseconds, nullptr);
   } else {
     KillTimer(window_, kTimer);
   }

@@ -50,8 +50,10 @@ class WorkLoop {
   void DropJob() { job_.reset(); }
 
  private:
+  // Document first, then the job. True when something is left to do.
   bool Work(DWORD milliseconds);
-  void SetTimer() const;
+  // On while work is left.
+  void UpdateTimer() const;
   void RunWaiting();
 
   HWND window_;
