@@ -107,13 +107,13 @@ TEST(ConnectionTextTest, SaysWhoTalkedAndHowMuch) {
   connection.payload_bytes = 5553;
   connection.last_time = 45'000'000;
   const std::string endpoints = "192.0.2.2:60234 --> 192.0.2.1:11112";
-  EXPECT_EQ(ConnectionTexts(1, connection, {}),
+  EXPECT_EQ(ConnectionTexts(0, connection, {}),
             (ConnectionColumns{"1", endpoints, "", "no DICOM, 5,553 bytes",
                                "0.045 s"}));
   connection.carries_dicom = true;
   connection.pdus.resize(7);
   connection.messages.resize(1);
-  EXPECT_EQ(ConnectionTexts(2, connection, AeTitles{1, "SCU", "SCP"}),
+  EXPECT_EQ(ConnectionTexts(1, connection, AeTitles{1, "SCU", "SCP"}),
             (ConnectionColumns{"2", endpoints, "SCP <-- SCU",
                                "7 PDUs, 1 message, 5,553 bytes", "0.045 s"}));
 }
