@@ -113,7 +113,7 @@ ParsedFrame ParseIpv4(Rest rest) {
   const std::uint32_t header_bytes = (in.Byte() & 0x0Fu) * 4;
   in.Skip(1);  // type of service
   const std::uint32_t total = in.Word16();
-  in.Skip(2);  // identification
+  const std::uint16_t identification = in.Word16();
   const bool is_fragment = (in.Word16() & 0x3FFF) != 0;
   in.Skip(1);  // time to live
   const std::uint8_t protocol = in.Byte();
@@ -128,7 +128,9 @@ ParsedFrame ParseIpv4(Rest rest) {
   if (total != 0) rest.Bound(total - kHeaderBytes);
   in.Skip(header_bytes - kHeaderBytes);  // options
   if (!in.ok()) return {};
-  return SegmentIn(rest, source, destination);
+  ParsedFrame parsed = SegmentIn(rest, source, destination);
+  parsed.frame.ip_identification = identification;
+  return parsed;
 }
 
 bool IsExtensionHeader(std::uint8_t type) {

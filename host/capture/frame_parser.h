@@ -59,6 +59,9 @@ struct TcpFrame {
   // What was on the wire: more than tcp.size() where the snap length cut it.
   std::uint32_t wire_length = 0;
   std::optional<TcpHeader> header;  // TcpHeader::Parse(tcp)
+  // The IPv4 identification, new in each packet that a host sends; IPv6 has
+  // none.
+  std::optional<std::uint16_t> ip_identification = {};
 
   // What was captured behind the TCP header; none when the header is cut or
   // says that it is shorter than a TCP header is.

@@ -4,6 +4,7 @@
 
 #include "host/streams/pdu_header.h"
 #include "host/streams/pdv_cutter.h"
+#include "host/streams/tls_reader.h"
 #include "host/text/number_text.h"
 
 namespace host {
@@ -208,12 +209,33 @@ const std::string& CleanConnection::EndpointOf(std::uint32_t direction) const {
                         : connection_.second_endpoint;
 }
 
+void CleanConnection::NoteStream(std::uint32_t direction) {
+  SideFacts& facts = connection_.transport.sides[direction];
+  const StreamAssembler& stream = sides_[direction].stream;
+  if (facts.first_bytes.size() < SideFacts::kFirstBytes) {
+    facts.first_bytes = stream.Peek(stream.begin(), SideFacts::kFirstBytes);
+  }
+  if (!finished_) return;
+  facts.tls = ReadTls(stream);
+  const auto number = watch_.acknowledgement(1 - direction);
+  const auto acknowledged = number ? stream.PositionOf(*number) : std::nullopt;
+  if (!stream.has_payload() || !acknowledged) return;
+  // One more is acknowledged than was sent where a FIN stands at the end.
+  const StreamPosition until =
+      std::max(*acknowledged - (facts.fin ? 1 : 0), stream.begin());
+  const std::uint64_t missing =
+      static_cast<std::uint64_t>(until - stream.begin()) -
+      stream.PresentBytes(stream.begin(), until);
+  facts.lost_bytes = missing - std::min(missing, facts.cut_bytes);
+}
+
 void CleanConnection::Describe() {
   auto& notes = connection_.notes;
   notes.clear();
   for (const std::uint32_t direction : {0u, 1u}) {
     const Side& side = sides_[direction];
     const std::string& endpoint = EndpointOf(direction);
+    NoteStream(direction);
     connection_.carries_dicom |=
         BeginsLikePdu(side.stream.Peek(side.stream.begin(), kPduHeaderBytes));
     side.losses.AppendSentences(side.stream, endpoint, notes);

@@ -82,6 +82,8 @@ class CleanConnection final : public ConnectionBuilder {
   // Adds the PDU's packets to the feed, PDV item by PDV item, each of which the
   // direction's follower sees, and answers what became of it.
   PduFate HandOverPdu(std::uint32_t direction, const CutPdu& pdu);
+  // Completes the facts about one side by what its stream shows.
+  void NoteStream(std::uint32_t direction);
   // Writes the notes anew, with all that is known by now.
   void Describe();
   const std::string& EndpointOf(std::uint32_t direction) const;

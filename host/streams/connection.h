@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "host/streams/transport_facts.h"
 #include "host/text/time_text.h"
 #include "interface/host_interface.h"
 
@@ -72,6 +73,8 @@ struct Connection {
   std::vector<WireRecord> messages;
   // One clear sentence each: losses, skipped bytes, streams that are no DICOM.
   std::vector<std::string> notes;
+  // Its streams' beginnings and losses are known for clean streams only.
+  TransportFacts transport;
 };
 
 }  // namespace host

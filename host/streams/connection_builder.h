@@ -3,6 +3,7 @@
 
 #include "host/capture/frame_parser.h"
 #include "host/streams/connection.h"
+#include "host/streams/transport_watch.h"
 
 namespace host {
 
@@ -10,7 +11,10 @@ namespace host {
 // a builder of its own.
 class ConnectionBuilder {
  public:
+  ConnectionBuilder() : watch_(connection_.transport) {}
   virtual ~ConnectionBuilder() = default;
+  ConnectionBuilder(const ConnectionBuilder&) = delete;
+  ConnectionBuilder& operator=(const ConnectionBuilder&) = delete;
 
   // Whether this segment cannot belong to the connection any more, but begins
   // another one on the same addresses and ports. `direction` is 0 when it comes
@@ -35,6 +39,7 @@ class ConnectionBuilder {
   virtual void AddSegment(const TcpFrame& frame, std::uint32_t direction) = 0;
 
   Connection connection_;
+  TransportWatch watch_;  // of all that was added
 };
 
 }  // namespace host

@@ -1,0 +1,88 @@
+#ifndef HOST_STREAMS_TRANSPORT_WATCH_H_
+#define HOST_STREAMS_TRANSPORT_WATCH_H_
+
+#include <array>
+#include <compare>
+#include <cstdint>
+#include <optional>
+
+#include "host/capture/frame_parser.h"
+#include "host/streams/transport_facts.h"
+
+namespace host {
+
+// Gathers the facts of a connection from its packets, each looked at once and
+// not kept.
+class TransportWatch {
+ public:
+  explicit TransportWatch(TransportFacts& facts) : facts_(facts) {}
+
+  // The connection's next packet in the order of the capture.
+  void Add(const TcpFrame& frame, std::uint32_t direction);
+
+  // The highest acknowledgement number that this side has sent.
+  std::optional<std::uint32_t> acknowledgement(std::uint32_t direction) const {
+    return sides_[direction].acknowledgement;
+  }
+
+ private:
+  // By what a packet is known again. The checksum stands for the payload.
+  struct Fingerprint {
+    std::uint32_t sequence = 0;
+    std::uint32_t acknowledgement = 0;
+    std::uint16_t identification = 0;
+    std::uint16_t checksum = 0;
+    std::uint16_t window = 0;
+    std::uint16_t length = 0;
+    std::uint8_t flags = 0;
+
+    bool operator==(const Fingerprint&) const = default;
+  };
+  struct Remembered {
+    Fingerprint packet;
+    Nanoseconds time = 0;
+  };
+
+  // What has to be remembered of one side.
+  struct Side {
+    static constexpr std::size_t kRemembered = 8;
+    std::array<Remembered, kRemembered> newest;
+    std::size_t next_newest = 0;
+    std::optional<std::uint32_t> next_sequence;  // behind all payload
+    std::optional<std::uint32_t> acknowledgement;
+    std::uint32_t missing = 0;  // bytes before next_sequence that did not come
+    std::optional<std::uint16_t> segment_limit;  // of what it takes
+    std::optional<Nanoseconds> window_closed;
+    std::uint32_t checksums_looked_at = 0;
+  };
+
+  // What a packet says.
+  struct Packet {
+    const TcpFrame& frame;
+    const TcpHeader& header;
+    std::uint32_t direction;
+    std::uint32_t payload;  // bytes on the wire
+    std::uint16_t window = 0;
+    std::uint16_t checksum = 0;
+    bool has_window = false;
+  };
+
+  // Whether it was captured already; remembers it.
+  bool IsDuplicate(const Packet& packet);
+  void NoteFlags(const Packet& packet);
+  void NotePayload(const Packet& packet);
+  // Its bytes are no new ones.
+  void NoteRepeatedPayload(const Packet& packet);
+  void NoteWindow(const Packet& packet);
+  void NoteAcknowledgement(const Packet& packet);
+  void NoteChecksum(const Packet& packet);
+  void NoteSilence(const Packet& packet);
+
+  TransportFacts& facts_;
+  std::array<Side, 2> sides_;
+  std::optional<FrameMark> newest_;
+};
+
+}  // namespace host
+
+#endif  // HOST_STREAMS_TRANSPORT_WATCH_H_
