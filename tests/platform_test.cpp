@@ -3,6 +3,11 @@
 // and keep the stand-in honest.
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <random>
+
+#include "dimse/dicom_dictionary.h"
+#include "dimse/value_format.h"
 #include "tests/test_host.h"
 #include "tree/tree_lines.h"
 
@@ -65,6 +70,28 @@ TEST(PlatformTest, PostedMessagesRunBeforeQuit) {
   EXPECT_EQ(message.wParam, 7u);
   EXPECT_FALSE(::PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE));
 }
+
+#ifdef _WIN32
+// The form of a double is that of Windows' own runtime.
+TEST(PlatformTest, DoublesEqualTheRuntimes) {
+  using Print = int(__cdecl*)(char*, const char*, ...);
+  const auto print = reinterpret_cast<Print>(reinterpret_cast<void*>(
+      ::GetProcAddress(::LoadLibraryA("msvcrt.dll"), "sprintf")));
+  ASSERT_NE(print, nullptr);
+  std::mt19937_64 random(7);
+  for (int i = 0; i < 3000; ++i) {
+    const std::uint64_t bits = random();
+    // Every other number is a tie at six decimals or close to one.
+    const double near_tie = static_cast<double>(bits % 20000000) / 2;
+    const double value = i % 2 == 0 ? std::bit_cast<double>(bits) : near_tie;
+    char text[100];
+    print(text, "%e", value);
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(&value);
+    EXPECT_EQ(ValueText({bytes, 8}, 0, 8, kLittleEndian, VrCodeOf("FD")), text)
+        << i;
+  }
+}
+#endif
 
 }  // namespace
 }  // namespace dicom::testing
