@@ -236,6 +236,12 @@ struct KeptFrame {
   }
 };
 
+void AddKept(const KeptFrame& kept, TcpConnections* connections) {
+  TcpFrame frame = kept.frame;
+  frame.stored = connections->store().Append(*kept.bytes);
+  connections->Add(frame);
+}
+
 // Connects all frames; a new one shows what is settled after every `pace`th, 0:
 // at the end only. `packets` receives what the first connection showed.
 std::uint64_t Connect(const std::vector<KeptFrame>& frames, HandOver hand_over,
@@ -251,7 +257,7 @@ std::uint64_t Connect(const std::vector<KeptFrame>& frames, HandOver hand_over,
   };
   std::size_t added = 0;
   for (const KeptFrame& kept : frames) {
-    connections.Add(kept.frame);
+    AddKept(kept, &connections);
     if (pace == 0 || ++added % pace != 0) continue;
     connections.Update();
     look(false);
@@ -294,8 +300,7 @@ std::vector<KeptFrame> FollowedFramesOf(const Bytes& file_bytes,
     file.Append(file_bytes.Part(at, piece));
     try {
       if (reader == nullptr) {
-        reader = std::make_unique<host::CaptureReader>(
-            file.Path(), "", host::CaptureReader::Mode::kFollow);
+        reader = std::make_unique<host::CaptureReader>(file.Path(), "");
       }
       ReadOn(reader.get(), &frames);
     } catch (const host::CaptureError&) {
@@ -588,7 +593,7 @@ class Conversation {
   // Nothing is missing, so each stream is cut where its length fields say.
   void CheckPdus(const std::vector<KeptFrame>& frames) const {
     TcpConnections connections(HandOver::kCleanStreams);
-    for (const KeptFrame& kept : frames) connections.Add(kept.frame);
+    for (const KeptFrame& kept : frames) AddKept(kept, &connections);
     connections.Finish();
     Require(connections.size() == 1, "it is one connection");
     std::array<std::vector<std::uint64_t>, 2> found;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -115,6 +116,77 @@ TEST(CaptureReaderTest, ReadsBothFormatsWithNumbersAndTimes) {
   }
 }
 
+// What capture files may say about their frames, each in either byte order.
+TEST(CaptureReaderTest, ReadsEveryKindOfRecord) {
+  const Bytes frame = RawIpFrame(ShortWire().segments[0]);
+  constexpr Nanoseconds kSecond = 1'000'000'000;
+  constexpr Nanoseconds kTime = 1'700'000'000 * kSecond + 123'456'789;
+  for (const bool big : {false, true}) {
+    SCOPED_TRACE(big);
+    const auto word = [big](std::uint64_t n) {
+      const auto value = static_cast<std::uint32_t>(n);
+      return big ? Big32(value) : Little32(value);
+    };
+    const auto block = [&word](std::uint32_t type, Bytes body) {
+      body.resize((body.size() + 3) / 4 * 4);
+      const Bytes size = word(12 + body.Length());
+      return word(type) + size + body + size;
+    };
+    const auto half = [&word, big](std::uint32_t n) {
+      return word(n).Part(big ? 2 : 0, 2);
+    };
+    const Bytes size = word(frame.Length());
+    const Bytes seconds = word(kTime / kSecond);
+    const Bytes pcap = word(0xA1B23C4D) + Bytes(16, 0) + word(101) + seconds +
+                       word(kTime % kSecond) + size + size + frame;
+    const Bytes long_headers = word(0xA1B2CD34) + Bytes(16, 0) + word(101) +
+                               seconds + word(kTime % kSecond / 1000) + size +
+                               size + Bytes(8, 0) + frame;
+    const auto described = [&](std::uint32_t link, const Bytes& options) {
+      return block(1, half(link) + half(0) + word(0) + options);
+    };
+    const auto time = [&word](std::uint64_t units) {
+      return word(units >> 32) + word(units);
+    };
+    const Bytes pcapng =
+        block(0x0A0D0D0A, word(0x1A2B3C4D) + half(1) + half(0) + Bytes(8, 0)) +
+        described(101, half(9) + half(1) + Bytes{9, 0, 0, 0}) +
+        described(105, {}) +
+        described(101, half(9) + half(1) + Bytes{0x80 + 20, 0, 0, 0}) +
+        block(0xBAD, Bytes(20, 0xFF)) +
+        block(6, word(0) + time(kTime) + size + size + frame) +
+        block(6, word(1) + time(kTime) + size + size + frame) +
+        block(2, half(2) + half(0) + time(1'700'000'000ull << 20 | 1 << 19) +
+                     size + size + frame) +
+        block(3, size + frame);
+    struct Case {
+      Bytes file;
+      std::vector<std::pair<std::uint32_t, Nanoseconds>> frames;
+    };
+    for (const Case& c : {Case{pcap, {{1, kTime}}},
+                          Case{long_headers, {{1, kTime / 1000 * 1000}}},
+                          Case{pcapng,
+                               {{1, kTime},
+                                {3, 1'700'000'000 * kSecond + kSecond / 2},
+                                {4, 0}}}}) {
+      CaptureFile file;
+      file.Write(c.file);
+      CaptureReader reader(file.path(), "tcp");
+      for (const auto& [number, at] : c.frames) {
+        const TcpFrame* const read = reader.Next();
+        ASSERT_TRUE(read);
+        EXPECT_EQ(read->number, number);
+        EXPECT_EQ(read->time, at);
+        Bytes again(read->tcp.size());
+        reader.store()->Copy(read->stored, again);
+        EXPECT_EQ(again, ShortWire().segments[0].Tcp());
+      }
+      EXPECT_FALSE(reader.Next());
+      EXPECT_EQ(reader.damage(), "");
+    }
+  }
+}
+
 TEST(CaptureReaderTest, ReadsAFileOfAnyName) {
   CaptureFile file(u8"host test \u00E9\u4E2D.pcap");
   file.Write(CaptureFile::Pcap(ShortWire().segments));
@@ -144,7 +216,7 @@ TEST(CaptureReaderTest, EveryPrefixGivesTheWholeFramesAndOneSentence) {
     for (std::size_t n = 48; n < bytes.size(); n += 3) {
       SCOPED_TRACE(n);
       file.Write(bytes.First(n));
-      CaptureReader reader(file.path(), "", CaptureReader::Mode::kFollow);
+      CaptureReader reader(file.path(), "");
       std::size_t frames = 0;
       while (reader.Next()) ++frames;
       EXPECT_LT(frames, wire.segments.size());
@@ -235,31 +307,49 @@ TEST(CapturedConnectionTest, ASynOnAClosedPairBeginsAnotherConnection) {
   EXPECT_EQ(both(open), 2u);
 }
 
-TEST(ByteStoreTest, ReadsWhatWentToTheFileAsWhatStayedInMemory) {
-  constexpr std::size_t kBlocks = 24;  // more than are kept when read back
-  ByteStore store(2);
-  Bytes piece(ByteStore::kBlockBytes / 3);
-  const auto fill = [&piece](std::uint64_t offset) {
-    for (std::size_t i = 0; i < piece.size(); i += 4) {
-      const auto at = static_cast<std::uint32_t>(offset + i) * 2654435761u;
-      std::memcpy(piece.data() + i, &at, std::min(sizeof at, piece.size() - i));
+// Bytes of two files and such as are in none, small and large windows, in and
+// out of order.
+TEST(ByteStoreTest, ReadsAllBytesWhereverTheyAre) {
+  constexpr std::uint32_t kPieces = 72;
+  Bytes piece(350'000);
+  const auto fill = [&piece](std::uint32_t index) {
+    for (std::uint32_t i = 0; i < piece.size(); i += 4) {
+      const std::uint32_t word = (index * 350'000 + i) * 2654435761u;
+      std::memcpy(piece.data() + i, &word, sizeof word);
     }
   };
-  constexpr std::uint64_t kPieces = 3 * kBlocks;
-  for (std::uint64_t i = 0; i < kPieces; ++i) {
-    fill(i * piece.size());
-    ASSERT_EQ(store.Append(piece), i * piece.size());
+  ByteStore store;
+  std::array<CaptureFile, 2> files;
+  std::vector<ByteStore::Offset> offsets(kPieces);
+  for (const std::uint32_t kind : {0u, 1u, 2u}) {
+    Bytes content;
+    for (std::uint32_t i = kind; i < kPieces; i += 3) {
+      fill(i);
+      offsets[i] = kind == 2 ? store.Append(piece) : content.size();
+      if (kind != 2) content += piece;
+    }
+    if (kind == 2) continue;
+    files[kind].Write(content);
+    const ByteStore::Offset begin = store.AddFile(
+        std::make_shared<FileBytes>(SystemFile::Open(files[kind].path()).file));
+    for (std::uint32_t i = kind; i < kPieces; i += 3) offsets[i] += begin;
   }
-  Bytes copy(piece.size());
-  for (const std::uint64_t step : {1u, 7u}) {
-    for (std::uint64_t i = 0; i < kPieces; ++i) {
-      const std::uint64_t offset = i * step % kPieces * piece.size();
-      fill(offset);
-      store.Copy(offset, copy.size(), copy.data());
-      ASSERT_EQ(copy, piece) << offset;
-      ASSERT_TRUE(store.Equal(offset, piece)) << offset;
+  for (const std::uint32_t step : {1u, 7u}) {
+    for (std::uint32_t i = 0; i < kPieces; ++i) {
+      const std::uint32_t index = i * step % kPieces;
+      fill(index);
+      for (std::size_t at = 0; at < piece.size(); at += 35'000) {
+        const Bytes part = piece.Part(at, 16'000);
+        Bytes copy(part.size());
+        store.Copy(offsets[index] + at, copy);
+        ASSERT_EQ(copy, part) << index << " " << at;
+        ASSERT_TRUE(store.Equal(offsets[index] + at, part));
+      }
     }
   }
+  files[0].Write({});  // it shrinks
+  Bytes copy(16'000);
+  EXPECT_THROW(store.Copy(offsets[0], copy), Failure);
 }
 
 // Random segments against a plain array of bytes.
@@ -267,7 +357,8 @@ TEST(StreamAssemblerTest, AgreesWithAPlainArray) {
   std::mt19937 random(3);
   for (int round = 0; round < 40; ++round) {
     SCOPED_TRACE(round);
-    StreamAssembler stream(std::make_shared<ByteStore>());
+    const auto store = std::make_shared<ByteStore>();
+    StreamAssembler stream(store);
     const std::uint32_t base = 0xFFFFFF00u + static_cast<std::uint32_t>(round);
     stream.Begin(base);
     Bytes bytes(600, 0);
@@ -278,7 +369,8 @@ TEST(StreamAssemblerTest, AgreesWithAPlainArray) {
       Bytes payload(count);
       for (auto& b : payload) b = static_cast<std::uint8_t>(random());
       stream.Add(base + static_cast<std::uint32_t>(at), payload,
-                 static_cast<std::uint32_t>(count), i, i);
+                 static_cast<std::uint32_t>(count),
+                 {store->Append(payload), i, i});
       for (std::size_t k = 0; k < count; ++k) {
         if (frames[at + k] != 0) continue;
         frames[at + k] = i;

@@ -33,6 +33,7 @@ class Tape {
                    last_.Length(),
                    TcpHeader::Parse(last_)};
     frame.ip_identification = identification_;
+    frame.stored = connections_.store().Append(last_);
     connections_.Add(frame);
     return *this;
   }

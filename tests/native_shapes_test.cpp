@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "host/capture/capture_reader.h"
-#include "host/streams/tcp_connections.h"
+#include "host/streams/capture_loader.h"
 #include "interface/host_interface.h"
 #include "tests/memory_file.h"
 #include "tests/shape_test.h"
@@ -24,17 +23,13 @@ class SampleShapeTest : public CaptureShapeTest {
     file.Append(bytes);
     for (host::HandOver hand_over :
          {host::HandOver::kCleanStreams, host::HandOver::kAsCaptured}) {
-      host::TcpConnections connections(hand_over);
       try {
-        host::CaptureReader reader(file.Path(), "");
-        while (const host::TcpFrame* frame = reader.Next()) {
-          connections.Add(*frame);
+        host::CaptureLoader loader(file.Path(), {.hand_over = hand_over});
+        loader.Read([] { return false; });
+        for (const auto& connection : loader.connections().Take()) {
+          Read(*connection.feed);
         }
       } catch (const host::CaptureError&) {
-      }
-      connections.Finish();
-      for (const host::Connection& connection : connections.Take()) {
-        Read(*connection.feed);
       }
     }
   }

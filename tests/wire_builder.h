@@ -156,7 +156,8 @@ inline void AddSegment(const Segment& s, std::uint32_t number,
   const Bytes tcp = s.Tcp();
   connections->Add({number, Nanoseconds{number} * 1'000'000,
                     PeerOf(s.direction), PeerOf(1 - s.direction), tcp,
-                    tcp.Length() + s.cut, TcpHeader::Parse(tcp)});
+                    tcp.Length() + s.cut, TcpHeader::Parse(tcp),
+                    connections->store().Append(tcp)});
 }
 
 inline std::vector<Connection> Connect(

@@ -48,7 +48,8 @@ struct TcpHeader {
 };
 
 // A captured frame that holds (the beginning of) a TCP segment. The bytes
-// belong to the capture reader and are gone with its next frame.
+// belong to the capture reader and are gone with its next frame; from then on
+// they are in its byte store.
 struct TcpFrame {
   std::uint32_t number = 0;  // counted from 1 over all frames of the capture
   Nanoseconds time = 0;
@@ -59,6 +60,7 @@ struct TcpFrame {
   // What was on the wire: more than tcp.size() where the snap length cut it.
   std::uint32_t wire_length = 0;
   std::optional<TcpHeader> header;  // TcpHeader::Parse(tcp)
+  std::uint64_t stored = 0;         // the ByteStore::Offset of `tcp`
   // The IPv4 identification, new in each packet that a host sends; IPv6 has
   // none.
   std::optional<std::uint16_t> ip_identification = {};
@@ -77,7 +79,7 @@ enum class FrameKind {
 // What a frame holds.
 struct ParsedFrame {
   FrameKind kind = FrameKind::kOther;
-  TcpFrame frame;  // of kTcp, but for its number and its time
+  TcpFrame frame;  // of kTcp, but for its number, its time and `stored`
 };
 
 // Whether frames of this link type (a DLT_ value of libpcap) can be read.

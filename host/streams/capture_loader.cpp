@@ -13,10 +13,8 @@ constexpr unsigned kFramesBetweenLooks = 32;  // at the clock
 
 CaptureLoader::CaptureLoader(const std::filesystem::path& path,
                              const LoadOptions& options)
-    : reader_(path, options.filter,
-              options.follow ? CaptureReader::Mode::kFollow
-                             : CaptureReader::Mode::kWholeFile),
-      connections_(options.hand_over),
+    : reader_(path, options.filter),
+      connections_(options.hand_over, reader_.store()),
       follow_(options.follow) {}
 
 CaptureLoader::State CaptureLoader::Read(const TimeIsUp& time_is_up) {

@@ -37,8 +37,8 @@ class CaptureLoader {
   CaptureLoader(const std::filesystem::path& path, const LoadOptions& options);
 
   // Reads on until the time is up or the file ends for now, and lets the
-  // connections show what has become settled. Throws Failure when there is no
-  // room for what is read.
+  // connections show what has become settled. Throws Failure when the file
+  // cannot be read any more.
   State Read(const TimeIsUp& time_is_up);
   // The capture ends with what was read so far.
   void End();

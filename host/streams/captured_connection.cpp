@@ -46,7 +46,7 @@ class CapturedFeed final : public PacketFeed {
 
 void CapturedFeed::Add(const TcpFrame& frame, std::uint32_t direction) {
   PacketPiece whole;
-  whole.stored = store_->Append(frame.tcp);
+  whole.stored = frame.stored;
   whole.length = static_cast<std::uint32_t>(frame.tcp.size());
   whole.direction = static_cast<std::uint8_t>(direction);
   if (whole.length <= DICOM_PACKET_BYTES) {
@@ -73,17 +73,16 @@ void CapturedFeed::AddPieces(const PacketPiece& whole,
 CopiedPacket CapturedFeed::CopyPacket(std::uint32_t number,
                                       PacketRoom room) const {
   const PacketPiece& piece = pieces_[number];
-  std::uint8_t* const tcp = room.data();
   if (!piece.is_piece) {
-    store_->Copy(piece.stored, piece.length, tcp);
+    store_->Copy(piece.stored, room.first(piece.length));
     return {piece.length, piece.direction};
   }
-  store_->Copy(piece.stored, kTcpHeaderBytes, tcp);
+  store_->Copy(piece.stored, room.first<kTcpHeaderBytes>());
   const TcpHeader header = *TcpHeader::Parse(room);
   const std::uint32_t header_bytes = std::max(header.length, kTcpHeaderBytes);
-  store_->Copy(piece.stored, header_bytes, tcp);
+  store_->Copy(piece.stored, room.first(header_bytes));
   store_->Copy(piece.stored + header_bytes + piece.skipped,
-               piece.length - header_bytes, tcp + header_bytes);
+               room.subspan(header_bytes, piece.length - header_bytes));
   const bool after_syn = piece.skipped != 0 && header.Has(kSyn);
   WireWriter(room.subspan(kSequenceAt))
       .Word32(header.sequence + piece.skipped + (after_syn ? 1 : 0));

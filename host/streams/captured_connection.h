@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include "host/streams/byte_store.h"
+#include "host/capture/byte_store.h"
 #include "host/streams/connection_builder.h"
 
 namespace host {
@@ -18,7 +18,7 @@ class CapturedFeed;
 // become several.
 class CapturedConnection final : public ConnectionBuilder {
  public:
-  // Keeps the segments in `store`.
+  // The segments are in `store`.
   explicit CapturedConnection(std::shared_ptr<ByteStore> store);
 
   // A SYN with a new number on a connection that was closed or reset.

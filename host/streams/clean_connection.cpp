@@ -103,7 +103,8 @@ void CleanConnection::AddPayload(const TcpFrame& frame,
   const TcpHeader& header = *frame.header;
   const std::uint32_t sequence = header.sequence + (header.Has(kSyn) ? 1 : 0);
   const std::uint32_t wire_length = frame.wire_length - header.length;
-  side.stream.Add(sequence, *payload, wire_length, frame.number, frame.time);
+  side.stream.Add(sequence, *payload, wire_length,
+                  {frame.stored + header.length, frame.number, frame.time});
   if (header.Has(kFin)) {
     side.stream.Close(sequence + wire_length);
     side.fin_seen = true;

@@ -21,7 +21,7 @@ namespace host {
 // them on the way.
 class CleanConnection final : public ConnectionBuilder {
  public:
-  // Keeps the payload in `store`.
+  // The payload is in `store`.
   explicit CleanConnection(const std::shared_ptr<ByteStore>& store);
 
   // A SYN whose number does not fit to what its direction began with, or the

@@ -34,7 +34,7 @@ struct PacketRun {
 // the streams and one entry for each PDV item.
 class CleanFeed final : public PacketFeed {
  public:
-  // Keeps both directions' bytes in `store`.
+  // Both directions' bytes are in `store`.
   explicit CleanFeed(const std::shared_ptr<ByteStore>& store);
 
   // The bytes of one direction, from which the packets are made.

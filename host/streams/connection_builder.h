@@ -21,8 +21,8 @@ class ConnectionBuilder {
   // from the side that sent the connection's first packet.
   virtual bool BeginsAnother(const TcpFrame& frame,
                              std::uint32_t direction) const = 0;
-  // The connection's next segment, in the order of the capture; its bytes are
-  // copied. Throws Failure when there is no room for them.
+  // The connection's next segment, in the order of the capture. Throws Failure
+  // when what came before cannot be read again.
   void Add(const TcpFrame& frame, std::uint32_t direction);
   // Lets the connection show all that is settled by now. True when it should be
   // asked once more even if nothing is added.

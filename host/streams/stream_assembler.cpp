@@ -8,6 +8,20 @@ namespace {
 constexpr StreamPosition kFarthestAhead = StreamPosition{64} << 20;
 constexpr StreamPosition kFarthestBefore = StreamPosition{1} << 20;
 
+// What `extent` holds before `end` and from there on.
+Extent FirstOf(Extent extent, StreamPosition end) {
+  extent.length = static_cast<std::uint32_t>(end - extent.position);
+  return extent;
+}
+
+Extent RestOf(Extent extent, StreamPosition begin) {
+  const auto skipped = static_cast<std::uint32_t>(begin - extent.position);
+  extent.position = begin;
+  extent.stored += skipped;
+  extent.length -= skipped;
+  return extent;
+}
+
 }  // namespace
 
 void FrameRange::Include(const FrameRange& other) {
@@ -50,8 +64,8 @@ bool StreamAssembler::Accepts(StreamPosition position) const {
 
 void StreamAssembler::Add(std::uint32_t sequence,
                           std::span<const std::uint8_t> bytes,
-                          std::uint32_t wire_length, std::uint32_t frame,
-                          Nanoseconds time) {
+                          std::uint32_t wire_length,
+                          const PayloadOrigin& origin) {
   if (wire_length == 0) return;
   if (!base_known_) {
     base_known_ = true;
@@ -64,18 +78,18 @@ void StreamAssembler::Add(std::uint32_t sequence,
   highest_ = std::max(highest_, wire_end);
   StreamPosition to =
       std::min(from + static_cast<StreamPosition>(bytes.size()), wire_end);
+  StreamPosition skipped = 0;
   if (syn_seen_ && from < lowest_) {
-    const StreamPosition cut = std::min(lowest_, to) - from;
-    bytes = bytes.subspan(
-        static_cast<std::size_t>(std::max<StreamPosition>(cut, 0)));
+    skipped = std::max<StreamPosition>(std::min(lowest_, to) - from, 0);
     from = lowest_;
   }
   if (from >= to) return;
   lowest_ = std::min(lowest_, from);
-  const Extent source{0, time, 0, frame};
-  if (!Insert(from, bytes.first(static_cast<std::size_t>(to - from)), source)) {
-    ++differing_copies_;
-  }
+  const auto length = static_cast<std::uint32_t>(to - from);
+  const auto first = static_cast<std::size_t>(skipped);
+  const Extent whole{from, origin.stored + first, origin.time, length,
+                     origin.frame};
+  if (!Insert(whole, bytes.subspan(first, length))) ++differing_copies_;
 }
 
 void StreamAssembler::Close(std::uint32_t sequence) {
@@ -87,53 +101,40 @@ void StreamAssembler::Close(std::uint32_t sequence) {
 
 StreamPosition StreamAssembler::end() const { return fin_ ? *fin_ : highest_; }
 
-StreamAssembler::Extents::const_iterator StreamAssembler::ExtentAt(
-    StreamPosition from) const {
-  auto it = extents_.upper_bound(from);
-  if (it != extents_.begin()) {
-    const auto before = std::prev(it);
-    if (before->first + before->second.length > from) return before;
-  }
-  return it;
-}
-
-bool StreamAssembler::Insert(StreamPosition at,
-                             std::span<const std::uint8_t> bytes,
-                             Extent source) {
+bool StreamAssembler::Insert(const Extent& whole,
+                             std::span<const std::uint8_t> bytes) {
   bool same = true;
-  auto next = ExtentAt(at);
-  while (!bytes.empty()) {
-    const StreamPosition end = at + static_cast<StreamPosition>(bytes.size());
-    std::size_t count;
-    if (next != extents_.end() && next->first <= at) {  // there already
-      const Extent& known = next->second;
-      const StreamPosition known_end = next->first + known.length;
-      count = static_cast<std::size_t>(std::min(end, known_end) - at);
-      const auto skip = static_cast<ByteStore::Offset>(at - next->first);
-      same = store_->Equal(known.stored + skip, bytes.first(count)) && same;
-      ++next;
+  Extent rest = whole;
+  while (rest.length != 0) {
+    const StreamPosition at = rest.position;
+    const auto next = extents_.Find(at);
+    StreamPosition part_end = rest.end();
+    if (!next.AtEnd() && next->position <= at) {  // there already
+      part_end = std::min(part_end, next->end());
+      const auto from = static_cast<std::size_t>(at - whole.position);
+      const auto count = static_cast<std::size_t>(part_end - at);
+      same = IsSame(*next, at, bytes.subspan(from, count)) && same;
     } else {
-      StreamPosition gap_end =
-          next == extents_.end() ? end : std::min(end, next->first);
-      const bool sealed = source.frame != 0 && at < sealed_until_;
-      if (sealed) gap_end = std::min(gap_end, sealed_until_);
-      count = static_cast<std::size_t>(gap_end - at);
-      if (!sealed) Keep(at, bytes.first(count), source, next);
+      if (!next.AtEnd()) part_end = std::min(part_end, next->position);
+      const bool sealed = rest.frame != 0 && at < sealed_until_;
+      if (sealed) part_end = std::min(part_end, sealed_until_);
+      if (!sealed) Keep(FirstOf(rest, part_end));
     }
-    at += static_cast<StreamPosition>(count);
-    bytes = bytes.subspan(count);
+    rest = RestOf(rest, part_end);
   }
   return same;
 }
 
-void StreamAssembler::Keep(StreamPosition at,
-                           std::span<const std::uint8_t> bytes, Extent source,
-                           Extents::const_iterator next) {
-  source.stored = store_->Append(bytes);
-  source.length = static_cast<std::uint32_t>(bytes.size());
-  extents_.emplace_hint(next, at, source);
-  Join(at, at + static_cast<StreamPosition>(bytes.size()));
-  if (source.frame != 0) payload_bytes_ += bytes.size();
+bool StreamAssembler::IsSame(const Extent& known, StreamPosition at,
+                             std::span<const std::uint8_t> bytes) const {
+  const auto skip = static_cast<ByteStore::Offset>(at - known.position);
+  return store_->Equal(known.stored + skip, bytes);
+}
+
+void StreamAssembler::Keep(const Extent& extent) {
+  extents_.Insert(extent);
+  Join(extent.position, extent.end());
+  if (extent.frame != 0) payload_bytes_ += extent.length;
 }
 
 void StreamAssembler::Join(StreamPosition from, StreamPosition to) {
@@ -179,20 +180,19 @@ std::uint64_t StreamAssembler::PresentBytes(StreamPosition from,
 
 void StreamAssembler::Copy(StreamPosition from,
                            std::span<std::uint8_t> to) const {
-  for (auto it = ExtentAt(from); !to.empty(); ++it) {
+  for (auto next = extents_.Find(from); !to.empty(); ++next) {
     const StreamPosition end = from + static_cast<StreamPosition>(to.size());
     const StreamPosition begin =
-        it == extents_.end() ? end : std::clamp(it->first, from, end);
+        next.AtEnd() ? end : std::clamp(next->position, from, end);
     const auto hole = static_cast<std::size_t>(begin - from);
     std::ranges::fill(to.first(hole), std::uint8_t{0});
     to = to.subspan(hole);
     if (to.empty()) break;
-    const StreamPosition stop = std::min(end, it->first + it->second.length);
-    const auto count = static_cast<std::size_t>(stop - begin);
-    const auto skipped = static_cast<ByteStore::Offset>(begin - it->first);
-    store_->Copy(it->second.stored + skipped, count, to.data());
+    from = std::min(end, next->end());
+    const auto count = static_cast<std::size_t>(from - begin);
+    const auto skipped = static_cast<ByteStore::Offset>(begin - next->position);
+    store_->Copy(next->stored + skipped, to.first(count));
     to = to.subspan(count);
-    from = stop;
   }
 }
 
@@ -209,16 +209,17 @@ std::vector<std::uint8_t> StreamAssembler::Peek(StreamPosition at,
 FrameRange StreamAssembler::Frames(StreamPosition from,
                                    StreamPosition to) const {
   FrameRange range;
-  for (auto it = ExtentAt(from); it != extents_.end() && it->first < to; ++it) {
-    const Extent& extent = it->second;
-    range.Include({extent.frame, extent.frame, extent.time});
+  auto next = extents_.Find(from);
+  for (; !next.AtEnd() && next->position < to; ++next) {
+    range.Include({next->frame, next->frame, next->time});
   }
   return range;
 }
 
 void StreamAssembler::Substitute(StreamPosition at,
                                  std::span<const std::uint8_t> bytes) {
-  Insert(at, bytes, Extent{});
+  const auto length = static_cast<std::uint32_t>(bytes.size());
+  Insert({at, store_->Append(bytes), 0, length, 0}, bytes);
 }
 
 }  // namespace host

@@ -9,15 +9,11 @@
 #include <span>
 #include <vector>
 
-#include "host/streams/byte_store.h"
+#include "host/capture/byte_store.h"
 #include "host/streams/connection.h"
+#include "host/streams/extent_list.h"
 
 namespace host {
-
-// Where a byte stands in one direction of a connection: 0 is the first byte
-// after the SYN. Without a captured SYN 0 is the first payload byte that was
-// captured, and what comes before it has negative positions.
-using StreamPosition = std::int64_t;
 
 // Where a run of bytes came from. Both frames are 0 when nothing of it was
 // captured.
@@ -30,8 +26,16 @@ struct FrameRange {
   void Include(const FrameRange& other);
 };
 
+// Where a segment's payload came from, and where its first byte is kept.
+struct PayloadOrigin {
+  ByteStore::Offset stored = 0;
+  std::uint32_t frame = 0;
+  Nanoseconds time = 0;
+};
+
 // Puts the payload of one direction of a connection in order. The first copy of
-// a byte is kept and never changes; what never came is a hole.
+// a byte counts and never changes; what never came is a hole. The bytes stay
+// where the store has them.
 class StreamAssembler {
  public:
   explicit StreamAssembler(std::shared_ptr<ByteStore> store);
@@ -45,7 +49,7 @@ class StreamAssembler {
   // SYN, more than 1 MiB before the first; bytes before position 0 of a SYN;
   // bytes behind the FIN.
   void Add(std::uint32_t sequence, std::span<const std::uint8_t> bytes,
-           std::uint32_t wire_length, std::uint32_t frame, Nanoseconds time);
+           std::uint32_t wire_length, const PayloadOrigin& origin);
   // A FIN was captured; `sequence` is its own number, behind all payload.
   void Close(std::uint32_t sequence);
 
@@ -86,29 +90,20 @@ class StreamAssembler {
   std::uint32_t differing_copies() const { return differing_copies_; }
 
  private:
-  // A run of bytes as one segment brought it. Frame 0: not from the capture.
-  struct Extent {
-    ByteStore::Offset stored = 0;
-    Nanoseconds time = 0;
-    std::uint32_t length = 0;
-    std::uint32_t frame = 0;
-  };
-  using Extents = std::map<StreamPosition, Extent>;
-
   // Whether a segment may begin there: not too far from what is known, so that
   // a stray number does not make a stream of gigabytes.
   bool Accepts(StreamPosition position) const;
-  // Adds what is not there yet; true when what is there already is the same.
-  bool Insert(StreamPosition at, std::span<const std::uint8_t> bytes,
-              Extent source);
-  void Keep(StreamPosition at, std::span<const std::uint8_t> bytes,
-            Extent source, Extents::const_iterator next);
+  // Adds what is not there yet of `bytes`, which `whole` stands for; true when
+  // what is there already is the same.
+  bool Insert(const Extent& whole, std::span<const std::uint8_t> bytes);
+  // Whether `bytes` are those that `known` holds from `at` on.
+  bool IsSame(const Extent& known, StreamPosition at,
+              std::span<const std::uint8_t> bytes) const;
+  void Keep(const Extent& extent);
   void Join(StreamPosition from, StreamPosition to);
-  // The extent that holds `from`, or else the first behind it.
-  Extents::const_iterator ExtentAt(StreamPosition from) const;
 
   std::shared_ptr<ByteStore> store_;
-  Extents extents_;  // never overlapping
+  ExtentList extents_;
   std::map<StreamPosition, StreamPosition>
       runs_;                // begin and end without holes between
   std::uint32_t base_ = 0;  // the sequence number of position 0

@@ -7,7 +7,9 @@
 
 namespace host {
 
-TcpConnections::TcpConnections(HandOver hand_over) : hand_over_(hand_over) {}
+TcpConnections::TcpConnections(HandOver hand_over,
+                               std::shared_ptr<ByteStore> store)
+    : hand_over_(hand_over), store_(std::move(store)) {}
 
 void TcpConnections::Add(const TcpFrame& frame) {
   // A clean stream has no use for a packet that ends before the TCP flags, and

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/streams/byte_store.h"
+#include "host/capture/byte_store.h"
 #include "host/streams/connection_builder.h"
 
 namespace host {
@@ -23,16 +23,21 @@ enum class HandOver {
 // that grows: Add() what came, Update(), look, and again.
 class TcpConnections {
  public:
-  explicit TcpConnections(HandOver hand_over);
+  // The bytes of all frames are in `store`, which the connections share; its
+  // own store is for frames that no capture reader has read.
+  explicit TcpConnections(
+      HandOver hand_over,
+      std::shared_ptr<ByteStore> store = std::make_shared<ByteStore>());
 
-  // Segments in the order of the capture. The bytes are copied. Throws Failure
-  // when there is no room for them.
+  // Segments in the order of the capture. Throws Failure when what came before
+  // cannot be read again.
   void Add(const TcpFrame& frame);
   // Makes what has become settled by now visible in the connections.
   void Update();
   // The capture is over: everything becomes visible.
   void Finish();
 
+  ByteStore& store() { return *store_; }
   std::size_t size() const { return builders_.size(); }
   // Stays where it is; grows by Update() and Finish() only.
   Connection& at(std::size_t index) { return builders_[index]->connection(); }
@@ -55,8 +60,7 @@ class TcpConnections {
   void Begin(const TcpFrame& frame, Current& current);
 
   HandOver hand_over_;
-  // The payload of all connections, which share it with this.
-  std::shared_ptr<ByteStore> store_ = std::make_shared<ByteStore>();
+  std::shared_ptr<ByteStore> store_;
   std::map<Key, Current> current_;
   std::vector<Current*> touched_;  // by Add() since the last Update()
   std::vector<std::unique_ptr<ConnectionBuilder>> builders_;  // in order

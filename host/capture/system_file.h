@@ -1,0 +1,48 @@
+#ifndef HOST_CAPTURE_SYSTEM_FILE_H_
+#define HOST_CAPTURE_SYSTEM_FILE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace host {
+
+// A file of the system, closed with the object. Offsets are in bytes from the
+// beginning. All operations throw Failure when the system refuses.
+class SystemFile {
+ public:
+  // What became of an opening.
+  struct Opened {
+    std::unique_ptr<SystemFile> file;
+    std::string reason;  // why there is none
+  };
+
+  // For reading, with any name that the platform allows; others may go on
+  // writing to the file.
+  static Opened Open(const std::filesystem::path& path);
+  // Made in the folder for temporary files. The system removes it when it is
+  // closed, also when the program ends by a fault.
+  static std::unique_ptr<SystemFile> MakeTemporary();
+
+  ~SystemFile();
+  SystemFile(const SystemFile&) = delete;
+  SystemFile& operator=(const SystemFile&) = delete;
+
+  std::uint64_t Size() const;
+  // Answers how many bytes were read: fewer than asked for only at the end.
+  std::size_t Read(std::uint64_t offset, std::span<std::uint8_t> to) const;
+  // For a temporary file, which grows as needed.
+  void Write(std::uint64_t offset, std::span<const std::uint8_t> bytes);
+
+ private:
+  explicit SystemFile(std::intptr_t handle) : handle_(handle) {}
+
+  std::intptr_t handle_;  // the platform's
+};
+
+}  // namespace host
+
+#endif  // HOST_CAPTURE_SYSTEM_FILE_H_
