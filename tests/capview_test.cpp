@@ -155,7 +155,7 @@ class CapviewTest : public testing::Test {
     }
     return Utf8FromWide(cells);
   }
-  std::vector<TreeLine> Lines() { return ReadTree(Control(IDC_TREE)); }
+  std::vector<TreeLine> Lines() { return ReadTree(Control(IDC_TREE)).lines; }
   std::string SelectedLine() {
     wchar_t text[256] = L"";
     TVITEMW item{};

@@ -1,11 +1,11 @@
 #include "host/capdump/options.h"
 
 #include <algorithm>
-#include <charconv>
 #include <string_view>
 #include <utility>
 
 #include "host/capdump/option_table.h"
+#include "host/text/number_text.h"
 
 namespace host {
 namespace {
@@ -22,14 +22,12 @@ std::string OptionText(std::string_view name) {
 
 // The number of a row or a connection, which people count from 1.
 std::uint32_t ParseIndex(std::string_view option, std::string_view text) {
-  std::uint32_t number = 0;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || stop != end || number == 0) {
+  const auto index = IndexFromText(text);
+  if (!index) {
     throw UsageError(OptionText(option) + " wants a number from 1 on, not " +
                      Quoted(text) + ".");
   }
-  return number - 1;
+  return *index;
 }
 
 // The arguments one after the other; "--option=value" is two of them.

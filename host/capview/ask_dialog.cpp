@@ -2,6 +2,7 @@
 
 #include "host/capview/control.h"
 #include "host/capview/resource.h"
+#include "host/module/window_text.h"
 
 namespace host {
 namespace {
@@ -28,7 +29,7 @@ INT_PTR CALLBACK OnAskMessage(HWND dialog, UINT message, WPARAM wide,
   if (message != WM_COMMAND) return FALSE;
   if (LOWORD(wide) == IDOK) {
     reinterpret_cast<Question*>(GetWindowLongPtrW(dialog, DWLP_USER))->text =
-        WindowText(GetDlgItem(dialog, IDC_ASK_TEXT));
+        WideTextOf(GetDlgItem(dialog, IDC_ASK_TEXT));
   }
   if (LOWORD(wide) == IDOK || LOWORD(wide) == IDCANCEL) {
     EndDialog(dialog, LOWORD(wide));

@@ -1,6 +1,5 @@
 #include "host/capview/capture_summary.h"
 
-#include "host/capview/whole_sentence.h"
 #include "host/text/number_text.h"
 
 namespace host {
@@ -12,12 +11,12 @@ std::string FailedText(const CaptureDocument& document, ListKind list) {
   if (count > 0) {
     return CountText(count, "message failed: row ",
                      "messages failed, the first in row ") +
-           NumberText(first + 1) +
+           std::to_string(first + 1) +
            (list == ListKind::kMessages ? ". " : " of the messages, Ctrl+2. ");
   }
   for (std::size_t i = 0; i < document.ConnectionCount(); ++i) {
     if (document.FailedMessages(i).count == 0) continue;
-    return "A message of connection " + NumberText(i + 1) +
+    return "A message of connection " + std::to_string(i + 1) +
            " failed; Ctrl+K lists such connections in red. ";
   }
   return {};
@@ -27,7 +26,7 @@ std::string FailedText(const CaptureDocument& document, ListKind list) {
 std::string NotesText(const CaptureDocument& document) {
   const auto notes = document.Notes();
   if (notes.empty()) return {};
-  std::string text = WholeSentence(notes[0]);
+  std::string text = notes[0];
   if (document.HasModuleFailed()) text += " F5 lets the module try again.";
   if (notes.size() > 1) {
     text += " (" + NumberText(notes.size()) + " notes, Ctrl+I)";

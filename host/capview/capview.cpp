@@ -16,6 +16,7 @@
 #include "host/module/module_library.h"
 #include "host/text/failure.h"
 #include "host/text/file_name.h"
+#include "host/text/number_text.h"
 #include "host/text/wide_text.h"
 
 constexpr int kNoDisplay = 3;  // run.sh knows it
@@ -41,8 +42,7 @@ bool TakeOption(const std::wstring& name, const wchar_t* value,
   } else if (name == L"--settings") {
     arguments.settings = NameFrom(value);
   } else if (name == L"--row") {
-    const unsigned long number = std::wcstoul(value, nullptr, 10);
-    if (number > 0) arguments.request.row = number - 1;
+    arguments.request.row = IndexFromText(Utf8FromWide(value));
   } else if (name == L"--find") {
     arguments.request.find = value;
   } else {

@@ -24,9 +24,6 @@ HWND MakeControl(HWND parent, const ControlForm& form);
 // `place` in the parent's client area.
 void MoveControl(HWND control, const RECT& place);
 
-// The text of a window, whole.
-std::wstring WindowText(HWND window);
-
 }  // namespace host
 
 #endif  // HOST_CAPVIEW_CONTROL_H_

@@ -4,11 +4,11 @@
 #include <windowsx.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "host/capview/control.h"
 #include "host/module/tree_reader.h"
 #include "host/rows/tree_search.h"
-#include "interface/host_interface.h"
 
 namespace host {
 namespace {
@@ -84,13 +84,10 @@ std::optional<ByteRange> DecodeTreePane::SelectedBytes() const {
   TVITEMW request{};
   request.mask = TVIF_PARAM;
   request.hItem = TreeView_GetSelection(window_);
-  if (request.hItem == nullptr || !TreeView_GetItem(window_, &request) ||
-      request.lParam == 0) {
+  if (request.hItem == nullptr || !TreeView_GetItem(window_, &request)) {
     return {};
   }
-  const auto& bytes =
-      *reinterpret_cast<const DicomByteRangeRecord*>(request.lParam);
-  return ByteRange{bytes.section, bytes.offset, bytes.length};
+  return BytesOfItem(request.lParam);
 }
 
 void DecodeTreePane::SelectLine(std::size_t line) {
@@ -128,8 +125,9 @@ const std::vector<TreeLine>& DecodeTreePane::Lines() {
 
 void DecodeTreePane::ReadOnce() {
   if (read_) return;
-  items_.clear();
-  lines_ = ReadTree(window_, &items_);
+  ReadLines read = ReadTree(window_);
+  lines_ = std::move(read.lines);
+  items_ = std::move(read.items);
   read_ = true;
 }
 

@@ -1,7 +1,7 @@
 #include "host/capview/row_navigator.h"
 
 #include <algorithm>
-#include <cwchar>
+#include <string>
 #include <utility>
 
 #include "host/capview/capture_summary.h"
@@ -10,18 +10,7 @@
 #include "host/text/wide_text.h"
 
 namespace host {
-namespace {
-
-// With or without the commas that numbers are shown with.
-std::optional<std::uint32_t> RowOf(std::wstring number, std::uint32_t count) {
-  std::erase(number, L',');
-  wchar_t* end = nullptr;
-  const unsigned long value = std::wcstoul(number.c_str(), &end, 10);
-  if (*end != L'\0' || value < 1 || value > count) return {};
-  return static_cast<std::uint32_t>(value - 1);
-}
-
-}  // namespace
+namespace {}  // namespace
 
 RowNavigator::RowNavigator(CaptureDocument& document, RowModel& model,
                            Panes& panes, WorkLoop& work)
@@ -82,11 +71,12 @@ void RowNavigator::Filter(const std::wstring& text) {
 }
 
 void RowNavigator::GoTo(const std::wstring& number) {
-  if (const auto row = RowOf(number, model_.Count())) {
+  const auto row = IndexFromText(Utf8FromWide(number));
+  if (row && *row < model_.Count()) {
     panes_.rows.Select(row);
   } else {
     panes_.status.Say("There is no row " + Utf8FromWide(number) +
-                      "; rows go from 1 to " + NumberText(model_.Count()) +
+                      "; rows go from 1 to " + std::to_string(model_.Count()) +
                       ".");
   }
 }
@@ -138,7 +128,7 @@ bool RowNavigator::ShowPending() {
       panes_.decode.Show(document_, {model_.list(), row});
   if (on_shown_) on_shown_();
   if (stopped.empty()) return true;
-  panes_.status.Say("Row " + NumberText(row + 1) +
+  panes_.status.Say("Row " + std::to_string(row + 1) +
                     " could not be decoded to its end (" +
                     PrintableFromCodePage1252(stopped) +
                     "); the module was loaded again, choose another row.");

@@ -10,7 +10,6 @@
 
 #include "host/capview/control.h"
 #include "host/capview/resource.h"
-#include "host/capview/whole_sentence.h"
 #include "host/text/number_text.h"
 #include "host/text/wide_text.h"
 
@@ -53,7 +52,7 @@ void StatusLine::OnSilence(std::function<std::string()> usual) {
 
 void StatusLine::Say(const std::string& sentence) {
   said_ = true;
-  SetPart(kSentencePart, WholeSentence(sentence));
+  SetPart(kSentencePart, sentence);
 }
 
 void StatusLine::Hush() {

@@ -6,6 +6,7 @@
 
 #include "host/capview/control.h"
 #include "host/capview/resource.h"
+#include "host/module/window_text.h"
 
 namespace host {
 namespace {
@@ -53,7 +54,7 @@ void TopBar::ShowList(ListKind list) {
                   list == ListKind::kMessages ? BST_CHECKED : BST_UNCHECKED);
 }
 
-std::wstring TopBar::FilterText() const { return WindowText(filter_); }
+std::wstring TopBar::FilterText() const { return WideTextOf(filter_); }
 
 void TopBar::ClearFilter() { SetWindowTextW(filter_, L""); }
 

@@ -27,7 +27,7 @@ DecodeControls::DecodeControls(HexWindow hex_window) : hex_window_(hex_window) {
 void DecodeControls::ForgetHex() { SetWindowTextA(windows_.hex, ""); }
 
 std::vector<TreeLine> DecodeControls::Tree() const {
-  return ReadTree(windows_.tree);
+  return ReadTree(windows_.tree).lines;
 }
 
 std::optional<std::string> DecodeControls::Hex() const {

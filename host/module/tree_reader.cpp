@@ -14,18 +14,19 @@ constexpr std::size_t kMostTextRoom = 64 * 1024 * 1024;
 // possible are sent: one a leaf for its contents, one to go on.
 class TreeReader {
  public:
-  TreeReader(HWND tree, std::vector<HTREEITEM>* items)
-      : tree_(tree), items_(items) {}
+  explicit TreeReader(HWND tree) : tree_(tree) {}
 
-  std::vector<TreeLine> Read() {
-    std::vector<TreeLine> lines;
+  ReadLines Read() {
+    ReadLines read;
     std::vector<HTREEITEM> parents;
     HTREEITEM item = Next(nullptr, TVGN_ROOT);
     while (item != nullptr) {
-      bool has_children = false;
-      if (items_ != nullptr) items_->push_back(item);
-      lines.push_back(Line(item, parents.size(), &has_children));
-      if (has_children) {
+      const TVITEMA contents = Contents(item);
+      read.items.push_back(item);
+      read.lines.push_back({static_cast<std::uint32_t>(parents.size()),
+                            std::string(text_.data(), TextLength()),
+                            BytesOfItem(contents.lParam)});
+      if (contents.cChildren > 0) {
         parents.push_back(item);
         item = Next(item, TVGN_CHILD);
         continue;
@@ -37,7 +38,7 @@ class TreeReader {
       }
       item = next;
     }
-    return lines;
+    return read;
   }
 
  private:
@@ -46,7 +47,8 @@ class TreeReader {
         tree_, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
   }
 
-  TreeLine Line(HTREEITEM item, std::size_t depth, bool* has_children) {
+  // Its text goes to `text_`.
+  TVITEMA Contents(HTREEITEM item) {
     TVITEMA request{};
     request.hItem = item;
     Get(request);
@@ -55,16 +57,7 @@ class TreeReader {
       text_.resize(text_.size() * 2);
       Get(request);
     }
-    *has_children = request.cChildren > 0;
-    TreeLine line;
-    line.depth = static_cast<std::uint32_t>(depth);
-    line.text.assign(text_.data(), TextLength());
-    if (request.lParam != 0) {
-      const auto& bytes =
-          *reinterpret_cast<const DicomByteRangeRecord*>(request.lParam);
-      line.bytes = ByteRange{bytes.section, bytes.offset, bytes.length};
-    }
-    return line;
+    return request;
   }
 
   void Get(TVITEMA& request) {
@@ -84,14 +77,17 @@ class TreeReader {
   }
 
   HWND tree_;
-  std::vector<HTREEITEM>* items_;
   std::vector<char> text_ = std::vector<char>(kFirstTextRoom);
 };
 
 }  // namespace
 
-std::vector<TreeLine> ReadTree(HWND tree, std::vector<HTREEITEM>* items) {
-  return TreeReader(tree, items).Read();
+ReadLines ReadTree(HWND tree) { return TreeReader(tree).Read(); }
+
+std::optional<ByteRange> BytesOfItem(LPARAM item_data) {
+  if (item_data == 0) return {};
+  const auto& bytes = *reinterpret_cast<const DicomByteRangeRecord*>(item_data);
+  return ByteRange{bytes.section, bytes.offset, bytes.length};
 }
 
 }  // namespace host

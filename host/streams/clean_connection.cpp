@@ -247,7 +247,7 @@ void CleanConnection::Describe() {
   if (reset_) {
     notes.push_back(EndpointOf(reset_->direction) +
                     " reset the connection (RST) in frame " +
-                    NumberText(reset_->frame) + ".");
+                    std::to_string(reset_->frame) + ".");
   }
 }
 

@@ -48,7 +48,7 @@ std::string CutOffSentence(const StreamAssembler& stream, StreamPosition rest,
   const auto bytes = stream.Peek(rest, kPduHeaderBytes);
   if (bytes.size() < kPduHeaderBytes) {
     return "The capture ends inside a PDU header" + from + ": " +
-           NumberText(present) + " of 6 bytes.";
+           NumberText(present) + " of " + BytesText(kPduHeaderBytes) + ".";
   }
   const auto header =
       PduHeader::Parse(std::span(bytes).first<kPduHeaderBytes>());
@@ -112,13 +112,17 @@ void LossNotes::AppendSentences(const StreamAssembler& stream,
                         " were skipped: they are in no whole PDU.");
   }
   if (left_out_ != 0) {
-    sentences.push_back(NumberText(left_out_) + " P-DATA-TF PDU(s)" + from +
-                        " too short for a PDV item are left out.");
+    sentences.push_back(
+        CountText(left_out_, "P-DATA-TF PDU", "P-DATA-TF PDUs") + from +
+        ", too short for a PDV item, " + (left_out_ == 1 ? "is" : "are") +
+        " left out.");
   }
   if (stream.differing_copies() != 0) {
-    sentences.push_back(NumberText(stream.differing_copies()) +
-                        " repeated segment(s)" + from +
-                        " differ from what came first, which was kept.");
+    sentences.push_back(
+        CountText(stream.differing_copies(), "repeated segment",
+                  "repeated segments") +
+        from + (stream.differing_copies() == 1 ? " differs" : " differ") +
+        " from what came first, which was kept.");
   }
 }
 

@@ -1,5 +1,8 @@
 #include "host/text/number_text.h"
 
+#include <charconv>
+#include <system_error>
+
 namespace host {
 
 std::string NumberText(std::uint64_t number) {
@@ -14,6 +17,16 @@ std::string NumberText(std::uint64_t number) {
 std::string CountText(std::uint64_t count, std::string_view one,
                       std::string_view many) {
   return NumberText(count).append(" ").append(count == 1 ? one : many);
+}
+
+std::optional<std::uint32_t> IndexFromText(std::string_view number) {
+  std::string digits(number);
+  std::erase(digits, ',');
+  std::uint32_t value = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto [stop, error] = std::from_chars(digits.data(), end, value);
+  if (error != std::errc() || stop != end || value == 0) return {};
+  return value - 1;
 }
 
 std::string BytesText(std::uint64_t count) {

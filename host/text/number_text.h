@@ -2,6 +2,7 @@
 #define HOST_TEXT_NUMBER_TEXT_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,10 @@ std::string NumberText(std::uint64_t number);  // "16,390"
 // packets".
 std::string CountText(std::uint64_t count, std::string_view one,
                       std::string_view many);
+// The index from 0 of what people count from 1, whose number they have typed,
+// with or without commas; empty for all that is no such number.
+std::optional<std::uint32_t> IndexFromText(std::string_view number);
+
 std::string BytesText(std::uint64_t count);  // "1 byte", "16,390 bytes"
 
 }  // namespace host
