@@ -10,6 +10,7 @@
 #include "fuzz/fuzz_input.h"
 #include "host/capture/capture_reader.h"
 #include "host/capture/wire_bytes.h"
+#include "host/dialogue/dialogue_reader.h"
 #include "host/streams/capture_loader.h"
 #include "host/streams/pdu_header.h"
 #include "host/streams/tcp_connections.h"
@@ -203,11 +204,48 @@ void CheckRecords(const std::vector<host::WireRecord>& records,
   }
 }
 
+// What the dialogue refers to is there, and can be read.
+void CheckDialogue(const host::Dialogue& dialogue, const Connection& connection,
+                   Digest* digest) {
+  Require(dialogue.pdus.size() == connection.pdus.size(),
+          "each record has a PDU");
+  for (const host::Association& association : dialogue.associations) {
+    Require(association.end_pdu <= dialogue.pdus.size() &&
+                association.end_message <= dialogue.messages.size(),
+            "an association's parts are there");
+    digest->See(association.contexts.size());
+  }
+  for (const host::DialogueMessage& message : dialogue.messages) {
+    Require(message.association < dialogue.associations.size(),
+            "a message has an association");
+    Require(!message.record || *message.record < connection.messages.size(),
+            "a message's record is there");
+    Require(!message.request || *message.request < dialogue.messages.size(),
+            "an answer's request is there");
+    digest->See(dialogue.ReadCommand(message).error_comment);
+    Bytes data(100);
+    const auto source = dialogue.DataSetOf(message);
+    Require(source->size() == message.data_bytes, "the data set is all there");
+    digest->See(source->Read(message.data_bytes / 2, data));
+    digest->See(std::string(message.sop_class));
+  }
+  for (const host::Irregularity& irregularity : dialogue.irregularities) {
+    Require(irregularity.place.pdu < dialogue.pdus.size(),
+            "an irregularity has a PDU");
+    digest->See(irregularity.found);
+    digest->See(irregularity.text);
+  }
+}
+
 void CheckConnection(const Connection& connection, HandOver hand_over,
                      std::uint32_t frames, Digest* digest) {
   CheckRecords(connection.pdus, frames, digest);
   CheckRecords(connection.messages, frames, digest);
   if (hand_over == HandOver::kCleanStreams) CleanFeedCheck(connection).Run();
+  const host::Dialogue* const dialogue = host::DialogueOf(connection);
+  Require((dialogue != nullptr) == (hand_over == HandOver::kCleanStreams),
+          "clean streams have a dialogue");
+  if (dialogue != nullptr) CheckDialogue(*dialogue, connection, digest);
   for (const std::string& note : connection.notes) {
     Require(note.ends_with('.'), "a note is a sentence");
     digest->See(note);
@@ -246,7 +284,8 @@ void AddKept(const KeptFrame& kept, TcpConnections* connections) {
 // at the end only. `packets` receives what the first connection showed.
 std::uint64_t Connect(const std::vector<KeptFrame>& frames, HandOver hand_over,
                       std::size_t pace, std::vector<std::uint64_t>* packets) {
-  TcpConnections connections(hand_over);
+  TcpConnections connections(hand_over, std::make_shared<host::ByteStore>(),
+                             host::ReadDialogues());
   std::vector<Watched> watched;
   const auto look = [&](bool again) {
     watched.resize(connections.size());

@@ -162,8 +162,9 @@ inline void AddSegment(const Segment& s, std::uint32_t number,
 
 inline std::vector<Connection> Connect(
     const std::vector<Segment>& segments,
-    HandOver hand_over = HandOver::kCleanStreams) {
-  TcpConnections connections(hand_over);
+    HandOver hand_over = HandOver::kCleanStreams,
+    const MakePduObserver& observe = {}) {
+  TcpConnections connections(hand_over, std::make_shared<ByteStore>(), observe);
   std::uint32_t number = 0;
   for (const Segment& s : segments) AddSegment(s, ++number, &connections);
   connections.Finish();

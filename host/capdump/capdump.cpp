@@ -9,6 +9,7 @@
 #include "host/capdump/options.h"
 #include "host/capdump/progress_line.h"
 #include "host/capture/capture_reader.h"
+#include "host/dialogue/dialogue_reader.h"
 #include "host/module/module.h"
 #include "host/module/module_version.h"
 #include "host/streams/capture_loader.h"
@@ -34,7 +35,8 @@ ExitCode DumpCapture(const Options& options) {
       PathFromUtf8(options.capture),
       {.hand_over = options.as_captured ? HandOver::kAsCaptured
                                         : HandOver::kCleanStreams,
-       .filter = options.filter});
+       .filter = options.filter,
+       .observe = ReadDialogues()});
   const std::vector<Connection> connections = ReadConnections(loader);
   Dump(options).Show(connections);
   for (const std::string& note : loader.Notes()) Complain(note);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/dialogue/dialogue_reader.h"
 #include "host/streams/dimse_status.h"
 
 namespace host {
@@ -23,7 +24,9 @@ void CaptureDocument::LoadModule() {
 void CaptureDocument::Open(const std::filesystem::path& path,
                            HandOver hand_over, bool follow) {
   auto loader = std::make_unique<CaptureLoader>(
-      path, LoadOptions{.hand_over = hand_over, .follow = follow});
+      path, LoadOptions{.hand_over = hand_over,
+                        .follow = follow,
+                        .observe = ReadDialogues()});
   LoadModule();
   sessions_.clear();
   titles_.clear();

@@ -16,7 +16,7 @@ enum class IrregularityKind : std::uint8_t {
   // PDUs.
   kUnknownPduType,  // found: the type
   kWrongPduLength,  // expected, found: of a PDU of a fixed length; or 0 and
-                    // the length, where no PDU of its type may be so long
+                    // the length, where that of its type may be so long
   kUnexpectedPdu,   // found: the type; out of turn, as data before an accept
   kDamagedItems,    // an item of an association PDU ends outside of it;
                     // found: the item's type
@@ -41,8 +41,9 @@ enum class IrregularityKind : std::uint8_t {
   kRefusedContext,  // found: the ID that was refused or not answered
   kInterleavedFragments,  // expected, found: context IDs; a message begins or
                           // goes on inside another one
-  kMissingLastFragment,   // found: bytes of the command or data set that came;
-                          // something else came before its last fragment
+  kMissingLastFragment,   // expected: 0 of a command set, 1 of a data set;
+                          // found: bytes of it that came before something
+                          // else came
   kDataWithoutCommand,    // found: the context ID; data that no command set
                           // has announced
   // Messages.
@@ -61,7 +62,12 @@ enum class IrregularityKind : std::uint8_t {
   kUidTooLong,  // found: characters; text: the UID
   kBadUid,      // text: the UID, with other characters than digits and
                 // dots, or with an empty component
-  kCount        // no kind
+  // Messages, again.
+  kMissingElement,        // text: "Message ID", "Status": what the command set
+                          // has to have
+  kAnswerOnOtherContext,  // expected, found: IDs of the request's context and
+                          // of the answer's
+  kCount                  // no kind
 };
 inline constexpr std::size_t kIrregularityKinds =
     static_cast<std::size_t>(IrregularityKind::kCount);

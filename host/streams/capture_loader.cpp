@@ -14,7 +14,7 @@ constexpr unsigned kFramesBetweenLooks = 32;  // at the clock
 CaptureLoader::CaptureLoader(const std::filesystem::path& path,
                              const LoadOptions& options)
     : reader_(path, options.filter),
-      connections_(options.hand_over, reader_.store()),
+      connections_(options.hand_over, reader_.store(), options.observe),
       follow_(options.follow) {}
 
 CaptureLoader::State CaptureLoader::Read(const TimeIsUp& time_is_up) {

@@ -17,8 +17,9 @@ using TimeIsUp = std::function<bool()>;
 
 struct LoadOptions {
   HandOver hand_over = HandOver::kCleanStreams;
-  std::string filter = {};  // a BPF expression; empty for all frames
-  bool follow = false;      // the file may grow while it is read
+  std::string filter = {};       // a BPF expression; empty for all frames
+  bool follow = false;           // the file may grow while it is read
+  MakePduObserver observe = {};  // of each connection; may be empty
 };
 
 // Reads a capture file into its connections: the one way in which both programs

@@ -38,10 +38,14 @@ bool HasItems(const CutPdu& pdu) {
 
 }  // namespace
 
-CleanConnection::CleanConnection(const std::shared_ptr<ByteStore>& store)
+CleanConnection::CleanConnection(const std::shared_ptr<ByteStore>& store,
+                                 const MakePduObserver& observe)
     : feed_(MakeFeed(store, connection_)),
       sides_{Side(0, feed_->stream(0), connection_.messages),
-             Side(1, feed_->stream(1), connection_.messages)} {}
+             Side(1, feed_->stream(1), connection_.messages)} {
+  if (!observe) return;
+  connection_.observer = observe(sides_[0].stream, sides_[1].stream);
+}
 
 bool CleanConnection::BeginsAnother(const TcpFrame& frame,
                                     std::uint32_t direction) const {
@@ -134,6 +138,9 @@ void CleanConnection::Finish() {
   OpenFeed({});
   feed_->Close();
   for (Side& side : sides_) side.follower.Finish();
+  if (connection_.observer) {
+    connection_.observer->SeeEnd(sides_[0].cutter, sides_[1].cutter);
+  }
   Describe();
 }
 
@@ -175,6 +182,7 @@ std::uint32_t CleanConnection::SynDirection(const CutPdus& pdus) const {
 }
 
 void CleanConnection::ReportPdu(std::uint32_t direction, const CutPdu& pdu) {
+  if (connection_.observer) connection_.observer->SeePdu(direction, pdu);
   const PduFate fate = HandOverPdu(direction, pdu);
   WireRecord record;
   record.direction = direction;
@@ -200,9 +208,20 @@ PduFate CleanConnection::HandOverPdu(std::uint32_t direction,
   while (const std::optional<PdvItem> item = items.Next()) {
     const PacketRun& run =
         feed_->AddRun(direction, item->begin, item->end, item->tail);
-    side.follower.Follow(run, *item, pdu.lost != 0);
+    FollowItem(side, run, *item, pdu.lost != 0);
   }
   return items.is_exact() ? PduFate::kWhole : PduFate::kItemsAreInexact;
+}
+
+void CleanConnection::FollowItem(Side& side, const PacketRun& run,
+                                 const PdvItem& item, bool has_lost_bytes) {
+  const auto& messages = connection_.messages;
+  const std::size_t before = messages.size();
+  side.follower.Follow(run, item, has_lost_bytes);
+  if (!connection_.observer) return;
+  const bool is_listed = messages.size() > before && messages.back().listed;
+  connection_.observer->SeeItem(
+      item, is_listed ? std::optional(messages.size() - 1) : std::nullopt);
 }
 
 const std::string& CleanConnection::EndpointOf(std::uint32_t direction) const {

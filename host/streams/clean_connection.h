@@ -13,6 +13,7 @@
 #include "host/streams/loss_notes.h"
 #include "host/streams/message_follower.h"
 #include "host/streams/pdu_cutter.h"
+#include "host/streams/pdu_observer.h"
 
 namespace host {
 
@@ -21,8 +22,10 @@ namespace host {
 // them on the way.
 class CleanConnection final : public ConnectionBuilder {
  public:
-  // The payload is in `store`.
-  explicit CleanConnection(const std::shared_ptr<ByteStore>& store);
+  // The payload is in `store`. Unless it is empty, `observe` makes the
+  // connection's observer.
+  CleanConnection(const std::shared_ptr<ByteStore>& store,
+                  const MakePduObserver& observe);
 
   // A SYN whose number does not fit to what its direction began with, or the
   // SYN of a direction that has sent nothing while the other has.
@@ -84,6 +87,10 @@ class CleanConnection final : public ConnectionBuilder {
   PduFate HandOverPdu(std::uint32_t direction, const CutPdu& pdu);
   // Completes the facts about one side by what its stream shows.
   void NoteStream(std::uint32_t direction);
+  // Lets the direction's follower see the packets of an item, and the observer
+  // the item.
+  void FollowItem(Side& side, const PacketRun& run, const PdvItem& item,
+                  bool has_lost_bytes);
   // Writes the notes anew, with all that is known by now.
   void Describe();
   const std::string& EndpointOf(std::uint32_t direction) const;

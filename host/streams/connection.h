@@ -51,6 +51,8 @@ struct WireRecord {
   std::optional<std::uint16_t> status = {};  // of a response message
 };
 
+class PduObserver;
+
 // One TCP connection of the capture, ready to be offered to the module as a
 // host window of its own.
 struct Connection {
@@ -66,6 +68,9 @@ struct Connection {
   Nanoseconds first_time = 0;
   Nanoseconds last_time = 0;
   std::unique_ptr<PacketFeed> feed;
+  // Whoever was asked to see the PDUs of clean streams; else null. It reads
+  // bytes of `feed`. Shared so that this header need not know it.
+  std::shared_ptr<PduObserver> observer;
   bool live = false;  // what the list call's `live` must say for this feed
   // The records of the wire in list order; both are empty when the packets are
   // handed over as captured. The n-th row of a list is the n-th `listed` one.

@@ -8,8 +8,11 @@
 namespace host {
 
 TcpConnections::TcpConnections(HandOver hand_over,
-                               std::shared_ptr<ByteStore> store)
-    : hand_over_(hand_over), store_(std::move(store)) {}
+                               std::shared_ptr<ByteStore> store,
+                               MakePduObserver observe)
+    : hand_over_(hand_over),
+      store_(std::move(store)),
+      observe_(std::move(observe)) {}
 
 void TcpConnections::Add(const TcpFrame& frame) {
   // A clean stream has no use for a packet that ends before the TCP flags, and
@@ -36,7 +39,7 @@ void TcpConnections::Touch(Current& current) {
 
 void TcpConnections::Begin(const TcpFrame& frame, Current& current) {
   if (hand_over_ == HandOver::kCleanStreams) {
-    builders_.push_back(std::make_unique<CleanConnection>(store_));
+    builders_.push_back(std::make_unique<CleanConnection>(store_, observe_));
   } else {
     builders_.push_back(std::make_unique<CapturedConnection>(store_));
   }

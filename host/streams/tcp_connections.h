@@ -9,6 +9,7 @@
 
 #include "host/capture/byte_store.h"
 #include "host/streams/connection_builder.h"
+#include "host/streams/pdu_observer.h"
 
 namespace host {
 
@@ -24,10 +25,13 @@ enum class HandOver {
 class TcpConnections {
  public:
   // The bytes of all frames are in `store`, which the connections share; its
-  // own store is for frames that no capture reader has read.
+  // own store is for frames that no capture reader has read. Unless it is
+  // empty, `observe` makes an observer for each connection whose clean streams
+  // are handed over.
   explicit TcpConnections(
       HandOver hand_over,
-      std::shared_ptr<ByteStore> store = std::make_shared<ByteStore>());
+      std::shared_ptr<ByteStore> store = std::make_shared<ByteStore>(),
+      MakePduObserver observe = {});
 
   // Segments in the order of the capture. Throws Failure when what came before
   // cannot be read again.
@@ -61,6 +65,7 @@ class TcpConnections {
 
   HandOver hand_over_;
   std::shared_ptr<ByteStore> store_;
+  MakePduObserver observe_;
   std::map<Key, Current> current_;
   std::vector<Current*> touched_;  // by Add() since the last Update()
   std::vector<std::unique_ptr<ConnectionBuilder>> builders_;  // in order

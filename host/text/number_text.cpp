@@ -33,4 +33,13 @@ std::string BytesText(std::uint64_t count) {
   return CountText(count, "byte", "bytes");
 }
 
+std::string HexText(std::uint16_t number) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string text;
+  for (int shift = 12; shift >= 0; shift -= 4) {
+    text += kDigits[number >> shift & 0xF];
+  }
+  return text + "h";
+}
+
 }  // namespace host

@@ -22,6 +22,8 @@ std::string CountText(std::uint64_t count, std::string_view one,
 std::optional<std::uint32_t> IndexFromText(std::string_view number);
 
 std::string BytesText(std::uint64_t count);  // "1 byte", "16,390 bytes"
+// Four digits, as DICOM writes its codes: "A700h", "0000h".
+std::string HexText(std::uint16_t number);
 
 }  // namespace host
 
