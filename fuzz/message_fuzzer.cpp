@@ -5,7 +5,7 @@
 #include "fuzz/fuzz_input.h"
 #include "fuzz/tree_check.h"
 #include "tests/test_dictionary.h"
-#include "tests/test_host.h"
+#include "tests/test_module.h"
 
 namespace {
 
@@ -62,6 +62,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
   } catch (const dicom::WrongTreeDepth&) {
   }
   dicom::fuzz::CheckTree(host, bytes.size());
-  dicom::fuzz::EmptyTree(host);
+  dicom::testing::Clear(host);
   return 0;
 }

@@ -12,13 +12,13 @@
 #include "plugin/exports.h"
 #include "tests/bytes.h"
 #include "tests/recorders.h"
-#include "tests/test_dictionary.h"
-#include "tests/test_host.h"
+#include "tests/test_module.h"
 
 namespace dicom::fuzz {
 namespace {
 
 using testing::Bytes;
+using testing::ListCall;
 using testing::TcpFields;
 using testing::TestHost;
 
@@ -34,7 +34,6 @@ struct Window {
 class Session {
  public:
   Session(const std::uint8_t* bytes, std::size_t size) : input_(bytes, size) {
-    Require(LoadModule(), "the module loads");
     boxes_.WhileBoxIsOpen([this] { RunNested(in_box_); });
   }
 
@@ -45,11 +44,10 @@ class Session {
     for (std::uint32_t view : {0u, 1u}) {
       for (Window& window : windows_) ShowSomeRows(window, view);
     }
-    for (Window& window : windows_) EmptyTree(window.host);
+    for (Window& window : windows_) testing::Clear(window.host);
     // The records of diverted lines are left behind.
     Require(diverted_ || testing::GlobalBlocks() == 0, "all blocks are freed");
     testing::ForgetGlobalBlocks();
-    UnloadModule();
     DropMessages();
     return seen_;
   }
@@ -185,47 +183,36 @@ class Session {
 
   std::uint32_t List(Window& window, std::uint32_t view, std::uint32_t live,
                      std::int32_t first, std::uint32_t count) {
-    std::array<PacketListRow, DICOM_ROWS_PER_CALL + 1> rows;
-    std::memset(rows.data(), 0xEE, sizeof(rows));
-    std::uint32_t first_available = 77;
-    std::uint32_t last_available = 77;
-    const std::uint32_t word =
-        GetDicomPacketList(window.host.Window(), rows.data(), &first, &count,
-                           &first_available, &last_available, view, live);
-    const std::uint32_t code = word & 0xFFFF;
-    Require(code <= DICOM_LIST_CALL_AGAIN &&
-                (live == 0 || code != DICOM_LIST_CALL_AGAIN),
+    const ListCall call = testing::List(window.host, view, live, first, count);
+    Require(call.Code() <= DICOM_LIST_CALL_AGAIN &&
+                (live == 0 || call.Code() != DICOM_LIST_CALL_AGAIN),
             "the list answers a known code");
-    Require(word >> 16 <= 100, "the progress is a percentage");
-    const std::size_t written = rows_written_ = CheckRows(rows);
-    if (written != 0) {
-      Require(
-          first_available == 0 && first >= 0 &&
-              static_cast<std::uint32_t>(first) + written - 1 <= last_available,
-          "rows are rows of the view");
-      Require(written <= count, "no more rows than wanted");
+    Require(call.Progress() <= 100, "the progress is a percentage");
+    rows_written_ = call.Written();
+    Require(rows_written_ <= DICOM_ROWS_PER_CALL,
+            "no more rows than there is room for");
+    for (std::size_t i = 0; i < rows_written_; ++i) CheckRow(call.rows[i]);
+    if (rows_written_ != 0) {
+      Require(call.first_available == 0 && call.first >= 0 &&
+                  static_cast<std::uint32_t>(call.first) + rows_written_ - 1 <=
+                      call.last_available,
+              "rows are rows of the view");
+      Require(rows_written_ <= call.count, "no more rows than wanted");
     }
-    See(&word, sizeof(word));
-    See(&last_available, sizeof(last_available));
-    See(rows.data(), written * sizeof(PacketListRow));
+    See(&call.word, sizeof(call.word));
+    See(&call.last_available, sizeof(call.last_available));
+    See(call.rows.data(), rows_written_ * sizeof(PacketListRow));
     window.host.TakeRequests();
-    return code;
+    return call.Code();
   }
 
-  static std::size_t CheckRows(
-      const std::array<PacketListRow, DICOM_ROWS_PER_CALL + 1>& rows) {
-    std::size_t written = 0;
-    while (rows[written].reserved1 == 0) ++written;
-    Require(written <= DICOM_ROWS_PER_CALL,
-            "no more rows than there is room for");
-    for (std::size_t i = 0; i < written; ++i) {
-      Require(rows[i].direction <= 1 && rows[i].reserved3 == 0,
-              "a row is filled");
-      Require(std::memchr(rows[i].summary, 0, 81) != nullptr &&
-                  std::memchr(rows[i].detail, 0, 81) != nullptr,
-              "texts are terminated");
-    }
-    return written;
+  static void CheckRow(const PacketListRow& row) {
+    Require(row.direction <= 1 && row.reserved1 == 0 && row.reserved2 == 0 &&
+                row.reserved3 == 0,
+            "a row is filled");
+    Require(std::memchr(row.summary, 0, 81) != nullptr &&
+                std::memchr(row.detail, 0, 81) != nullptr,
+            "texts are terminated");
   }
 
   void CallDisplay() {
@@ -238,10 +225,7 @@ class Session {
     if (OutputIsOn(host)) diverted_ = true;
     const bool was_busy = display_failed_;
     const std::string before = was_busy ? host.TreeText() : "";
-    const std::string failure = testing::RaisedText([&] {
-      DisplayDicomPacket(host.Window(), host.Tree(), index, host.Images(),
-                         host.Hex(), view);
-    });
+    const std::string failure = testing::Show(host, index, view);
     // While it stays busy, nothing changes.
     if (was_busy)
       Require(failure.empty() && host.TreeText() == before, "busy is busy");
@@ -263,7 +247,7 @@ class Session {
     const HWND window = window_->host.Window();
     switch (flags_ % 4) {
       case 0:
-        return EmptyTree(window_->host);
+        return testing::Clear(window_->host);
       case 1:
         return RefreshDicomDecode(window);
       case 2:
@@ -276,8 +260,7 @@ class Session {
   // A module whose display has failed must be loaded anew; then it works.
   void Reload() {
     Display(*window_, 0, 0);
-    UnloadModule();
-    Require(LoadModule(), "the module loads again");
+    module_.Reload();
     display_failed_ = false;
     Behave(*window_);
     ShowSomeRows(*window_, 0);
@@ -291,7 +274,7 @@ class Session {
     }
     const std::size_t rows = rows_written_;
     for (std::int32_t row = 0; row < 3; ++row) Display(window, view, row);
-    EmptyTree(window.host);
+    testing::Clear(window.host);
     Display(window, view, 0x7FFFFFFF);
     Require(!display_failed_, "a host that behaves sees every row");
     Require(view != 0 || rows == 0 || !window.host.HexText().empty(),
@@ -354,7 +337,7 @@ class Session {
       case 2:
         return RefreshDicomDecode(window.host.Window());
       case 3:
-        return EmptyTree(window.host);
+        return testing::Clear(window.host);
     }
   }
 
@@ -428,6 +411,7 @@ class Session {
   }
 
   FuzzInput input_;
+  testing::LoadedModule module_;
   testing::MessageBoxRecorder boxes_;
   testing::PrinterRecorder printer_;
   std::array<Window, 2> windows_;
@@ -447,15 +431,7 @@ class Session {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data,
                                       std::size_t size) {
-  static const bool have_dictionaries = [] {
-    dicom::testing::WriteFileBytes(
-        dicom::testing::kDataDicPath,
-        "0000,0100;Command Field;US\n0008,0016;SOP Class UID;UI\n");
-    dicom::testing::WriteFileBytes(dicom::testing::kUidDicPath,
-                                   "1.2.840.10008.1.1;Verification\n");
-    return true;
-  }();
-  if (!have_dictionaries || size > 1 << 14) return 0;
+  if (size > 1 << 14) return 0;
   const std::uint64_t seen = dicom::fuzz::Session(data, size).Run();
   // Every eighth input runs twice, and must look the same.
   if (size % 8 == 0) {

@@ -1,5 +1,6 @@
-// Gives every file of the folders on the command line to the fuzz target, once:
-// corpora and old findings are replayed by every build, not only by a fuzzer's.
+// Gives every file of the folders on the command line to the fuzz target, and
+// the inputs around it: PLACES FOLDER... Corpora and old findings are replayed
+// by every build, not only by a fuzzer's.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -23,26 +24,50 @@ std::vector<std::filesystem::path> FilesIn(const char* folder) {
   return files;
 }
 
-void Replay(const std::filesystem::path& path) {
+void Run(const std::vector<std::uint8_t>& input) {
+  LLVMFuzzerTestOneInput(input.data(), input.size());
+}
+
+// The inputs around one: cut at so many places, and changed there, by one byte
+// and by four.
+void RunAround(const std::vector<std::uint8_t>& input, std::size_t places) {
+  constexpr std::uint8_t kBytes[] = {0x00, 0x01, 0x7F, 0x80, 0xFC, 0xFF};
+  if (places == 0) return;
+  for (std::size_t at = 0; at < input.size(); at += 1 + input.size() / places) {
+    const auto place = static_cast<std::ptrdiff_t>(at);
+    Run({input.begin(), input.begin() + place});
+    for (const std::uint8_t byte : kBytes) {
+      for (const std::size_t count : {1u, 4u}) {
+        std::vector<std::uint8_t> changed = input;
+        std::fill_n(changed.begin() + place,
+                    std::min(count, changed.size() - at), byte);
+        Run(changed);
+      }
+    }
+  }
+}
+
+void Replay(const std::filesystem::path& path, std::size_t places) {
   std::ifstream file(path, std::ios::binary);
-  const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-  std::fprintf(
-      stderr, "%s\n",
-      path.filename().string().c_str());  // the last one is the culprit
-  LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                         bytes.size());
+  const std::vector<std::uint8_t> input{std::istreambuf_iterator<char>(file),
+                                        {}};
+  // The last one is the culprit.
+  std::fprintf(stderr, "%s\n", path.filename().string().c_str());
+  Run(input);
+  RunAround(input, places);
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-  for (int i = 1; i < count; ++i) {
+  const std::size_t places = std::stoul(arguments[1]);
+  for (int i = 2; i < count; ++i) {
     const std::vector<std::filesystem::path> files = FilesIn(arguments[i]);
     if (files.empty()) {
       std::fprintf(stderr, "%s holds no input\n", arguments[i]);
       return 1;
     }
-    for (const std::filesystem::path& file : files) Replay(file);
+    for (const auto& file : files) Replay(file, places);
   }
   return 0;
 }

@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "fuzz/fuzz_input.h"
-#include "plugin/exports.h"
 
 namespace dicom::fuzz {
 namespace {
@@ -43,10 +42,6 @@ void CheckTree(const testing::TestHost& host, std::size_t bytes) {
     left.push_back(Next(host, TVGN_NEXT, item));
     left.push_back(Next(host, TVGN_CHILD, item));
   }
-}
-
-void EmptyTree(const testing::TestHost& host) {
-  ClearDicomDisplay(0, host.Tree(), host.Hex());
 }
 
 }  // namespace dicom::fuzz

@@ -11,9 +11,6 @@ namespace dicom::fuzz {
 // they describe, and no range that reaches behind what a host can mark.
 void CheckTree(const testing::TestHost& host, std::size_t bytes);
 
-// The window's tree is emptied as the host does it; its records are then freed.
-void EmptyTree(const testing::TestHost& host);
-
 }  // namespace dicom::fuzz
 
 #endif  // FUZZ_TREE_CHECK_H_

@@ -117,30 +117,25 @@ Bytes TcpSegmentBytes(const TcpFields& fields, const Bytes& payload) {
 }
 
 Conversation& Conversation::Open(std::uint32_t opener) {
-  // The SYN is the one segment that acknowledges nothing.
-  packets_.push_back(
-      {opener, TcpSegmentBytes({next_[opener != 0]++, 0, kSyn})});
-  Add(opener == 0, kSyn | kAck, {});
-  ++next_[opener == 0];
+  Add(opener, kSyn);
+  Add(opener == 0, kSyn | kAck);
   return Acknowledge(opener);
 }
 
 Conversation& Conversation::Close() {
-  for (std::uint32_t direction : {0u, 1u}) {
-    Add(direction, kFin | kAck, {});
-    ++next_[direction];
-    Acknowledge(1 - direction);
-  }
-  return *this;
+  Add(0, kFin | kAck).Acknowledge(1);
+  return Add(1, kFin | kAck).Acknowledge(0);
 }
 
 Conversation& Conversation::Add(std::uint32_t direction, std::uint8_t flags,
                                 const Bytes& payload) {
   const int side = direction != 0;
+  // A SYN alone is the one segment that acknowledges nothing.
   packets_.push_back(
-      {direction,
-       TcpSegmentBytes({next_[side], next_[1 - side], flags}, payload)});
-  next_[side] += payload.Length();
+      {direction, TcpSegmentBytes(
+                      {next_[side], flags == kSyn ? 0 : next_[1 - side], flags},
+                      payload)});
+  next_[side] += payload.Length() + ((flags & (kSyn | kFin)) != 0);
   return *this;
 }
 

@@ -137,6 +137,9 @@ class Conversation {
   }
   // FIN from both sides, each acknowledged.
   Conversation& Close();
+  // Any other segment.
+  Conversation& Add(std::uint32_t direction, std::uint8_t flags,
+                    const Bytes& payload = {});
 
   const std::vector<CapturedPacket>& Packets() const { return packets_; }
   std::vector<CapturedPacket>& Packets() { return packets_; }
@@ -145,9 +148,6 @@ class Conversation {
   }
 
  private:
-  Conversation& Add(std::uint32_t direction, std::uint8_t flags,
-                    const Bytes& payload);
-
   std::uint32_t next_[2];  // each side's next sequence number
   std::vector<CapturedPacket> packets_;
 };

@@ -12,6 +12,8 @@
 namespace dicom::testing {
 namespace {
 
+using namespace std::string_literals;
+
 constexpr char kUnknown[] = "-1 Unknown Tag";
 
 // "CODE NAME".
@@ -96,15 +98,41 @@ TEST(DataDicTest, LineOf120CharactersEndsTheFile) {
   EXPECT_EQ(cut.Get().LookupUidDescription("1.4"), "- Undefined UID");
 }
 
-// The file is read in pieces of 256 KB.
-TEST(DataDicTest, LongFileIsReadWhole) {
-  constexpr std::size_t kPiece = 1 << 18;
-  const std::string last = "\n0008,0016;Last;UI";
-  for (const std::size_t size : {kPiece - 1, kPiece, kPiece + 1, 3 * kPiece}) {
-    SCOPED_TRACE(size);
-    std::string text(size - last.size(), '\n');
-    const TestDictionary dictionary("", text + last);
-    EXPECT_EQ(Element(dictionary.Get(), "(0008,0016)"), "21 Last");
+TEST(DataDicTest, FileIsReadInTextMode) {
+  const struct {
+    std::string file;
+    const char *first, *second;  // the elements 0008,0001 and 0008,0002
+  } cases[] = {
+      {"0008,0001;One;UI\x1A\n0008,0002;Two;UI\n", "21 One", kUnknown},
+      {"0008,0001;O\x1Ane;UI\n0008,0002;Two;UI\n", kUnknown, kUnknown},
+      {"0008,0001;O\0ne;UI\n0008,0002;Two;UI\0;x\n"s, kUnknown, "21 Two"},
+      {"0008,0001;O\rne;UI\n0008,0002;Two;UI\r", "21 O\rne", kUnknown},
+      {"0008,0001;One;UI\r0008,0002;Two;UI\n", kUnknown, kUnknown}};
+  for (const auto& c : cases) {
+    const TestDictionary dictionary("", c.file);
+    EXPECT_EQ(Element(dictionary.Get(), "(0008,0001)"), c.first) << c.file;
+    EXPECT_EQ(Element(dictionary.Get(), "(0008,0002)"), c.second) << c.file;
+  }
+}
+
+// More than 256 KB, each tag twice, the last one first.
+TEST(DataDicTest, LongDisorderedFileKeepsTheFirstOfEqualLines) {
+  std::string text;
+  const std::string last = "0009,0001;First;UI\n";
+  for (int i = 20'000; i > 0; --i) {
+    char line[48];
+    std::snprintf(line, sizeof(line), "%04X,0008;", static_cast<unsigned>(i));
+    text += line + std::string("First;UI\n") + line + "Second;US\n";
+  }
+  const TestDictionary dictionary("", text + last);
+  for (const char* tag : {"(4E20,0008)", "(2710,0008)", "(0001,0008)"}) {
+    EXPECT_EQ(Element(dictionary.Get(), tag), "21 First");
+  }
+  EXPECT_EQ(Element(dictionary.Get(), "(0009,0001)"), "21 First");
+  // A piece that ends with the file, or one byte before or behind its end.
+  for (const std::size_t whole : {(3u << 18) - 1, 3u << 18, (3u << 18) + 1}) {
+    const TestDictionary cut("", std::string(whole - last.size(), '\n') + last);
+    EXPECT_EQ(Element(cut.Get(), "(0009,0001)"), "21 First") << whole;
   }
 }
 

@@ -13,8 +13,7 @@
 #include "plugin/exports.h"
 #include "tests/bytes.h"
 #include "tests/recorders.h"
-#include "tests/test_dictionary.h"
-#include "tests/test_host.h"
+#include "tests/test_module.h"
 
 namespace {
 
@@ -68,8 +67,6 @@ LRESULT CALLBACK WithMemory(HWND window, UINT message, WPARAM wparam,
 class FaultTest : public ::testing::Test {
  protected:
   FaultTest() {
-    WriteFileBytes(kDataDicPath, "0008,0016;SOP Class UID;UI\n");
-    WriteFileBytes(kUidDicPath, "1.2.840.10008.1.1;Verification\n");
     for (HWND window : {host_.Window(), host_.Tree(), host_.Hex()}) {
       window_procedures[window] = reinterpret_cast<WNDPROC>(::SetWindowLongA(
           window, GWL_WNDPROC, reinterpret_cast<LONG>(&WithMemory)));
@@ -86,47 +83,30 @@ class FaultTest : public ::testing::Test {
     host_.packets = talk.Packets();
     // One comes early, so that the store for such is used.
     std::swap(host_.packets[5], host_.packets[6]);
-    EXPECT_TRUE(LoadModule());
     expected_ = Everything();
     EXPECT_NE(expected_.find("UID description: Verification"), expected_.npos);
   }
 
-  ~FaultTest() override {
-    Clear();
-    UnloadModule();
-  }
-
-  std::string ListAll(std::uint32_t view) {
-    std::array<PacketListRow, DICOM_ROWS_PER_CALL> rows{};
-    std::int32_t first = 0;
-    std::uint32_t count = DICOM_ROWS_PER_CALL;
-    last_word_ = GetDicomPacketList(host_.Window(), rows.data(), &first, &count,
-                                    nullptr, nullptr, view, 0);
-    std::string text;
-    for (std::uint32_t i = 0; i < count && i < rows.size(); ++i) {
-      text += std::to_string(rows[i].length) + " " + rows[i].summary + "\n";
-    }
-    return text;
-  }
+  ~FaultTest() override { Clear(); }
 
   // The `failing`th allocation in it fails; steps_left_ is then 0.
-  std::string Show(std::int32_t row, std::uint32_t view, unsigned failing = 0) {
+  std::string ShowFailing(std::uint32_t view, unsigned failing) {
     steps_left_ = 0;
     return RaisedText([&] {
       allocations_to_failure = failing;
-      DisplayDicomPacket(host_.Window(), host_.Tree(), row, host_.Images(),
+      DisplayDicomPacket(host_.Window(), host_.Tree(), 1, host_.Images(),
                          host_.Hex(), view);
       steps_left_ = std::exchange(allocations_to_failure, 0);
     });
   }
 
-  void Clear() { ClearDicomDisplay(0, host_.Tree(), host_.Hex()); }
+  void Clear() { testing::Clear(host_); }
 
   // The rows, and the tree of the accept and of the message.
   std::string Everything() {
-    std::string text = ListAll(0) + ListAll(1);
+    std::string text = ListAll(host_, 0).Rows() + ListAll(host_, 1).Rows();
     for (std::uint32_t view : {0u, 1u}) {
-      EXPECT_EQ(Show(1, view), "");
+      EXPECT_EQ(Show(host_, 1, view), "");
       text += host_.TreeText() + host_.HexText();
     }
     return text;
@@ -138,17 +118,14 @@ class FaultTest : public ::testing::Test {
     Clear();
     EXPECT_EQ(GlobalBlocks(), blocks_before_);
     RefreshDicomDecode(host_.Window());
-    if (reload) {
-      UnloadModule();
-      ASSERT_TRUE(LoadModule());
-    }
+    if (reload) module_.Reload();
     ASSERT_EQ(Everything(), expected_);
   }
 
   const std::size_t blocks_before_ = GlobalBlocks();
+  LoadedModule module_;
   TestHost host_;
   std::string expected_;
-  std::uint32_t last_word_ = 0;
   unsigned steps_left_ = 0;
 };
 
@@ -181,7 +158,7 @@ TEST_F(FaultTest, DisplaySurvivesEveryFailedAllocation) {
     for (bool failed = true; failed; ++step) {
       SCOPED_TRACE(step);
       ASSERT_LT(step, kMostSteps);
-      const std::string failure = Show(1, view, step);
+      const std::string failure = ShowFailing(view, step);
       failed = steps_left_ == 0;
       ExpectAllIsWell(!failure.empty());
     }
@@ -195,9 +172,9 @@ TEST_F(FaultTest, ClearNeedsNoMemoryAndTheListNoBlocks) {
   Clear();
   RefreshDicomDecode(host_.Window());
   EXPECT_EQ(std::exchange(allocations_to_failure, 0), 1u);
-  ListAll(0);
-  ListAll(1);
-  EXPECT_EQ(Show(1, 0), "");
+  ListAll(host_, kPduView);
+  ListAll(host_, kMessageView);
+  EXPECT_EQ(Show(host_, 1, kPduView), "");
   EXPECT_EQ(host_.HexText(), "");  // the block that failed is the dump's
   ExpectAllIsWell(false);
 }
@@ -216,13 +193,13 @@ TEST_F(FaultTest, LoadFailsWithoutMemoryAndLeavesNothing) {
 
 TEST_F(FaultTest, EveryLineIsShownWithoutItsRecordWhenABlockFails) {
   for (std::uint32_t view : {0u, 1u}) {
-    Show(1, view);
+    Show(host_, 1, view);
     const std::uint32_t lines = host_.TreeCount();
     const std::string whole = host_.TreeText();
     for (unsigned block = 1; block <= lines + 1; ++block) {
       SCOPED_TRACE(block);
       FailGlobalAlloc(block);
-      EXPECT_EQ(Show(1, view), "");
+      EXPECT_EQ(Show(host_, 1, view), "");
       EXPECT_EQ(host_.TreeCount(), lines);
       // The first block is the dump's, the others are lines'.
       EXPECT_EQ(host_.HexText().empty(), block == 1);
@@ -253,7 +230,7 @@ TEST_F(FaultTest, HostMayRefuseAnyMessage) {
   };
   host_.TakeRequests();
   RefreshDicomDecode(host_.Window());
-  ListAll(0);
+  ListAll(host_, kPduView);
   const std::string requests = host_.TakeRequests();
   const auto messages = static_cast<unsigned>(
       std::count(requests.begin(), requests.end(), ' ') + 1);
@@ -265,12 +242,11 @@ TEST_F(FaultTest, HostMayRefuseAnyMessage) {
     const bool from_then_on = step % 2 != 0;
     RefreshDicomDecode(host_.Window());
     refuse(message, from_then_on);
-    ListAll(view);
-    EXPECT_EQ(last_word_ & 0xFFFF, message == 1 ? 0u : 1u);
+    EXPECT_EQ(List(host_, view, kStopped).Code(), message == 1 ? 0u : 1u);
     stop_refusing();
     ExpectAllIsWell(true);
     refuse(message, from_then_on);
-    const std::string failure = Show(1, view);
+    const std::string failure = Show(host_, 1, view);
     stop_refusing();
     ExpectAllIsWell(!failure.empty());
   }

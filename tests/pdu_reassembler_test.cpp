@@ -148,6 +148,38 @@ TEST_F(PduReassemblerTest, SecondPDataOfASegmentIsFedFromItsByte12) {
             "2 c7 32+0 C-ECHO-RQ/Message Id: 7 0:82+32\n");
 }
 
+TEST_F(PduReassemblerTest, PDataBehindAContinuedPduIsSkippedByItsHeaders) {
+  Send(ReleaseRequest().First(8));
+  Send(ReleaseRequest().From(8) + kEchoData +
+       PData(Pdv(1, kLastCommand, Pdv(7, kLastCommand, kEcho))));
+  EXPECT_EQ(Messages(),
+            "1 c1 32+0 C-ECHO-RQ/Message Id: 7 1:34+32\n"
+            "2 c7 32+0 C-ECHO-RQ/Message Id: 7 1:84+32\n");
+}
+
+TEST_F(PduReassemblerTest, SkipBeyondAPduFeedsNothing) {
+  const Bytes small = PData(Pdv(1, kLastCommand, {}));
+  Send(kEchoData + small + small + small);
+  EXPECT_EQ(Pdus(),
+            "1 P-DATA-TF PDU 0:20+44\n"
+            "2 P-DATA-TF PDU 0:64+12\n"
+            "3 P-DATA-TF PDU 0:76+12\n"
+            "4 P-DATA-TF PDU 0:88+12\n");
+  EXPECT_EQ(Messages(), "1 c1 32+0 C-ECHO-RQ/Message Id: 7 0:32+32\n");
+}
+
+TEST_F(PduReassemblerTest, PDataFlagsAreOneForEachDirectionOfAllWindows) {
+  Send(kEchoData.First(20));
+  Send(kEchoData.First(20), 1);
+  PduReassembler other;
+  std::swap(reassembler_, other);
+  Send(ReleaseRequest());  // clears that of direction 0
+  std::swap(reassembler_, other);
+  Send(kEchoData.From(20));
+  Send(kEchoData.From(20), 1);
+  EXPECT_EQ(Messages(), "2<c1 32+0 C-ECHO-RQ/Message Id: 7 1:32+8 4:20+24\n");
+}
+
 TEST_F(PduReassemblerTest, OnlyAfterAContinuedPduIsAReleaseFed) {
   const Bytes release = Pdu(5, Pdv(1, kLastCommand, kEcho));
   Send(kEchoData + release);
@@ -177,6 +209,67 @@ TEST_F(PduReassemblerTest, ValuesThatEndInsideAChunkAreListedAsCommands) {
   EXPECT_EQ(Messages(),
             "0 c0 32+0 / 0:32+32\n"
             "1<c1 32+0 C-ECHO-RQ/Message Id: 7 0:70+32\n");
+}
+
+TEST_F(PduReassemblerTest, CommandInsideAChunkHasTheLengthOfTheFirstPdv) {
+  Send(PData(Pdv(1, kLastData, Repeat(0xAA, 8)) + Pdv(3, kLastCommand, kEcho)));
+  EXPECT_EQ(Messages(),
+            "0 c0 8+0 / 0:32+8\n"
+            "1<c1 8+0 / 0:46+8\n");
+}
+
+TEST_F(PduReassemblerTest, CommandInTwoPdvsIsOneMessage) {
+  Send(PData(Pdv(1, kCommand, kEcho.First(20))));
+  Send(PData(Pdv(1, kLastCommand, kEcho.From(20))));
+  EXPECT_EQ(Messages(), "1 c1 32+0 C-ECHO-RQ/Message Id: 7 0:32+20 1:32+12\n");
+  // In one chunk it is listed twice, and its data replaces the newer entry.
+  reassembler_ = PduReassembler();
+  Send(PData(Pdv(1, kCommand, kEcho.First(16)) +
+             Pdv(1, kLastCommand, kEcho.From(16))));
+  Send(PData(Pdv(1, kLastData, {9, 9})));
+  EXPECT_EQ(Messages(),
+            "1 c1 16+0 / 2:32+16\n"
+            "1 c1 32+2 C-ECHO-RQ/Message Id: 7 2:32+16 2:54+16 3:32+2\n");
+}
+
+TEST_F(PduReassemblerTest, DataCompletesItsOwnDirectionsMessage) {
+  Send(PData(Pdv(1, kLastCommand, Command(1, 1))));
+  Send(PData(Pdv(5, kLastCommand, Command(0x8001, 1))), 1);
+  Send(PData(Pdv(1, kData, Repeat(1, 8))));
+  Send(PData(Pdv(5, kLastData, Repeat(2, 4))), 1);
+  Send(PData(Pdv(1, kLastData, Repeat(1, 2))));
+  EXPECT_EQ(Messages(),
+            "1 c1 32+10 C-SEND-RQ/Message Id: 1 0:32+32 2:32+8 4:32+2\n"
+            "2<c5 32+4 C-SEND-RSP/Message Id: 1 1:32+32 3:32+4\n");
+}
+
+TEST_F(PduReassemblerTest, SixBytesLeftAreAHeader) {
+  Send(PData(Pdv(1, kLastCommand, kEcho) + Pdv(1, kData, {})));
+  Send(kEchoData);  // goes on with the message, whose last fragment is to come
+  EXPECT_EQ(Messages(),
+            "1 c1 32+0 C-ECHO-RQ/Message Id: 7 0:32+32\n"
+            "1 c1 64+0 C-ECHO-RQ/Message Id: 7 0:32+32 1:32+32\n");
+}
+
+TEST_F(PduReassemblerTest, LaterMessageIdOfGroupZeroDecides) {
+  const Bytes request = ImplicitElement(0, 0x0110, Little16(7));
+  const Bytes response = ImplicitElement(0, 0x0120, Little16(9));
+  const Bytes name = ImplicitElement(0, 0x0100, Little16(1));
+  const Bytes others = ImplicitElement(8, 0x0110, Little16(3)) +
+                       ImplicitElement(8, 0x0120, Little16(4)) +
+                       ImplicitElement(8, 0x0100, Little16(2));
+  for (const Bytes& set : {request + response + name, response + request + name,
+                           name + request + others}) {
+    Send(PData(Pdv(1, kLastCommand, set)));
+  }
+  std::string texts;
+  for (const DimseMessageRecord& message : reassembler_.Messages()) {
+    texts += message.first_text + SecondText(message) + "\n";
+  }
+  EXPECT_EQ(texts,
+            "C-SEND-RQMessage Id: 9\n"
+            "C-SEND-RQMessage Id: 7\n"
+            "C-SEND-RQMessage Id: 7\n");
 }
 
 TEST_F(PduReassemblerTest, ShortRestsAndEmptyLastValuesNeverCompleteAMessage) {
@@ -294,11 +387,23 @@ TEST_F(PduReassemblerTest, WrappingPduLengthIsUnexpectedOnBothPaths) {
   EXPECT_EQ(Pdus(), "");  // the longest that there is goes on
 }
 
-TEST_F(PduReassemblerTest, HeaderLengthBeyondThePacketFeedsNothing) {
+TEST_F(PduReassemblerTest, FailedFeedComesBeforeTheListingOnlyOfAWholePdu) {
+  const Bytes cut = Pdu(4, {0, 0, 0});  // less than a PDV header
+  EXPECT_THROW(Send(cut + ReleaseRequest()), OutOfRange);
+  EXPECT_EQ(Pdus(), "");
+  Send(cut.First(6), 1);
+  EXPECT_THROW(Send(cut.From(6) + ReleaseRequest(), 1), OutOfRange);
+  EXPECT_EQ(Pdus(), "2<P-DATA-TF PDU 1:20+6 2:20+3\n");
+}
+
+// What was missing counts as there; then there is no byte for a header.
+TEST_F(PduReassemblerTest, HeaderLengthBeyondThePacketFeedsNoByte) {
   const Bytes packet = TcpSegmentBytes({.header_words = 15}).First(20);
   EXPECT_THROW(SendPacket(packet), OutOfRange);
   Send(kEchoData.First(20));
   EXPECT_THROW(SendPacket(packet), OutOfRange);
+  EXPECT_EQ(Pdus(), "2 P-DATA-TF PDU 1:20+20 2:60+24\n");
+  EXPECT_EQ(Messages(), "1 c1 32+0 / 1:32+8 2:60+24\n");
 }
 
 TEST_F(PduReassemblerTest, RefusedPacketOfASummaryLeavesTheMessageUnlisted) {

@@ -12,88 +12,62 @@
 #include "plugin/packet_accessor.h"
 #include "tests/bytes.h"
 #include "tests/recorders.h"
-#include "tests/test_dictionary.h"
-#include "tests/test_host.h"
+#include "tests/test_module.h"
+#include "tree/tree_lines.h"
+
+namespace {
+
+// The types of what the module shows and sounds.
+std::vector<UINT> box_types, beep_types;
+constexpr BOOL kBeepAnswer = 77;
+
+}  // namespace
+
+// Both are put before the system's own.
+extern "C" {
+#ifdef _WIN32
+BOOL WINAPI NotedBeep(UINT type) {
+  beep_types.push_back(type);
+  return kBeepAnswer;
+}
+int WINAPI NotedBox(HWND owner, LPCSTR text, LPCSTR caption, UINT type) {
+  using Box = int(WINAPI*)(HWND, LPCSTR, LPCSTR, UINT);
+  static const auto box = reinterpret_cast<Box>(reinterpret_cast<void*>(
+      ::GetProcAddress(::GetModuleHandleA("user32"), "MessageBoxA")));
+  box_types.push_back(type);
+  return box(owner, text, caption, type);
+}
+[[gnu::used]] extern void* const import_message_beep asm(
+    "__imp__MessageBeep@4") = reinterpret_cast<void*>(&NotedBeep);
+[[gnu::used]] extern void* const import_message_box asm(
+    "__imp__MessageBoxA@16") = reinterpret_cast<void*>(&NotedBox);
+#else
+BOOL WINAPI __wrap_MessageBeep(UINT type) {
+  beep_types.push_back(type);
+  return kBeepAnswer;
+}
+int WINAPI __real_MessageBoxA(HWND, LPCSTR, LPCSTR, UINT);
+int WINAPI __wrap_MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption,
+                              UINT type) {
+  box_types.push_back(type);
+  return __real_MessageBoxA(owner, text, caption, type);
+}
+#endif
+}
 
 namespace dicom::testing {
 namespace {
 
-constexpr std::uint32_t kPduView = 0;
-constexpr std::uint32_t kMessageView = 1;
-constexpr std::uint32_t kStopped = 0;
-constexpr std::uint32_t kLive = 1;
-
 const Bytes kEcho = PData(Pdv(1, kLastCommand, Command(0x0030, 7)));
 const Bytes kEchoReply = PData(Pdv(1, kLastCommand, Command(0x8030, 7)));
 
-// One list call: what goes in, and what comes out.
-struct ListCall {
-  std::int32_t first;
-  std::uint32_t count;
-  std::uint32_t first_available = 77;
-  std::uint32_t last_available = 77;
-  std::vector<PacketListRow> rows = std::vector<PacketListRow>(41);
-  std::uint32_t word = 0;
-
-  std::uint32_t Code() const { return word & 0xFFFF; }
-  std::uint32_t Progress() const { return word >> 16; }
-
-  // "number direction length summary|detail".
-  std::string Rows() const {
-    std::string text;
-    for (const PacketListRow& row : rows) {
-      if (row.number == 0) break;
-      text += std::to_string(row.number) + " " + std::to_string(row.direction) +
-              " " + std::to_string(row.length) + " " + row.summary + "|" +
-              row.detail + "\n";
-    }
-    return text;
-  }
-};
-
 class PluginTest : public ::testing::Test {
  protected:
-  PluginTest() {
-    WriteFileBytes(kDataDicPath, "0008,0080;Institution Name;LO\n");
-    WriteFileBytes(kUidDicPath, "1.2.840.10008.1.1;Verification\n");
-    EXPECT_TRUE(LoadModule());
-  }
-  ~PluginTest() override {
-    ClearDicomDisplay(0, host_.Tree(), host_.Hex());
-    UnloadModule();
-  }
-
-  static ListCall List(TestHost& host, std::uint32_t view, std::uint32_t live,
-                       std::int32_t first = 0, std::uint32_t count = 40) {
-    ListCall call{first, count};
-    call.word = GetDicomPacketList(host.Window(), call.rows.data(), &call.first,
-                                   &call.count, &call.first_available,
-                                   &call.last_available, view, live);
-    return call;
-  }
-
-  // Calls until the whole capture is read, as a host does.
-  static ListCall ListAll(TestHost& host, std::uint32_t view) {
-    for (int i = 0; i < 1000; ++i) {
-      const ListCall call = List(host, view, kStopped);
-      if (call.Code() != DICOM_LIST_CALL_AGAIN) return call;
-    }
-    ADD_FAILURE() << "the list never ends";
-    return ListCall{0, 0};
-  }
-
-  // Shows a row; the text of what left the display, or nothing.
-  static std::string Show(TestHost& host, std::int32_t index,
-                          std::uint32_t view) {
-    return RaisedText([&] {
-      DisplayDicomPacket(host.Window(), host.Tree(), index, host.Images(),
-                         host.Hex(), view);
-    });
-  }
+  ~PluginTest() override { Clear(host_); }
 
   // The packets of an association with one echo, in the host.
-  const std::vector<CapturedPacket>& GiveEcho() {
-    Conversation talk;
+  const std::vector<CapturedPacket>& GiveEcho(std::uint32_t sequence = 1000) {
+    Conversation talk(sequence);
     talk.Open()
         .Send(0, AssociateRequest(ProposedContext(1, "1.2.840.10008.1.1",
                                                   {"1.2.840.10008.1.2"})))
@@ -117,6 +91,19 @@ class PluginTest : public ::testing::Test {
     return List(host_, kPduView, kLive).last_available;
   }
 
+  // What the third failing call in a row says.
+  std::string FailureText() {
+    MessageBoxRecorder recorder;
+    for (int i = 0; i < 3; ++i) List(host_, kPduView, kStopped);
+    return recorder.Boxes().empty() ? "" : recorder.Boxes()[0].text;
+  }
+  // The rows of a capture that is still growing, from its beginning.
+  std::string LiveRows() {
+    RefreshDicomDecode(host_.Window());
+    return List(host_, kPduView, kLive).Rows();
+  }
+
+  LoadedModule module_;
   TestHost host_;
 };
 
@@ -125,8 +112,12 @@ TEST_F(PluginTest, AnswersItsVersionAndRefusesToSaveAndPrint) {
   DicomPacketCaptureStart(1);
   EXPECT_EQ(GetDicomDllVersion(), 257);
   MessageBoxRecorder recorder;
-  SaveDicomDecodeToFile(host_.Window());
-  PrintDicomDecode(host_.Window(), 1);
+  box_types.clear();
+  beep_types.clear();
+  EXPECT_EQ(SaveDicomDecodeToFile(host_.Window()), kBeepAnswer);
+  EXPECT_EQ(PrintDicomDecode(host_.Window(), 1), kBeepAnswer);
+  EXPECT_EQ(beep_types, (std::vector<UINT>{0, 0}));
+  EXPECT_EQ(box_types, (std::vector<UINT>{MB_OK, MB_OK}));
   const ShownBox refusal{host_.Window(), "Not supported in this Version!", " "};
   EXPECT_EQ(recorder.Boxes(), (std::vector<ShownBox>{refusal, refusal}));
 }
@@ -148,16 +139,21 @@ TEST_F(PluginTest, ListsAnAssociationInBothViews) {
             "2 1 32 C-ECHO-RSP|Message Id: 7\n");
   EXPECT_EQ(messages.Code(), DICOM_LIST_UP_TO_DATE);
   EXPECT_EQ(List(host_, kMessageView, kStopped).Rows(), messages.Rows());
+  // Any other number is a message view, and live.
+  const ListCall other = List(host_, 0x80000000, 2);
+  EXPECT_EQ(other.Rows(), messages.Rows());
+  EXPECT_EQ(other.Code(), DICOM_LIST_UP_TO_DATE);
 }
 
 TEST_F(PluginTest, EmptyOrRefusedCaptureTouchesNothingElse) {
   // Word, first row and count, first and last available position.
+  using Answer = std::vector<std::int64_t>;
   const auto call = [this](std::uint32_t live) {
     const ListCall c = List(host_, kPduView, live, 5, 7);
-    return std::vector<std::int64_t>{c.word, c.first, c.count,
-                                     c.first_available, c.last_available};
+    EXPECT_EQ(c.Written(), 0u);
+    return Answer{c.word, c.first, c.count, c.first_available,
+                  c.last_available};
   };
-  using Answer = std::vector<std::int64_t>;
   EXPECT_EQ(call(kStopped), (Answer{1, -1, 0, 77, 77}));
   host_.refuse_count = true;
   EXPECT_EQ(call(kStopped), (Answer{0, 5, 7, 77, 77}));
@@ -165,6 +161,39 @@ TEST_F(PluginTest, EmptyOrRefusedCaptureTouchesNothingElse) {
   host_.refuse_count = false;
   host_.packets = {{0, TcpSegmentBytes({})}, {1, TcpSegmentBytes({})}};
   EXPECT_EQ(call(kLive), (Answer{(50 << 16) + 1, -1, 0, 0, 0xFFFFFFFF}));
+  // A count that nobody writes is -1, and so is that of the packets read.
+  RefreshDicomDecode(host_.Window());
+  host_.write_count = [](std::int32_t*) {};
+  EXPECT_EQ(call(kStopped), (Answer{(100 << 16) + 1, -1, 0, 0, 0xFFFFFFFF}));
+}
+
+TEST_F(PluginTest, ProgressIsThePlaceOfTheLastPacketInPerCent) {
+  GiveAndListEcho();
+  const struct {
+    std::int32_t count;
+    std::uint32_t progress;
+  } cases[] = {{13, 92}, {24, 50}, {12, 100}, {11, 0},
+               {1, 0},   {-1, 0},  {-12, 0}};
+  for (const auto& c : cases) {
+    host_.write_count = [&c](std::int32_t* count) { *count = c.count; };
+    EXPECT_EQ(List(host_, kPduView, kLive).word, (c.progress << 16) + 1)
+        << c.count;
+  }
+}
+
+TEST_F(PluginTest, FailureBehindTheReadingAnswersTheProgress) {
+  GiveEcho();
+  // The accept is fetched for its segment, and again for its contexts.
+  host_.before_answer = [this, fetches = 0](WPARAM code,
+                                            std::int32_t index) mutable {
+    if (code != DICOM_FETCH_PACKET || index != 4) return;
+    host_.delivered_instead[4] = ++fetches % 2 == 0 ? 9 : 4;
+  };
+  MessageBoxRecorder recorder;
+  for (std::uint32_t code : {1u, 1u, 0u}) {
+    EXPECT_EQ(List(host_, kPduView, kStopped).word, (92u << 16) + code);
+  }
+  EXPECT_EQ(recorder.Boxes().at(0).text, "Unable to get Packet From Tapvane");
 }
 
 TEST_F(PluginTest, RowsAreClampedToTheListAndToForty) {
@@ -191,15 +220,15 @@ TEST_F(PluginTest, RowsAreClampedToTheListAndToForty) {
     EXPECT_EQ(call.first, c.first_out);
     EXPECT_EQ(call.count, c.count_out);
     EXPECT_EQ(call.rows[0].number, c.first_row);
-    EXPECT_EQ(call.rows[c.count_out].number, 0u);
+    EXPECT_EQ(call.Written(), c.count_out);
   }
   release(100);
   RefreshDicomDecode(host_.Window());
   ListAll(host_, kPduView);
   const ListCall call = List(host_, kPduView, kStopped, 0, 100);
   EXPECT_EQ(call.count, 100u);
+  EXPECT_EQ(call.Written(), 40u);
   EXPECT_EQ(call.rows[39].number, 40u);
-  EXPECT_EQ(call.rows[40].number, 0u);
   // Null pointers are not written through.
   EXPECT_EQ(GetDicomPacketList(host_.Window(), nullptr, nullptr, nullptr,
                                nullptr, nullptr, 0, 1) &
@@ -213,7 +242,11 @@ TEST_F(PluginTest, ReadsSixtySegmentsACallAndClosesOnlyAtTheEnd) {
   for (int i = 0; i < 61; ++i) talk.Send(0, ReleaseRequest()).Acknowledge(1);
   talk.Send(0, ReleaseRequest().First(8));
   host_.packets = talk.Packets();
-  ListCall call = List(host_, kPduView, kStopped);
+  ListCall call = List(host_, kPduView, kLive);
+  EXPECT_EQ(call.Code(), DICOM_LIST_UP_TO_DATE);
+  EXPECT_EQ(call.last_available, 59u);
+  RefreshDicomDecode(host_.Window());
+  call = List(host_, kPduView, kStopped);
   EXPECT_EQ(call.Code(), DICOM_LIST_CALL_AGAIN);
   EXPECT_EQ(call.last_available, 59u);
   EXPECT_GT(call.Progress(), 90u);
@@ -234,49 +267,139 @@ TEST_F(PluginTest, NewestDataOfADirectionWaitsForTheOtherSide) {
 }
 
 TEST_F(PluginTest, AsksForTheCountBeforeEachPacketAndReadsSegmentsTwice) {
-  host_.packets =
-      Conversation().Open().Send(0, ReleaseRequest()).Acknowledge(1).Packets();
+  const Bytes release = ReleaseRequest();
+  Conversation talk;
+  talk.Open().Send(0, release).Send(0, release).Acknowledge(1);
+  host_.packets = talk.Packets();
   List(host_, kPduView, kLive);
   EXPECT_EQ(host_.TakeRequests(),
-            "153 153 151:-1 153 151:0 153 151:1 153 151:2 153 151:3 153 150:3 "
-            "153");
-  // An old index never comes again; a refused count leaves it to the packet.
-  host_.refuse_count = false;
+            "153 153 151:-1 153 151:0 153 151:1 153 151:2 153 151:3 153 151:4 "
+            "153 150:3 153 150:4 153");
+  // By its number, a packet is asked for unless the number is above the count.
+  host_.write_count = [](std::int32_t* count) { *count = 3; };
+  EXPECT_EQ(Show(host_, 0, kPduView), "");
+  EXPECT_EQ(host_.TakeRequests(), "153 150:3");
+  host_.write_count = [](std::int32_t* count) { *count = 2; };
+  EXPECT_EQ(Show(host_, 0, kPduView), "Unable to get Packet From Tapvane");
+  EXPECT_EQ(host_.TakeRequests(), "153");
+}
+
+TEST_F(PluginTest, RefusedCountLeavesItToThePacketAndAnOldOneIsNone) {
+  GiveAndListEcho();
+  const std::string rows = List(host_, kPduView, kStopped).Rows();
   RefreshDicomDecode(host_.Window());
   host_.before_answer = [this](WPARAM code, std::int32_t) {
-    host_.refuse_count = code == DICOM_FETCH_NEXT_PACKET;
+    host_.refuse_count = code != DICOM_COUNT_PACKETS;
   };
-  List(host_, kPduView, kLive);
-  EXPECT_EQ(host_.TakeRequests().substr(0, 31),
-            "153 153 151:-1 153 151:0 153 15");
+  EXPECT_EQ(List(host_, kPduView, kStopped).Rows(), rows);
+  host_.before_answer = nullptr;
+  host_.refuse_count = false;
+  for (std::int32_t old : {4, 2}) {
+    host_.next_instead[5] = old;
+    LiveRows();
+    host_.TakeRequests();
+    List(host_, kPduView, kLive);
+    EXPECT_EQ(host_.TakeRequests(), "153 153 151:4");
+  }
+}
+
+TEST_F(PluginTest, PacketThatIsNotDeliveredAgainIsAFailure) {
+  const struct {
+    const char* situation;
+    bool early;
+    std::int32_t delivered;  // instead of packet 3, when it is asked for first
+  } cases[] = {{"refused", false, 99},
+               {"another one", false, 4},
+               {"early and refused", true, 99},
+               {"early and another one", true, 5}};
+  for (const auto& c : cases) {
+    GiveEcho();
+    if (c.early) std::swap(host_.packets[3], host_.packets[4]);
+    host_.before_answer = [&, asked = 0](WPARAM code,
+                                         std::int32_t index) mutable {
+      if (code == DICOM_FETCH_NEXT_PACKET && index == -1) asked = 0;
+      if (code != DICOM_FETCH_PACKET) return;
+      host_.delivered_instead.clear();
+      if (index == 3 && asked++ == 0) host_.delivered_instead[3] = c.delivered;
+    };
+    EXPECT_EQ(FailureText(), "Unable to get Packet From Tapvane")
+        << c.situation;
+    host_.before_answer = nullptr;
+    host_.delivered_instead.clear();
+    RefreshDicomDecode(host_.Window());
+  }
+}
+
+TEST_F(PluginTest, AnyDirectionButZeroIsTheOtherSide) {
+  const std::vector<CapturedPacket> packets = GiveEcho();
+  const std::string rows = ListAll(host_, kPduView).Rows();
+  for (std::uint32_t direction : {2u, 256u, 0x80000000u}) {
+    for (std::size_t i = 0; i < packets.size(); ++i) {
+      host_.packets[i].direction = packets[i].direction * direction;
+    }
+    RefreshDicomDecode(host_.Window());
+    EXPECT_EQ(ListAll(host_, kPduView).Rows(), rows) << direction;
+  }
 }
 
 TEST_F(PluginTest, HandshakeIsFoundAmongOtherPackets) {
+  const CapturedPacket syn = {0,
+                              TcpSegmentBytes({.sequence = 8, .flags = kSyn})};
+  const auto answer = [](std::uint8_t flags) {
+    return CapturedPacket{
+        1, TcpSegmentBytes(
+               {.sequence = 20, .acknowledgement = 9, .flags = flags})};
+  };
   const struct {
     const char* situation;
     std::vector<CapturedPacket> before;
     bool found;
   } cases[] = {
       {"other traffic", {{0, TcpSegmentBytes({.flags = kAck})}}, true},
-      {"a reset attempt",
-       {{0, TcpSegmentBytes({.sequence = 8, .flags = kSyn})},
-        {1, TcpSegmentBytes({.acknowledgement = 9, .flags = kRst | kAck})}},
+      {"a SYN that answers", {answer(kSyn | kAck)}, true},
+      {"a SYN that resets", {answer(kSyn | kRst)}, true},
+      {"a reset attempt", {syn, answer(kRst | kAck)}, true},
+      {"a reset behind the answer",
+       {syn, answer(kSyn | kAck), answer(kRst)},
        true},
       // The reset is looked for anywhere, and what follows it is searched.
       {"a SYN without an answer, then another connection's reset",
-       {{0, TcpSegmentBytes({.sequence = 8, .flags = kSyn})},
-        {0, TcpSegmentBytes({.flags = kRst})}},
+       {syn, {0, TcpSegmentBytes({.flags = kRst})}},
        true},
-      {"a SYN that nothing answers",
-       {{0, TcpSegmentBytes({.sequence = 8, .flags = kSyn})}},
-       false}};
+      {"a SYN that nothing answers", {syn}, false}};
+  const std::vector<CapturedPacket> echo = GiveEcho();
+  const std::string rows = ListAll(host_, kPduView).Rows();
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.situation);
     RefreshDicomDecode(host_.Window());
-    const std::vector<CapturedPacket> echo = GiveEcho();
     host_.packets = c.before;
     GiveMore(echo);
-    EXPECT_EQ(ListAll(host_, kPduView).Rows().empty(), !c.found);
+    EXPECT_EQ(ListAll(host_, kPduView).Rows(), c.found ? rows : "")
+        << c.situation;
+  }
+}
+
+TEST_F(PluginTest, AnswerAndClosingAckAreKnownByTheirNumbers) {
+  const std::vector<CapturedPacket> echo = GiveEcho();
+  const std::string rows = ListAll(host_, kPduView).Rows();
+  const struct {
+    const char* situation;
+    std::size_t packet, offset;
+    Bytes bytes;
+    bool found;
+  } cases[] = {{"answer with ACK alone", 1, 13, {kAck}, true},
+               {"answer with SYN alone", 1, 13, {kSyn}, true},
+               {"answer with neither", 1, 13, {kPsh}, false},
+               {"answer to another SYN", 1, 8, Big32(1002), false},
+               {"closing ACK without ACK", 2, 13, {kPsh}, false},
+               {"another sequence number", 2, 4, Big32(1002), false},
+               {"another acknowledgement", 2, 8, Big32(5002), false}};
+  for (const auto& c : cases) {
+    RefreshDicomDecode(host_.Window());
+    host_.packets = echo;
+    Bytes& packet = host_.packets[c.packet].tcp_bytes;
+    packet = packet.Patched(c.offset, c.bytes);
+    EXPECT_EQ(ListAll(host_, kPduView).Rows(), c.found ? rows : "")
+        << c.situation;
   }
 }
 
@@ -298,22 +421,100 @@ TEST_F(PluginTest, IncompleteHandshakeIsReadAgainButPassedPacketsAreNot) {
 }
 
 TEST_F(PluginTest, EarlySegmentsWaitAndRetransmissionsArePassedOver) {
-  const std::vector<CapturedPacket> ordered = GiveEcho();
-  const std::string rows = ListAll(host_, kPduView).Rows();
-  const auto expect_same_rows = [&] {
+  std::string rows;
+  for (std::uint32_t sequence : {1000u, 0xFFFFFFA0u}) {  // these wrap
     RefreshDicomDecode(host_.Window());
-    EXPECT_EQ(ListAll(host_, kPduView).Rows(), rows);
-  };
-  // Each packet behind the handshake swapped with the next, then doubled.
-  for (std::size_t i = 3; i + 1 < ordered.size(); ++i) {
-    SCOPED_TRACE(i);
-    host_.packets = ordered;
-    std::swap(host_.packets[i], host_.packets[i + 1]);
-    expect_same_rows();
-    host_.packets = ordered;
-    host_.packets.insert(host_.packets.begin() + static_cast<int>(i),
-                         ordered[i]);
-    expect_same_rows();
+    const std::vector<CapturedPacket> ordered = GiveEcho(sequence);
+    if (rows.empty()) rows = ListAll(host_, kPduView).Rows();
+    const auto expect_same_rows = [&] {
+      RefreshDicomDecode(host_.Window());
+      EXPECT_EQ(ListAll(host_, kPduView).Rows(), rows);
+    };
+    // Each packet behind the handshake swapped with the next, then doubled.
+    for (std::size_t i = 3; i + 1 < ordered.size(); ++i) {
+      SCOPED_TRACE(i);
+      host_.packets = ordered;
+      std::swap(host_.packets[i], host_.packets[i + 1]);
+      expect_same_rows();
+      host_.packets = ordered;
+      host_.packets.insert(host_.packets.begin() + static_cast<int>(i),
+                           ordered[i]);
+      expect_same_rows();
+    }
+  }
+}
+
+TEST_F(PluginTest, WhatComesAgainSettlesOnlyWithoutPayload) {
+  Conversation talk;
+  talk.Open().Send(0, ReleaseRequest()).Send(0, Abort(0, 0));
+  const TcpFields again = {.sequence = 1001, .acknowledgement = 5001};
+  host_.packets = talk.Packets();
+  GiveMore({{0, TcpSegmentBytes(again, ReleaseRequest())}});
+  EXPECT_EQ(LiveRows(), "");
+  // A bare one settles the segment with its numbers, and no later one.
+  GiveMore({{0, TcpSegmentBytes(again)}});
+  EXPECT_EQ(LiveRows(), "1 0 10 A-RELEASE-RQ PDU|\n");
+}
+
+TEST_F(PluginTest, OldestEarlySegmentIsTakenAndNoneInTheNextConnection) {
+  const TcpFields early = {.sequence = 1011, .acknowledgement = 5001};
+  host_.packets = Conversation().Open().Packets();
+  GiveMore({{0, TcpSegmentBytes(early, Abort(0, 0))},
+            {0, TcpSegmentBytes(early, ReleaseReply())},
+            {0, TcpSegmentBytes({1001, 5001}, ReleaseRequest())}});
+  const std::string rows =
+      "1 0 10 A-RELEASE-RQ PDU|\n"
+      "2 0 10 A-ABORT PDU|\n";
+  EXPECT_EQ(ListAll(host_, kPduView).Rows(), rows);
+
+  // This one would fit behind the next handshake.
+  RefreshDicomDecode(host_.Window());
+  host_.packets = Conversation().Open().Packets();
+  GiveMore({{0, TcpSegmentBytes({70001, 90001}, ReleaseReply())},
+            {0, TcpSegmentBytes({1001, 5001, kRst})}});
+  Conversation next(70000, 90000);
+  GiveMore(
+      next.Open().Send(0, ReleaseRequest()).Send(0, Abort(0, 0)).Packets());
+  EXPECT_EQ(ListAll(host_, kPduView).Rows(), rows);
+}
+
+TEST_F(PluginTest, ResetAndBothFinsEndAConnectionAndOneFinDoesNot) {
+  constexpr std::uint8_t kFinAck = kFin | kAck;
+  const struct {
+    const char* situation;
+    void (*end)(Conversation& talk);
+    std::string answer, next;  // what is listed of both
+  } cases[] = {
+      {"reset", [](Conversation& talk) { talk.Add(0, kRst); }, "",
+       "2 0 10 A-ABORT PDU|\n"},
+      {"reset of the other side",
+       [](Conversation& talk) { talk.Send(1, ReleaseReply()).Add(1, kRst); },
+       "2 1 10 A-RELEASE-RP PDU|\n", "3 0 10 A-ABORT PDU|\n"},
+      // What is said behind a FIN is numbered one higher.
+      {"FIN",
+       [](Conversation& talk) {
+         talk.Add(0, kFinAck).Send(1, ReleaseReply()).Acknowledge(0);
+       },
+       "2 1 10 A-RELEASE-RP PDU|\n", ""},
+      {"FIN of the other side",
+       [](Conversation& talk) {
+         talk.Send(1, ReleaseReply()).Add(1, kFinAck).Acknowledge(0);
+       },
+       "2 1 10 A-RELEASE-RP PDU|\n", ""},
+      {"both",
+       [](Conversation& talk) {
+         talk.Add(0, kFinAck).Send(1, ReleaseReply()).Add(1, kFinAck);
+       },
+       "2 1 10 A-RELEASE-RP PDU|\n", "3 0 10 A-ABORT PDU|\n"}};
+  for (const auto& c : cases) {
+    RefreshDicomDecode(host_.Window());
+    Conversation talk, next(70000, 90000);
+    c.end(talk.Open().Send(0, ReleaseRequest()));
+    host_.packets = talk.Packets();
+    GiveMore(next.Open().Send(0, Abort(0, 0)).Packets());
+    EXPECT_EQ(ListAll(host_, kPduView).Rows(),
+              "1 0 10 A-RELEASE-RQ PDU|\n" + c.answer + c.next)
+        << c.situation;
   }
 }
 
@@ -349,6 +550,7 @@ TEST_F(PluginTest, EveryThirdFailureIsShownAndKeepsWhatThereIs) {
     EXPECT_EQ(recorder.Boxes().back(),
               (ShownBox{host_.Window(), "Packet too short for Tcp Header!",
                         "Exception"}));
+    EXPECT_EQ(box_types.back(), UINT{MB_OK});
     // The runt is behind us: what was read before it is there now.
     EXPECT_EQ(LastRow(), 5u);
     RefreshDicomDecode(host_.Window());
@@ -372,6 +574,30 @@ TEST_F(PluginTest, NestedCallsAreTurnedAwayAndOthersServed) {
   EXPECT_EQ(LastRow(), 5u);
   EXPECT_EQ(log, "2 1 1");
   EXPECT_EQ(LastRow(), 5u);
+}
+
+TEST_F(PluginTest, MessagesRunTenAtATimeWhenTheirTimeIsPast) {
+  Conversation talk;
+  talk.Open();
+  for (std::uint32_t i = 0; i < 8; ++i) talk.Send(i % 2, ReleaseRequest());
+  host_.packets = talk.Packets();
+  MSG message;
+  while (::PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
+  }
+  // Milliseconds that each segment takes: to the first time and past it, to the
+  // second and past it, short of the third and past it.
+  constexpr DWORD kMilliseconds[] = {2000, 1, 500, 1, 499, 2, 0};
+  std::size_t read = 0;
+  host_.before_answer = [&](WPARAM code, std::int32_t) {
+    if (code == DICOM_FETCH_PACKET) AdvanceTicks(kMilliseconds[read++]);
+  };
+  std::string when;  // by the segments read
+  for (int i = 0; i < 25; ++i) {
+    host_.Post([&] { when += std::to_string(read); });
+  }
+  AdvanceTicks(0xFFFFFF00 - ::GetTickCount());  // they wrap on the way
+  List(host_, kPduView, kLive);
+  EXPECT_EQ(when, std::string(10, '2') + std::string(10, '4') + "66666");
 }
 
 TEST_F(PluginTest, QuitIsLeftToTheHostsOwnLoop) {
@@ -398,12 +624,48 @@ TEST_F(PluginTest, WindowsKeepSeparateLists) {
       Conversation().Open().Send(0, Abort(0, 0)).Acknowledge(1).Packets();
   GiveAndListEcho();
   EXPECT_EQ(List(other, kPduView, kLive).Rows(), "1 0 10 A-ABORT PDU|\n");
-  DicomDeRegisterParent(other.Window());
-  other.packets.clear();
-  host_.packets.clear();  // what was read stays
-  EXPECT_EQ(List(other, kPduView, kLive).first, -1);
-  GiveEcho();
-  EXPECT_EQ(LastRow(), 5u);
+  for (const auto forget : {DicomDeRegisterParent, RefreshDicomDecode}) {
+    forget(other.Window());
+    host_.TakeRequests();
+    other.TakeRequests();
+    EXPECT_EQ(LastRow(), 5u);
+    EXPECT_EQ(host_.TakeRequests(), "153 153");
+    EXPECT_EQ(List(other, kPduView, kLive).last_available, 0u);
+    EXPECT_EQ(other.TakeRequests().substr(0, 15), "153 153 151:-1 ");
+  }
+}
+
+TEST_F(PluginTest, ContextsAreReadOnceFromAllAcceptsThatThereAre) {
+  const auto accept = [](std::uint8_t id) {
+    return AssociateAccept(AnsweredContext(id, 0, "1.2.840.10008.1.2"));
+  };
+  const auto send = [](Conversation& talk, std::uint8_t id) {
+    talk.Send(0, PData(Pdv(id, kLastCommand, Command(1, 1))))
+        .Send(0,
+              PData(Pdv(id, kLastData, ImplicitElement(8, 0x80, Text("Ward")))))
+        .Acknowledge(1);
+  };
+  const auto shows_data = [this](std::int32_t row) {
+    EXPECT_EQ(Show(host_, row, kMessageView), "");
+    return host_.TreeText().find("Value Field: Ward") != std::string::npos;
+  };
+  Conversation talk;
+  talk.Open().Send(0, AssociateRequest({})).Acknowledge(1);
+  host_.packets = talk.Packets();
+  EXPECT_EQ(LiveRows(), "1 0 74 A-ASSOCIATE-RQ PDU|\n");
+  talk.Send(1, accept(1));
+  send(talk, 1);
+  host_.packets = talk.Packets();
+  EXPECT_EQ(List(host_, kMessageView, kLive).Rows(),
+            "1 0 44 C-SEND-RQ|Message Id: 1\n");
+  EXPECT_TRUE(shows_data(0));
+  talk.Send(1, accept(3));
+  send(talk, 3);
+  host_.packets = talk.Packets();
+  List(host_, kMessageView, kLive);
+  EXPECT_FALSE(shows_data(1));  // its accept came too late
+  LiveRows();
+  EXPECT_TRUE(shows_data(0) && shows_data(1));
 }
 
 TEST_F(PluginTest, DisplaysTheRowAtAPositionAndTheLastBehindTheEnd) {
@@ -421,9 +683,24 @@ TEST_F(PluginTest, DisplaysTheRowAtAPositionAndTheLastBehindTheEnd) {
   EXPECT_EQ(Show(host_, 0, kMessageView), "");
   EXPECT_EQ(host_.TreeText().substr(0, 44),
             "0 [0+32] DICOM - Command Set: C-ECHO-RQ\n1 [0");
-  ClearDicomDisplay(0, host_.Tree(), host_.Hex());
+  EXPECT_TRUE(ClearDicomDisplay(0, host_.Tree(), host_.Hex()));
   EXPECT_EQ(host_.TreeCount(), 0u);
   EXPECT_EQ(host_.HexText(), "");
+  EXPECT_FALSE(ClearDicomDisplay(0, host_.Tree(), nullptr));
+}
+
+TEST_F(PluginTest, OnlyHexDumpSectionsAreExpanded) {
+  GiveAndListEcho();
+  host_.SetState(DICOM_STATE_SHOW_MESSAGE_DATA, 1u);
+  host_.SetState(DICOM_STATE_SECTION_EXPAND_MASK, 0xFFFFFFFF);
+  for (std::int32_t row : {0, 1, 2, 5}) {
+    EXPECT_EQ(Show(host_, row, kPduView), "");
+    const std::string tree = host_.TreeText(kExpansion);
+    EXPECT_EQ(tree.find(" expanded "), tree.find(" expanded DICOM Message"));
+    EXPECT_EQ(tree.find(" expanded ") != tree.npos, row == 2);
+  }
+  Show(host_, 0, kMessageView);
+  EXPECT_EQ(host_.TreeText(kExpansion).find(" expanded "), std::string::npos);
 }
 
 TEST_F(PluginTest, EmptyViewClearsTreeAndHexWindow) {
@@ -450,6 +727,8 @@ TEST_F(PluginTest, DumpOfAMessageEndsAt64000BytesAndOfAPduNever) {
   }
   host_.packets = talk.Packets();
   ListAll(host_, kPduView);
+  EXPECT_EQ(List(host_, kMessageView, kStopped).Rows(),
+            "0 0 0 |\n1 0 70040 C-SEND-RQ|Message Id: 1\n");
   EXPECT_EQ(Show(host_, 3, kPduView), "");
   EXPECT_EQ(host_.HexText().size(), (70000 + 8 + 12 + 15) / 16 * 76u);
   // Closing the capture has put the other side's message 0 first.
@@ -463,18 +742,22 @@ TEST_F(PluginTest, FailureThatLeavesTheDisplayKeepsItBusy) {
   GiveAndListEcho();
   // The C++ library's text, longer than the module's own.
   EXPECT_GT(Show(host_, -1, kPduView).size(), 40u);
+  // Turned away: what the host shows meanwhile stays.
+  InsertTreeLine({host_.Window(), host_.Tree(), nullptr}, nullptr, "own", 0,
+                 nullptr);
+  ::SetWindowTextA(host_.Hex(), "own");
   EXPECT_EQ(Show(host_, 0, kPduView), "");
-  EXPECT_EQ(host_.TreeCount(), 0u);  // turned away
+  EXPECT_EQ(host_.TreeText(), "0 [-] own\n");
+  EXPECT_EQ(host_.HexText(), "own");
 
-  UnloadModule();
-  ASSERT_TRUE(LoadModule());
+  module_.Reload();
   ListAll(host_, kPduView);
   host_.refused = {3};
   EXPECT_EQ(Show(host_, 0, kPduView), "Unable to get Packet From Tapvane");
   host_.refused.clear();
   EXPECT_EQ(Show(host_, 0, kPduView), "");
   EXPECT_EQ(host_.TreeCount(), 0u);
-  EXPECT_EQ(LastRow(), 5u);
+  EXPECT_EQ(LastRow(), 5u);  // a list is no display
 }
 
 }  // namespace

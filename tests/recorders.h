@@ -52,22 +52,23 @@ class PrinterRecorder {
   HDC dc_;
 };
 
-// GetTickCount answers this much more from now on.
+// GetTickCount answers this much more from now on; between calls it stands
+// still.
 void AdvanceTicks(DWORD milliseconds);
 
 // Blocks of this program that GlobalAlloc gave and GlobalFree has not got back.
 std::size_t GlobalBlocks();
 
-// Forgets those that are left, so that GlobalBlocks() is 0, and frees them where that can be known
-// to be safe. The records of diverted lines are such.
+// Forgets those that are left, so that GlobalBlocks() is 0, and frees them
+// where that can be known to be safe. The records of diverted lines are such.
 void ForgetGlobalBlocks();
 
 // The `count`th GlobalAlloc of the module from now (1: the next) fails, once.
 // 0: none does.
 void FailGlobalAlloc(unsigned count);
 
-// The text of the Win32 exception by which a failure leaves the display while `action` runs; empty
-// when none does.
+// The text of the Win32 exception by which a failure leaves the display while
+// `action` runs; empty when none does.
 std::string RaisedText(const std::function<void()>& action);
 
 }  // namespace dicom::testing

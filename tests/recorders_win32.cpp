@@ -12,7 +12,7 @@ namespace {
 std::vector<ShownBox> shown_boxes;
 std::function<void()> box_action;
 HHOOK box_hook;
-DWORD tick_offset;
+DWORD tick_count = 1000;
 std::size_t global_blocks;
 unsigned allocations_to_failure;
 
@@ -40,11 +40,7 @@ HGLOBAL WINAPI CountedGlobalFree(HGLOBAL block) {
   return free(block);
 }
 
-DWORD WINAPI AdvancedTickCount() {
-  static auto* const ticks =
-      SystemFunction<DWORD WINAPI()>("kernel32", "GetTickCount");
-  return ticks() + tick_offset;
-}
+DWORD WINAPI AdvancedTickCount() { return tick_count; }
 
 // A metafile has no pages: comments stand for them.
 int NotePage(HDC dc, const char* call) {
@@ -147,7 +143,7 @@ std::string PrinterRecorder::Printed() {
   return printed;
 }
 
-void AdvanceTicks(DWORD milliseconds) { tick_offset += milliseconds; }
+void AdvanceTicks(DWORD milliseconds) { tick_count += milliseconds; }
 
 std::size_t GlobalBlocks() { return global_blocks; }
 

@@ -76,20 +76,26 @@ LRESULT TestHost::Answer(WPARAM code, LPARAM lparam) {
   requests_ += (requests_.empty() ? "" : " ") + std::to_string(code) +
                (counts ? "" : ":" + std::to_string(index));
   if (before_answer) before_answer(code, index);
+  const auto instead = [](const std::map<std::int32_t, std::int32_t>& others,
+                          std::int32_t asked) {
+    const auto other = others.find(asked);
+    return other == others.end() ? asked : other->second;
+  };
   switch (code) {
     case DICOM_COUNT_PACKETS:
       if (refuse_count) return 1;
-      *reinterpret_cast<std::int32_t*>(lparam) =
-          static_cast<std::int32_t>(packets.size());
+      if (write_count) {
+        write_count(reinterpret_cast<std::int32_t*>(lparam));
+      } else {
+        *reinterpret_cast<std::int32_t*>(lparam) =
+            static_cast<std::int32_t>(packets.size());
+      }
       return 0;
-    case DICOM_FETCH_PACKET: {
-      const auto other = delivered_instead.find(index);
-      return !Deliver(index,
-                      other == delivered_instead.end() ? index : other->second,
-                      record);
-    }
+    case DICOM_FETCH_PACKET:
+      return !Deliver(index, instead(delivered_instead, index), record);
     case DICOM_FETCH_NEXT_PACKET:
-      return refuse_next || !Deliver(index + 1, index + 1, record);
+      return refuse_next ||
+             !Deliver(index + 1, instead(next_instead, index + 1), record);
   }
   return 1;
 }

@@ -47,10 +47,11 @@ class TestHost {
   bool refuse_count = false;       // code 153
   bool refuse_next = false;        // code 151
   std::set<std::int32_t> refused;  // packets that 150 and 151 do not deliver
-  std::map<std::int32_t, std::int32_t>
-      delivered_instead;  // by 150: asked, delivered
+  // By 150 and by 151: asked, delivered.
+  std::map<std::int32_t, std::int32_t> delivered_instead, next_instead;
   std::map<std::int32_t, std::uint32_t>
       claimed_bytes;  // instead of the packet's own size
+  std::function<void(std::int32_t* count)> write_count;  // by 153
   std::function<void(WPARAM code, std::int32_t index)> before_answer;
 
   // "153 151:-1 150:0 ...": the codes received so far, with the index asked

@@ -13,6 +13,8 @@
 namespace dicom::testing {
 namespace {
 
+using namespace std::string_literals;
+
 constexpr std::uint8_t kViewed[] = {0x01, 0x80, 0x03, 0xFF, 0x00};
 
 TEST(ByteArrayViewTest, EveryOrderCodeButOneIsLittleEndian) {
@@ -192,7 +194,7 @@ TEST(PresentationContextTableTest, ClassifiesTheTextAndThenAllButItsLast) {
                {"1.2.840.10008.1.2.1", "0/1"},
                {"1.2.840.10008.1.2.2", "1/1"},
                {"1.2.840.10008.1.2.2 ", "1/1"},
-               {"1.2.840.10008.1.2.2\0\0", "1/1"},
+               {"1.2.840.10008.1.2.2"s + '\0' + '\0', "0/1"},
                {"1.2.840.10008.1.2.4.50", "0/1"},
                {"", "0/1"}};
   for (const auto& c : cases) {
@@ -205,45 +207,83 @@ TEST(PresentationContextTableTest, ClassifiesTheTextAndThenAllButItsLast) {
   }
 }
 
-TEST(PresentationContextTableTest, EntersAcceptedContextsAmongOtherItems) {
-  const PresentationContextTable table = TableOf(AssociateAccept(
-      Item(0x10, Text("1.2")) + AnsweredContext(1, 0, "1.2.840.10008.1.2") +
-      Item(0x50, Repeat(0x21, 9)) + AnsweredContext(3, 3, "1.2.840.10008.1.2") +
-      AnsweredContext(5, 0, "1.2.840.10008.1.2.2")));
-  EXPECT_EQ(SyntaxOf(table, 1), "0/0");
-  EXPECT_EQ(SyntaxOf(table, 3), kNoContext);
-  EXPECT_EQ(SyntaxOf(table, 5), "1/1");
+// The flags of the contexts 1, 3 and 5, "-" for none.
+std::string ContextsOf(const Bytes& accept) {
+  const PresentationContextTable table = TableOf(accept);
+  std::string all;
+  for (const std::uint8_t id : Bytes{1, 3, 5}) {
+    const std::string flags = SyntaxOf(table, id);
+    all += flags == kNoContext ? "-" : flags;
+  }
+  return all;
+}
+
+TEST(PresentationContextTableTest, EntersAcceptedContextsAlone) {
+  const std::string_view implicit = "1.2.840.10008.1.2";
+  const std::string_view big = "1.2.840.10008.1.2.2";
+  const Bytes one = AnsweredContext(1, 0, implicit);
+  const Bytes five = AnsweredContext(5, 0, big);
+  const Bytes id_one = {1, 0, 0, 0};
+  // An item or sub-item of length FFFCh steps by 65,536, that is, not at all.
+  const Bytes standing = {0x10, 0, 0xFF, 0xFC};
+  const Bytes standing_inside = Item(0x21, {1, 0, 0, 0, 0x30, 0, 0xFF, 0xFC});
+  const struct {
+    const char* situation;
+    Bytes items;
+    std::string contexts;
+  } cases[] = {
+      {"among other items",
+       Item(0x10, Text("1.2")) + one + Item(0x50, Repeat(0x21, 9)) + five,
+       "0/0-1/1"},
+      {"user rejection", AnsweredContext(1, 1, implicit) + five, "--1/1"},
+      {"no reason", AnsweredContext(1, 2, implicit) + five, "--1/1"},
+      {"unknown abstract syntax", AnsweredContext(1, 3, big) + five, "--1/1"},
+      {"unknown syntaxes", AnsweredContext(1, 4, implicit) + five, "--1/1"},
+      {"no result", AnsweredContext(1, 255, implicit) + five, "--1/1"},
+      {"proposed", one.Patched(0, {0x20}) + five, "--1/1"},
+      {"unknown item", one.Patched(0, {0x22}) + five, "--1/1"},
+      {"abstract syntax", one.Patched(8, {0x30}) + five, "--1/1"},
+      {"unknown sub-item", one.Patched(8, {0x41}) + five, "--1/1"},
+      {"a syntax behind another sub-item",
+       Item(0x21, id_one + Item(0x30, Text("1.2")) + Item(0x40, Text(big))),
+       "1/1--"},
+      // The second entry of an ID ends the reading, what was entered stays.
+      {"two syntaxes",
+       Item(0x21, id_one + Item(0x40, Text(implicit)) + Item(0x40, Text(big))) +
+           five,
+       "0/0--"},
+      {"an ID again", one + AnsweredContext(1, 0, big) + five, "0/0--"},
+      {"behind an item that leads nowhere", standing + one, "---"},
+      {"behind a context that leads nowhere", standing_inside + one, "---"},
+      {"before one", one + standing_inside, "0/0--"},
+      // Offsets have 16 bits: an item that ends where the first begins.
+      {"at the beginning again",
+       Item(0x21, Bytes{1, 0, 3, 0} + Repeat(0, 65000)) +
+           Item(0x99, Repeat(0, 65536 + 74 - (74 + 65008) - 4)) + one,
+       "---"},
+      // Behind 64 KB the walk is in the first item.
+      {"behind 64 KB",
+       five + Item(0x10, Repeat(0, 65000)) + Item(0x10, Repeat(0, 600)) + one,
+       "--1/1"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(ContextsOf(AssociateAccept(c.items)), c.contexts) << c.situation;
+  }
 }
 
 TEST(PresentationContextTableTest, WhatIsWrongEndsTheReadingQuietly) {
-  const Bytes context = AnsweredContext(1, 0, "1.2.840.10008.1.2");
-  const Bytes good = AssociateAccept(context);
-  EXPECT_EQ(SyntaxOf(TableOf(good + Bytes{0}), 1), kNoContext);  // length
-  EXPECT_EQ(SyntaxOf(TableOf(good.Patched(6, {0, 3})), 1), kNoContext);
+  const Bytes good =
+      AssociateAccept(AnsweredContext(1, 0, "1.2.840.10008.1.2"));
+  EXPECT_EQ(ContextsOf(good), "0/0--");
+  EXPECT_EQ(ContextsOf(good + Bytes{0}), "---");  // length
+  EXPECT_EQ(ContextsOf(good.Patched(6, {0, 3})), "---");
   for (std::size_t cut = 0; cut < good.size(); ++cut) {
-    EXPECT_EQ(SyntaxOf(TableOf(good.First(cut)), 1), kNoContext);
+    EXPECT_EQ(ContextsOf(good.First(cut)), "---");
+    // With the right length for what there is.
+    if (cut < 6) continue;
+    const auto length = static_cast<std::uint32_t>(cut) - 6;
+    EXPECT_EQ(ContextsOf(good.First(cut).Patched(2, Big32(length))), "---");
   }
-  // A second entry for an ID ends it, what was entered stays.
-  const PresentationContextTable table = TableOf(
-      AssociateAccept(context + AnsweredContext(1, 0, "1.2.840.10008.1.2.2") +
-                      AnsweredContext(7, 0, "1.2.840.10008.1.2")));
-  EXPECT_EQ(SyntaxOf(table, 1), "0/0");
-  EXPECT_EQ(SyntaxOf(table, 7), kNoContext);
-}
-
-TEST(PresentationContextTableTest, OffsetsWrapAndTheWalkStillEnds) {
-  const Bytes context = AnsweredContext(1, 0, "1.2.840.10008.1.2");
-  // An item or sub-item of length FFFCh steps by 65,536, that is, not at all.
-  const Bytes standing = Item(0x21, {1, 0, 0, 0, 0x30, 0, 0xFF, 0xFC});
-  EXPECT_EQ(
-      SyntaxOf(TableOf(AssociateAccept(Bytes{0x10, 0, 0xFF, 0xFC} + context)),
-               1),
-      kNoContext);
-  EXPECT_EQ(SyntaxOf(TableOf(AssociateAccept(context + standing)), 1), "0/0");
-  // Behind 64 KB the walk comes back to the beginning and reads on there.
-  const Bytes large = AssociateAccept(Item(0x10, Repeat(0, 65000)) +
-                                      Item(0x10, Repeat(0, 600)) + context);
-  TableOf(large);
 }
 
 }  // namespace

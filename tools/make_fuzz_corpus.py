@@ -201,6 +201,73 @@ def write(target, name, seed):
     (folder / name).write_bytes(seed)
 
 
+VRS = "AE AS AT CS DA DS DT FL FD IS LO LT OB OW PN SH SL SQ SS ST TM UI UL US UT VS UN".split()
+
+
+def hostile_message_seeds():
+    """An element of each VR in each encoding; sequences in a row, and deep."""
+    def elements(order, explicit):
+        out = b""
+        for number, vr in enumerate(VRS, 1):
+            out += struct.pack(order + "HH", 8, number)
+            if not explicit:
+                out += struct.pack(order + "I", 8)
+            elif vr in ("OB", "OW", "SQ"):
+                out += vr.encode() + struct.pack(order + "HI", 0, 8)
+            else:
+                out += vr.encode() + struct.pack(order + "H", 8)
+            out += b"12345678"
+        return out
+    sequence = struct.pack("<HH", 8, 0x12) + b"SQ\0\0\xff\xff\xff\xff"
+    opened = struct.pack("<HHI", 0xFFFE, 0xE000, 0xFFFFFFFF)
+    end = struct.pack("<HHI", 0xFFFE, 0xE0DD, 0)
+    command = elements("<", False)
+    yield "every-vr-implicit", b"\0\0\0" + command
+    yield "every-vr-explicit", b"\1\0\0" + elements("<", True)
+    yield "every-vr-big", b"\2\0\0" + elements(">", True)
+    yield "every-vr-command", b"\3" + struct.pack("<H", len(command)) + command
+    yield "sequences", b"\1\0\0" + (sequence + item(b"") + end) * 20
+    yield "sequences-deep", b"\1\0\0" + (sequence + opened) * 200
+    yield "items", b"\1\0\0" + sequence + (item(b"") + item(b"12345678")) * 50
+
+
+def hostile_pdu_seeds():
+    """Each item, with and in another one, whatever the PDU; with much behind it."""
+    def tlv(kind, value):
+        return struct.pack(">BBH", kind, 0, len(value)) + value
+    def associate(kind, items):
+        return b"\1" + struct.pack(">BBI", kind, 0, 68 + len(items)) + b"\0\1" + b"\0" * 66 + items
+    syntax = tlv(0x40, b"1.2.840.10008.1.2")
+    for kind in (0x10, 0x20, 0x21, 0x30, 0x40, 0x50, 0x51, 0x52, 0x53, 0x54, 0x55, 0x56, 0x99):
+        one = tlv(kind, b"\1\0\0\0" + syntax)
+        for pdu in (1, 2):
+            yield f"item-{kind:02x}-of-{pdu}", associate(pdu, one + tlv(0x50, one) + syntax)
+    for name, filler in ("wraps", 65000), ("nearly-wraps", 64900):
+        rejected = tlv(0x21, b"\1\0\3\0" + b"\0" * filler)
+        yield name, associate(2, rejected + tlv(0x21, b"\1\0\0\0" + syntax))
+
+
+def hostile_module_seeds():
+    """Other protocols, segments of one byte, odd TCP headers, a second handshake anywhere."""
+    def send(direction, data, size=None):
+        op = SEND_BYTES | (direction | 4 | (0 if size is None else 2)) << 5
+        return bytes([op]) + struct.pack("<H", len(data)) + data + bytes([] if size is None else [size - 1])
+    end = bytes([LIST, 4, 0])
+    echo = struct.pack(">BBIIBB", 4, 0, 38, 34, 1, 3) + struct.pack(
+        "<HHIIHHIHHHIH", 0, 0, 4, 20, 0, 0x100, 2, 0x30, 0, 0x110, 2, 7)
+    data = struct.pack(">BBIIBB", 4, 0, 16, 12, 1, 2) + b"0123456789"
+    release = struct.pack(">BBII", 5, 0, 4, 0)
+    yield "other-protocols", bytes([OPEN]) + send(0, b"GET / HTTP/1.1\r\n\r\n") + send(
+        1, b"\x16\3\1\2\0\1\0\1\xfc\3\3" + b"\t" * 200) + end
+    yield "one-byte-segments", bytes([OPEN]) + send(0, echo + data + release, 1) + end
+    yield "ten-byte-segments", bytes([OPEN]) + send(0, release + echo + data + data, 10) + end
+    yield "data-first", bytes([OPEN]) + send(0, data + release + echo) + send(1, data) + end
+    yield "many-small-pdus", bytes([OPEN]) + send(0, b"\7\0\0\0\0\0" * 500) + end
+    skewed = b"".join(bytes([7, 0, 0, 0x10, words << 4, 20]) + b"\4" * 20 for words in range(16))
+    yield "odd-headers", bytes([OPEN]) + skewed + end
+    yield "two-handshakes", bytes([OPEN]) + send(0, echo) + bytes([OPEN]) + send(0, data) + end
+
+
 def dictionary_seed():
     def some_lines(name):
         lines = (ROOT / "data" / name).read_text().splitlines()
@@ -227,6 +294,10 @@ def main():
     for name, harm in HARMS.items():
         write("capture", "harm-" + name, conversation_seed(harmed, 1, bytes(harm), 1500))
     write("capture", "harm-not-opened", conversation_seed(harmed, 0, bytes(HARMS["drop"]), 1500))
+    for target, seeds in (("message", hostile_message_seeds()), ("module", hostile_module_seeds()),
+                          ("upper_layer", hostile_pdu_seeds())):
+        for name, seed in seeds:
+            write(target, "hostile-" + name, seed)
     write("dictionary", "shipped", dictionary_seed())
     for name, seed in dataset_seeds():
         write("dataset", name, seed)
