@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "host/dialogue/dialogue_reader.h"
+#include "host/dialogue/negotiation.h"
+#include "host/dialogue/outcome.h"
 #include "tests/wire_builder.h"
 
 namespace host {
@@ -326,6 +328,111 @@ TEST(DialogueTest, EachIrregularityIsNamedOnceWithItsSide) {
     const auto connections = Read(wire.segments);
     EXPECT_EQ(Irregularities(*DialogueOf(connections.at(0))), one.expected);
   }
+}
+
+TEST(OutcomeTest, AStatusMeansWhatItsServiceSays) {
+  struct Case {
+    std::uint16_t status;
+    std::uint16_t command;
+    std::string_view sop_class;
+    std::string expected;
+  };
+  const Case cases[] = {
+      {0xA7FF, 0x8001, kCt, "A7FFh Refused: Out of resources"},
+      {0xA900, 0x8001, kCt, "A900h Error: Data Set does not match SOP Class"},
+      {0xB007, 0x8001, kCt, "B007h Warning: Data Set does not match SOP Class"},
+      {0xC310, 0x8020, kFind, "C310h Failed: Unable to process"},
+      {0xC310, 0x8130, "1.2.840.10008.5.1.4.34.6.3",
+       "C310h The UPS is not yet IN PROGRESS"},
+      {0xA801, 0x8021, kFind, "A801h Refused: Move Destination unknown"},
+      {0x0110, 0x8120, "1.2.840.10008.3.1.2.3.3",
+       "0110h Processing failure: Performed Procedure Step object may no "
+       "longer be updated"},
+      {0x0110, 0x8030, kEcho, "0110h Processing failure"},
+      {0xB604, 0x8120, "1.2.840.10008.5.1.1.4.1",
+       "B604h Warning: Image larger than image box, it has been demagnified"},
+      {0xC123, 0x8030, kEcho, "C123h a failure (not in the standard)"},
+      {0xB123, 0x8030, kEcho, "B123h a warning (not in the standard)"},
+  };
+  for (const Case& one : cases) {
+    EXPECT_EQ(StatusWithText(one.status, one.command, one.sop_class),
+              one.expected);
+  }
+}
+
+TEST(OutcomeTest, RowsSayWhatBecameOfThem) {
+  const auto connections = Read(WholeAssociation(1448).segments);
+  const Dialogue& dialogue = *DialogueOf(connections.at(0));
+  EXPECT_EQ(PduOutcome(dialogue, 1),
+            "2 of 3 contexts accepted, not Verification SOP Class (abstract "
+            "syntax not supported)");
+  EXPECT_EQ(MessageOutcome(dialogue, 0), "C-STORE CT Image Storage");
+  EXPECT_EQ(MessageOutcome(dialogue, 1), "0000h Success");
+  EXPECT_EQ(MessageOutcome(dialogue, 4),
+            "A700h Refused: Out of resources; \"No disk\"; offending element "
+            "(0010,0020) Patient ID");
+  EXPECT_EQ(MessageOutcome(dialogue, 6),
+            "C-STORE CT Image Storage; part of a C-GET");
+  EXPECT_EQ(MessageOutcome(dialogue, 8),
+            "B000h Warning: Sub-operations complete, one or more failures or "
+            "warnings; 0 done, 1 failed");
+  const AssociationSide& side = *dialogue.associations[0].request;
+  EXPECT_EQ(
+      ToolkitText(side.implementation_class_uid, side.implementation_version),
+      "DCMTK 3.6.7");
+
+  Wire refused;
+  refused.Handshake();
+  refused.Send(0, RequestOf(ProposedContext(1, kCt, {kImplicit})));
+  refused.Send(1, Pdu(3, {0, 1, 1, 7}));
+  refused.Send(0, RequestOf(ProposedContext(1, kCt, {kImplicit})));
+  refused.Send(1, AcceptOf(AnsweredContext(1, 0, kImplicit)));
+  refused.Send(0, PData(CommandPdv(1, Command(1, 7, true))));
+  refused.Send(1, dicom::testing::Abort(2, 2));
+  const auto others = Read(refused.segments);
+  const Dialogue& other = *DialogueOf(others.at(0));
+  ASSERT_EQ(other.associations.size(), 2u);
+  EXPECT_EQ(PduOutcome(other, 1),
+            "permanent, by the service user: called AE title not recognized");
+  EXPECT_EQ(PduOutcome(other, 5),
+            "by the service provider: unexpected PDU, after C-STORE-RQ, not "
+            "complete");
+  EXPECT_EQ(MessageOutcome(other, 0),
+            "C-STORE CT Image Storage; not complete; no answer");
+}
+
+TEST(NegotiationTest, WhatIsOddIsSaidWithWhatWouldHaveMatched) {
+  const auto associate = [](const Bytes& proposed, const Bytes& answered) {
+    Wire wire;
+    wire.Handshake();
+    wire.Send(0, RequestOf(proposed));
+    wire.Send(1, AcceptOf(answered));
+    wire.Close();
+    return Read(wire.segments);
+  };
+  const auto other = associate(ProposedContext(1, kCt, {kImplicit}),
+                               AnsweredContext(1, 0, kImplicit));
+  Acceptances all;
+  all.Add(6, *DialogueOf(other.at(0)));
+  const auto odd =
+      associate(ProposedContext(1, kCt, {kExplicit}),
+                AnsweredContext(1, 4, "") + AnsweredContext(9, 0, kImplicit));
+  std::string notes;
+  const Dialogue& dialogue = *DialogueOf(odd.at(0));
+  for (const std::string& note : NegotiationNotes(dialogue, 0, all)) {
+    notes += note + "\n";
+  }
+  EXPECT_EQ(notes,
+            "Context 1, CT Image Storage, was refused: transfer syntaxes not "
+            "supported. What would have matched: CALLED accepted it with "
+            "Implicit VR Little Endian (connection 7).\n"
+            "Implicit VR Little Endian was not offered for CT Image Storage, "
+            "which every side has to offer and to accept.\n"
+            "Context 9 was answered, but never proposed.\n");
+  const auto table = NegotiationTable(dialogue.associations[0]);
+  ASSERT_EQ(table.size(), 2u);
+  EXPECT_EQ(table[0][3], "transfer syntaxes not supported");
+  EXPECT_EQ(table[1][1], "not proposed");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "host/capture/wire_bytes.h"
 #include "host/dialogue/associate_pdu.h"
 #include "host/dialogue/association_check.h"
+#include "host/dialogue/context_answers.h"
 
 namespace host {
 namespace {
@@ -102,8 +103,10 @@ void DialogueReader::TakeRequest(const CutPdu& pdu) {
   association.request = std::move(read.side);
   association.contexts = std::move(read.contexts);
   NoteAll(std::move(read.problems));
-  CheckProposals();
-  if (association.accept) MergeAnswers(std::move(answers));
+  NoteAll(CheckProposals(association));
+  if (association.accept) {
+    NoteAll(MergeAnswers(std::move(answers), association));
+  }
 }
 
 bool DialogueReader::WaitsForRequest() const {
@@ -120,9 +123,10 @@ void DialogueReader::TakeAccept(const CutPdu& pdu) {
       ReadAssociatePdu(CopyBody(pdu, kMostAssociateBytes), false);
   read.side.place = Place();
   read.side.is_damaged |= pdu.lost != 0;
-  dialogue_.associations.back().accept = std::move(read.side);
+  Association& association = dialogue_.associations.back();
+  association.accept = std::move(read.side);
   NoteAll(std::move(read.problems));
-  MergeAnswers(std::move(read.contexts));
+  NoteAll(MergeAnswers(std::move(read.contexts), association));
 }
 
 void DialogueReader::TakeReject(const CutPdu& pdu) {
@@ -187,63 +191,6 @@ void DialogueReader::CheckTurn(const CutPdu& pdu) {
   turn.associates |= associates;
   turn.releases |= type == kReleaseRq;
   turn.is_over |= type == kAbort || type == kAssociateRj || type == kReleaseRp;
-}
-
-void DialogueReader::CheckProposals() {
-  std::array<bool, 256> seen{};
-  for (const PresentationContext& context :
-       dialogue_.associations.back().contexts) {
-    if (context.id % 2 == 0) {
-      Note(IrregularityKind::kEvenContextId, 0, context.id);
-    }
-    if (seen[context.id]) {
-      Note(IrregularityKind::kDuplicateContextId, 0, context.id);
-    }
-    seen[context.id] = true;
-  }
-}
-
-bool DialogueReader::IsRequestWhole() const {
-  const auto& request = dialogue_.associations.back().request;
-  return request && !request->is_damaged;
-}
-
-void DialogueReader::MergeAnswers(std::vector<PresentationContext> answers) {
-  for (PresentationContext& answer : answers) MergeAnswer(answer);
-  const Association& association = dialogue_.associations.back();
-  if (!IsRequestWhole() || association.accept->is_damaged) return;
-  for (const PresentationContext& context : association.contexts) {
-    if (context.result) continue;
-    Note(IrregularityKind::kMissingAnswer, 0, context.id);
-  }
-}
-
-void DialogueReader::MergeAnswer(PresentationContext& answer) {
-  Association& association = dialogue_.associations.back();
-  const auto context = std::ranges::find(association.contexts, answer.id,
-                                         &PresentationContext::id);
-  if (context == association.contexts.end()) {
-    if (IsRequestWhole()) {
-      Note(IrregularityKind::kUnproposedContextId, 0, answer.id);
-    }
-    association.contexts.push_back(std::move(answer));
-    return;
-  }
-  if (context->result) {
-    Note(IrregularityKind::kDuplicateAnswer, 0, answer.id);
-    return;
-  }
-  context->result = answer.result;
-  context->chosen_syntax = std::move(answer.chosen_syntax);
-  if (!IsRequestWhole() || !context->IsAccepted()) return;
-  if (std::ranges::count(context->transfer_syntaxes, context->chosen_syntax)) {
-    return;
-  }
-  std::vector<Irregularity> problems(1);
-  problems[0].kind = IrregularityKind::kUnofferedSyntax;
-  problems[0].found = answer.id;
-  problems[0].text = context->chosen_syntax;
-  NoteAll(std::move(problems));
 }
 
 void DialogueReader::SeeItem(const PdvItem& item,

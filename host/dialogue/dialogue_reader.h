@@ -48,11 +48,6 @@ class DialogueReader final : public PduObserver {
   // Looks at what its own direction has sent before: the other one's PDUs may
   // stand in another order in the capture than they were sent.
   void CheckTurn(const CutPdu& pdu);
-  void CheckProposals();
-  // Whether the request of the last association is there, undamaged.
-  bool IsRequestWhole() const;
-  void MergeAnswers(std::vector<PresentationContext> answers);
-  void MergeAnswer(PresentationContext& answer);
 
   // The association that is going on; begins one that the capture does not show
   // the beginning of if there is none.

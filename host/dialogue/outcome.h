@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/dialogue/dialogue.h"
 
@@ -49,6 +50,11 @@ std::string UidText(std::string_view uid);
 // toolkit is not known.
 std::string ToolkitText(std::string_view implementation_class_uid,
                         std::string_view implementation_version);
+
+// "offending element (0010,0020) Patient ID"; empty without any.
+std::string OffendingElementsText(const std::vector<Tag>& tags);
+// "12 done, 3 failed, 0 warnings": what is told of them.
+std::string SubOperationsText(const SubOperations& operations);
 
 // One line; empty when there is nothing to say. `index` of the dialogue.
 std::string PduOutcome(const Dialogue& dialogue, std::uint32_t index);
