@@ -99,9 +99,9 @@ TEST(OptionTableTest, EveryPlaceThatNamesTheOptionsAgrees) {
       << "run.sh has to know the options with a value:\n\n"
       << in_shell;
   EXPECT_NE(HelpText().find("\nWhat is shown\n"
-                            "  --tree            the decode tree of each row, "
-                            "each line with its bytes as\n"
-                            "                    [offset+length]\n"),
+                            "  --tree               the decode tree of each "
+                            "row, each line with its bytes as\n"
+                            "                       [offset+length]\n"),
             std::string::npos)
       << HelpText();
 }

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "host/capdump/console.h"
+#include "host/capdump/data_output.h"
 #include "host/capdump/dump.h"
 #include "host/capdump/help_text.h"
 #include "host/capdump/options.h"
@@ -30,6 +31,19 @@ std::vector<Connection> ReadConnections(CaptureLoader& loader) {
   return loader.connections().Take();
 }
 
+// What messages carry needs no module.
+void ShowData(const Options& options,
+              const std::vector<Connection>& connections) {
+  if (options.as_captured) {
+    throw UsageError(
+        "What messages carry is read from clean streams: leave "
+        "out --as-captured.");
+  }
+  const DataOutput data(options, WriteOutput);
+  if (DataOutput::IsWanted(options)) data.Show(connections);
+  if (!options.export_folder.empty()) data.Export(connections);
+}
+
 ExitCode DumpCapture(const Options& options) {
   CaptureLoader loader(
       PathFromUtf8(options.capture),
@@ -38,7 +52,11 @@ ExitCode DumpCapture(const Options& options) {
        .filter = options.filter,
        .observe = ReadDialogues()});
   const std::vector<Connection> connections = ReadConnections(loader);
-  Dump(options).Show(connections);
+  if (!options.export_folder.empty() || DataOutput::IsWanted(options)) {
+    ShowData(options, connections);
+  } else {
+    Dump(options).Show(connections);
+  }
   for (const std::string& note : loader.Notes()) Complain(note);
   return loader.Damage().empty() ? kSuccess : kUnreadable;
 }

@@ -7,6 +7,8 @@ namespace host {
 namespace {
 
 constexpr std::string_view kShown = "What is shown";
+constexpr std::string_view kCarried =
+    "What messages carry, in place of the lists";
 constexpr std::string_view kRead = "What is read";
 constexpr std::string_view kWritten = "What is written besides";
 constexpr std::string_view kAbout = "About capdump";
@@ -33,6 +35,18 @@ constexpr OptionRow kRows[] = {
      "one JSON object a line, for jq: \"kind\" is \"connection\", \"pdu\" or "
      "\"message\"",
      &Options::json},
+    {kCarried, "--dump", "", "", "",
+     "every element of command set and data set, with path and position",
+     &Options::dump},
+    {kCarried, "--dicom-json", "", "", "",
+     "the same as DICOM JSON, one object a message", &Options::dicom_json},
+    {kCarried, "--inline", "", "N", "a number of bytes",
+     "write values of up to N bytes into DICOM JSON, not only their place",
+     &Options::most_inline},
+    {kCarried, "--element", "", "TAG", "a tag as 0010,0020",
+     "one line a message with this element's values; in a sequence "
+     "0040,0275.0040,0007; may be given several times",
+     &Options::elements},
     {kRead, "--filter", "", "FILTER",
      "a packet filter, for example \"port 104\",",
      "only the packets that match, in tcpdump's language", &Options::filter},
@@ -47,6 +61,12 @@ constexpr OptionRow kRows[] = {
     {kWritten, "--save", "", "FILE", "the file to write",
      "the decode lines of the rows, as the module saves them",
      &Options::save_file},
+    {kWritten, "--export", "", "DIR", "the folder to write to",
+     "the data set of each C-STORE as a DICOM file, and a manifest",
+     &Options::export_folder},
+    {kWritten, "--export-identifiers", "", "", "",
+     "with --export, the data sets of all other messages as well",
+     &Options::export_identifiers},
     {kAbout, "--version", "", "", "",
      "the versions of program, module and dictionaries", &Options::version},
     {kAbout, "--help", "-h", "", "", "the list of options", &Options::help},

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "host/capdump/options.h"
 
@@ -21,6 +22,8 @@ struct OptionRow {
   using Switch = bool Options::*;
   using Text = std::string Options::*;
   using Number = std::optional<std::uint32_t> Options::*;
+  using Amount = std::optional<std::uint64_t> Options::*;  // from 0 on
+  using Texts = std::vector<std::string> Options::*;       // one more each time
 
   std::string_view group;   // a heading; rows of a group stand together
   std::string_view name;    // "--row"
@@ -29,7 +32,7 @@ struct OptionRow {
   // What the value is, in "The option --row wants a number behind it."
   std::string_view wanted;
   std::string_view help;  // what it does, without a capital and a full stop
-  std::variant<Switch, Text, Number> target;
+  std::variant<Switch, Text, Number, Amount, Texts> target;
 
   constexpr bool TakesValue() const { return !value.empty(); }
 };

@@ -1,7 +1,9 @@
 #include "host/capdump/options.h"
 
 #include <algorithm>
+#include <charconv>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "host/capdump/option_table.h"
@@ -28,6 +30,15 @@ std::uint32_t ParseIndex(std::string_view option, std::string_view text) {
                      Quoted(text) + ".");
   }
   return *index;
+}
+
+std::uint64_t ParseAmount(std::string_view option, std::string_view text) {
+  std::uint64_t amount = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, amount);
+  if (error == std::errc() && stop == end) return amount;
+  throw UsageError(OptionText(option) + " wants a number, not " + Quoted(text) +
+                   ".");
 }
 
 // The arguments one after the other; "--option=value" is two of them.
@@ -102,6 +113,12 @@ struct OptionTaker {
   }
   void operator()(OptionRow::Text target) const {
     options.*target = arguments.TakeValue(option);
+  }
+  void operator()(OptionRow::Texts target) const {
+    (options.*target).push_back(arguments.TakeValue(option));
+  }
+  void operator()(OptionRow::Amount target) const {
+    options.*target = ParseAmount(option.name, arguments.TakeValue(option));
   }
   void operator()(OptionRow::Number target) const {
     options.*target = ParseIndex(option.name, arguments.TakeValue(option));

@@ -32,11 +32,19 @@ struct Options {
   bool all_connections = false;
   bool json = false;
 
+  // What messages carry, in place of the lists.
+  bool dump = false;
+  bool dicom_json = false;
+  std::optional<std::uint64_t> most_inline;  // bytes of a value in JSON
+  std::vector<std::string> elements;         // paths of tags
+
   // What is read, and what is written besides.
   std::string filter;  // in tcpdump's language
   bool as_captured = false;
-  std::string module;     // DicomDecode.dll
-  std::string save_file;  // what the module's lines are written to
+  std::string module;         // DicomDecode.dll
+  std::string save_file;      // what the module's lines are written to
+  std::string export_folder;  // for data sets as files
+  bool export_identifiers = false;
 
   // Instead of a capture.
   bool version = false;

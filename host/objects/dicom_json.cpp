@@ -1,0 +1,232 @@
+#include "host/objects/dicom_json.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "host/dataset/byte_window.h"
+#include "host/dataset/value_list.h"
+#include "host/objects/message_data.h"
+#include "host/text/json_object.h"
+#include "host/text/text_encoding.h"
+
+namespace host {
+namespace {
+
+using Kind = DataSetEvent::Kind;
+
+std::string TagDigits(Tag tag) {
+  std::string digits = TagText(tag);
+  std::erase(digits, ',');
+  return digits;
+}
+
+std::string Base64(std::vector<std::uint8_t> bytes) {
+  constexpr char kDigits[] =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  const std::size_t size = bytes.size();
+  bytes.resize((size + 2) / 3 * 3);
+  std::string text;
+  for (std::size_t at = 0; at < size; at += 3) {
+    const unsigned three = static_cast<unsigned>(bytes[at]) << 16 |
+                           static_cast<unsigned>(bytes[at + 1]) << 8 |
+                           bytes[at + 2];
+    for (int shift = 18; shift >= 0; shift -= 6) {
+      text += kDigits[three >> shift & 63];
+    }
+  }
+  const std::size_t padding = (3 - size % 3) % 3;
+  std::fill_n(text.rbegin(), padding, '=');
+  return text;
+}
+
+// Little endian, as the model wants bytes.
+std::vector<std::uint8_t> LittleEndian(std::span<const std::uint8_t> bytes,
+                                       const DataSetEvent& event) {
+  std::vector<std::uint8_t> copy(bytes.begin(), bytes.end());
+  const std::size_t width = TraitsOf(event.vr).width;
+  if (event.order == ByteOrder::kBig) {
+    for (std::size_t at = 0; at + width <= copy.size(); at += width) {
+      std::reverse(copy.data() + at, copy.data() + at + width);
+    }
+  }
+  return copy;
+}
+
+bool IsDigit(char character) { return character >= '0' && character <= '9'; }
+
+// Whether JSON takes the text as a number as it is.
+bool IsJsonNumber(std::string_view text) {
+  const auto digits = [&text] {
+    std::size_t count = 0;
+    while (count < text.size() && IsDigit(text[count])) ++count;
+    text.remove_prefix(count);
+    return count;
+  };
+  if (text.starts_with('-')) text.remove_prefix(1);
+  const bool leads_with_zero = text.starts_with('0');
+  const std::size_t whole = digits();
+  if (whole == 0 || (leads_with_zero && whole > 1)) return false;
+  if (text.starts_with('.')) {
+    text.remove_prefix(1);
+    if (digits() == 0) return false;
+  }
+  if (text.starts_with('e') || text.starts_with('E')) {
+    text.remove_prefix(1);
+    if (text.starts_with('+') || text.starts_with('-')) text.remove_prefix(1);
+    if (digits() == 0) return false;
+  }
+  return text.empty();
+}
+
+std::string NumberJson(const std::string& text) {
+  if (text == "nan" || text == "-nan") return "\"NaN\"";
+  if (text == "inf") return "\"Infinity\"";
+  if (text == "-inf") return "\"-Infinity\"";
+  return IsJsonNumber(text) ? text : JsonString(text);
+}
+
+std::string PersonNameJson(std::string_view name) {
+  constexpr std::array kGroups{"Alphabetic", "Ideographic", "Phonetic"};
+  JsonObject object;
+  for (const char* group : kGroups) {
+    const std::size_t end = std::min(name.find('='), name.size());
+    if (end > 0) object.Text(group, name.substr(0, end));
+    name.remove_prefix(std::min(end + 1, name.size()));
+  }
+  return std::move(object).Close();
+}
+
+std::string ValueJson(const std::string& text, Vr vr) {
+  if (text.empty()) return "null";
+  switch (TraitsOf(vr).kind) {
+    case VrKind::kUnsigned:
+    case VrKind::kSigned:
+    case VrKind::kFloat:
+      return NumberJson(text);
+    case VrKind::kPersonName:
+      return PersonNameJson(text);
+    case VrKind::kTags: {
+      std::string digits = text;
+      std::erase(digits, ',');
+      return JsonString(digits);
+    }
+    default:
+      return vr == Vr::kDS || vr == Vr::kIS ? NumberJson(text)
+                                            : JsonString(text);
+  }
+}
+
+std::string ValuesJson(const ValueList& list, Vr vr) {
+  std::string json = ",\"Value\":[";
+  for (std::size_t i = 0; i < list.values.size(); ++i) {
+    if (i > 0) json += ',';
+    json += ValueJson(list.values[i], vr);
+  }
+  return json + "]";
+}
+
+}  // namespace
+
+void DicomJson::Write(const Dialogue& dialogue,
+                      const DialogueMessage& message) {
+  problems_.clear();
+  const std::vector<std::uint8_t> command = CommandBytes(dialogue, message);
+  MemorySource source(command);
+  DataSetReader commands(source, kImplicitLittle);
+  sink_("\"command\":{");
+  WriteElements(commands);
+  sink_("}");
+  if (message.data_bytes > 0) {
+    MessageData data(dialogue, message);
+    sink_(",\"transfer_syntax\":" + JsonString(data.TransferSyntax()) +
+          ",\"transfer_syntax_origin\":" + JsonString(data.OriginText()) +
+          ",\"data_set\":{");
+    DataSetReader elements(data.Readable(), data.Chosen().encoding);
+    WriteElements(elements);
+    sink_("}");
+  }
+  if (!problems_.empty()) sink_(",\"problems\":[" + problems_ + "]");
+}
+
+void DicomJson::WriteElements(DataSetReader& reader) {
+  needs_comma_ = false;
+  for (;;) {
+    const DataSetEvent& event = reader.Next();
+    NoteProblem(reader);
+    switch (event.kind) {
+      case Kind::kEnd:
+        return;
+      case Kind::kElement:
+        if (!event.tag.IsGroupLength()) WriteElement(reader);
+        break;
+      case Kind::kSequenceBegin:
+        BeginMember(event);
+        sink_(",\"Value\":[");
+        needs_comma_ = false;
+        break;
+      case Kind::kItemBegin:
+        sink_(needs_comma_ ? ",{" : "{");
+        needs_comma_ = false;
+        break;
+      case Kind::kItemEnd:
+        sink_("}");
+        needs_comma_ = true;
+        break;
+      case Kind::kSequenceEnd:
+        sink_("]}");
+        needs_comma_ = true;
+        break;
+      case Kind::kFragmentsBegin:
+        BeginMember(event);
+        fragments_ = event.value_at;
+        break;
+      case Kind::kFragmentsEnd:
+        WritePlace(fragments_, event.header_at - fragments_);
+        break;
+      default:
+        break;
+    }
+  }
+}
+
+void DicomJson::BeginMember(const DataSetEvent& event) {
+  sink_(std::string(needs_comma_ ? "," : "") + "\"" + TagDigits(event.tag) +
+        "\":{\"vr\":" + JsonString(VrText(event.vr)));
+}
+
+void DicomJson::WritePlace(std::uint64_t offset, std::uint64_t length) {
+  sink_(",\"BulkDataURI\":\"data_set?offset=" + std::to_string(offset) +
+        "&length=" + std::to_string(length) + "\"}");
+  needs_comma_ = true;
+}
+
+void DicomJson::WriteElement(DataSetReader& reader) {
+  const DataSetEvent& event = reader.event();
+  BeginMember(event);
+  const bool is_bytes = TraitsOf(event.vr).kind == VrKind::kBytes;
+  const std::uint64_t most = is_bytes ? most_inline_ : ByteWindow::kBytes;
+  if (event.available > std::min<std::uint64_t>(most, ByteWindow::kBytes)) {
+    return WritePlace(event.value_at, event.available);
+  }
+  if (event.available > 0) {
+    const auto bytes = reader.Value(ByteWindow::kBytes);
+    sink_(is_bytes ? ",\"InlineBinary\":\"" +
+                         Base64(LittleEndian(bytes, event)) + "\""
+                   : ValuesJson(ReadValues(event, bytes, *reader.characters()),
+                                event.vr));
+  }
+  sink_("}");
+  needs_comma_ = true;
+}
+
+void DicomJson::NoteProblem(const DataSetReader& reader) {
+  const std::string problem = reader.ProblemSentence();
+  if (problem.empty()) return;
+  if (!problems_.empty()) problems_ += ',';
+  problems_ += JsonString(problem);
+}
+
+}  // namespace host

@@ -1,0 +1,49 @@
+#ifndef HOST_OBJECTS_DICOM_JSON_H_
+#define HOST_OBJECTS_DICOM_JSON_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <utility>
+
+#include "host/dataset/data_set_reader.h"
+#include "host/dialogue/dialogue.h"
+#include "host/objects/data_set_dump.h"
+
+namespace host {
+
+// A message's command set and data set in the DICOM JSON model, DICOM PS3.18
+// annex F, as members of one object. Values of bytes up to `most_inline` stand
+// in it; of longer ones, and of texts that are too long for a line, it names
+// their place: "BulkDataURI": "data_set?offset=1024&length=524288", counted in
+// the data set as it is read. Group lengths are left out. Handed over piece by
+// piece, in constant memory.
+class DicomJson {
+ public:
+  DicomJson(LineSink sink, std::uint64_t most_inline)
+      : sink_(std::move(sink)), most_inline_(most_inline) {}
+
+  // "transfer_syntax":...,"command":{...},"data_set":{...},"problems":[...]
+  // without braces around; the parts that are not there are left out. Throws
+  // Failure when the message's bytes cannot be read back.
+  void Write(const Dialogue& dialogue, const DialogueMessage& message);
+
+ private:
+  void WriteElements(DataSetReader& reader);
+  // The event's name and what stands before its value; `,` where it is due.
+  void BeginMember(const DataSetEvent& event);
+  void WriteElement(DataSetReader& reader);
+  void WritePlace(std::uint64_t offset, std::uint64_t length);
+  void NoteProblem(const DataSetReader& reader);
+
+  const LineSink sink_;
+  const std::uint64_t most_inline_;
+  std::string problems_;         // the sentences, as members of an array
+  bool needs_comma_ = false;     // before the next member or item
+  std::uint64_t fragments_ = 0;  // where those being passed begin
+};
+
+}  // namespace host
+
+#endif  // HOST_OBJECTS_DICOM_JSON_H_
