@@ -4,9 +4,12 @@
 #include <utility>
 #include <vector>
 
+#include "host/capdump/contexts_report.h"
+#include "host/capdump/report.h"
 #include "host/dialogue/dialogue_reader.h"
 #include "host/dialogue/negotiation.h"
 #include "host/dialogue/outcome.h"
+#include "host/rows/reported_row.h"
 #include "tests/wire_builder.h"
 
 namespace host {
@@ -433,6 +436,40 @@ TEST(NegotiationTest, WhatIsOddIsSaidWithWhatWouldHaveMatched) {
   ASSERT_EQ(table.size(), 2u);
   EXPECT_EQ(table[0][3], "transfer syntaxes not supported");
   EXPECT_EQ(table[1][1], "not proposed");
+}
+
+TEST(ContextsReportTest, ATableAndAnAnswersFieldsAreWritten) {
+  const auto connections = Read(WholeAssociation(1448).segments);
+  std::string text;
+  const Sink sink = [&text](std::string_view more) { text += more; };
+  WriteContexts(connections, {}, sink);
+  EXPECT_EQ(text, R"(
+Connection 1  192.0.2.1:41000 --> 192.0.2.2:104
+  Association 1  CALLING --> CALLED: 2 of 3 contexts accepted, not Verification SOP Class (abstract syntax not supported)
+    requestor  DCMTK 3.6.7, takes PDUs of 16,384 bytes, window 3/1, user identity type 2
+    acceptor   DCMTK 3.6.7, takes PDUs of 16,384 bytes
+    id  abstract syntax                                     result                         chosen                     roles                           messages  proposed
+    1   CT Image Storage                                    accepted                       Explicit VR Little Endian  asked SCU+SCP, granted SCU+SCP  4         Implicit VR Little Endian, Explicit VR Little Endian
+    3   Study Root Query/Retrieve Information Model - FIND  accepted                       Implicit VR Little Endian                                  5         Implicit VR Little Endian
+    5   Verification SOP Class                              abstract syntax not supported                                                             0         Implicit VR Little Endian
+    note: Context 5, Verification SOP Class, was refused: abstract syntax not supported.
+)");
+  text.clear();
+  ReportedConnection reported;
+  reported.connection = &connections[0];
+  std::vector<ReportedRow> rows(1);
+  rows[0].wire = &connections[0].messages[4];
+  AddOutcomes(connections[0], ListKind::kMessages, rows);
+  const auto report = MakeJsonReport(sink);
+  report->BeginConnection(reported);
+  report->BeginList(ListKind::kMessages, rows);
+  report->Row(rows[0], {});
+  const std::string fields =
+      R"("command":"C-FIND-RSP","context":3,"message_id":8,)"
+      R"("sop_class":"1.2.840.10008.5.1.4.1.2.2.1","status":"A700h",)"
+      R"("status_text":"Refused: Out of resources","error_comment":"No disk",)"
+      R"("offending_elements":["(0010,0020) Patient ID"]})";
+  EXPECT_NE(text.find(fields), text.npos) << text;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "host/capdump/console.h"
+#include "host/capdump/contexts_report.h"
 #include "host/capdump/data_output.h"
 #include "host/capdump/dump.h"
 #include "host/capdump/help_text.h"
@@ -44,6 +45,17 @@ void ShowData(const Options& options,
   if (!options.export_folder.empty()) data.Export(connections);
 }
 
+void ShowContexts(const Options& options,
+                  const std::vector<Connection>& connections) {
+  if (options.as_captured) {
+    throw UsageError(
+        "What was negotiated is read from clean streams: leave out "
+        "--as-captured.");
+  }
+  const auto write = options.json ? WriteContextsJson : WriteContexts;
+  write(connections, options.connection, WriteOutput);
+}
+
 ExitCode DumpCapture(const Options& options) {
   CaptureLoader loader(
       PathFromUtf8(options.capture),
@@ -54,6 +66,8 @@ ExitCode DumpCapture(const Options& options) {
   const std::vector<Connection> connections = ReadConnections(loader);
   if (!options.export_folder.empty() || DataOutput::IsWanted(options)) {
     ShowData(options, connections);
+  } else if (options.contexts) {
+    ShowContexts(options, connections);
   } else {
     Dump(options).Show(connections);
   }

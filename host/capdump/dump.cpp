@@ -90,10 +90,11 @@ void Dump::ShowConnection(std::size_t index, const Connection& connection) {
   report_->BeginConnection(reported);
   for (const ListKind list : options_.Lists()) {
     const bool is_pdus = list == ListKind::kPdus;
-    ShowList(
-        session, list,
+    auto rows =
         ReportRows(std::move(is_pdus ? pdus : messages), session.Trace(list),
-                   is_pdus ? connection.pdus : connection.messages));
+                   is_pdus ? connection.pdus : connection.messages);
+    AddOutcomes(connection, list, rows);
+    ShowList(session, list, std::move(rows));
   }
 }
 

@@ -25,6 +25,10 @@ constexpr OptionRow kRows[] = {
     {kShown, "--pdus", "", "", "", "only the PDUs", &Options::only_pdus},
     {kShown, "--messages", "", "", "", "only the DIMSE messages",
      &Options::only_messages},
+    {kShown, "--contexts", "", "", "",
+     "the negotiation of each association, what is odd about it and what would "
+     "have matched, and no lists",
+     &Options::contexts},
     {kShown, "--row", "", "N", "a number", "only row N of each list",
      &Options::row},
     {kShown, "--connection", "", "N", "a number",

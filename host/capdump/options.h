@@ -30,6 +30,7 @@ struct Options {
   std::optional<std::uint32_t> row;         // from 0
   std::optional<std::uint32_t> connection;  // from 0
   bool all_connections = false;
+  bool contexts = false;  // instead of the lists
   bool json = false;
 
   // What messages carry, in place of the lists.

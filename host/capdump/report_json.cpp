@@ -1,7 +1,10 @@
 #include <utility>
 
 #include "host/capdump/report.h"
+#include "host/dataset/registry.h"
+#include "host/dialogue/outcome.h"
 #include "host/text/json_object.h"
+#include "host/text/number_text.h"
 #include "host/text/text_encoding.h"
 #include "host/text/time_text.h"
 
@@ -78,6 +81,8 @@ class JsonReport final : public Report {
     object.Text("kind", Kind(row));
     AddListed(row, object);
     if (row.wire != nullptr) AddWire(row, object);
+    if (!row.outcome.empty()) object.Text("outcome", row.outcome);
+    if (row.message) AddMessage(*row.message, object);
     if (decode.tree) object.Value("tree", TreeJson(*decode.tree));
     if (decode.hex) object.Text("hex", Utf8FromCodePage1252(*decode.hex));
     if (decode.stopped) {
@@ -119,6 +124,58 @@ class JsonReport final : public Report {
       object.Value("since_previous", Seconds(*row.since_previous, 9));
     }
     if (!row.wire->note.empty()) object.Text("note", row.wire->note);
+  }
+
+  // What the host itself has read of a message.
+  void AddMessage(std::uint32_t index, JsonObject& object) const {
+    const Dialogue* const dialogue = DialogueOf(*reported_->connection);
+    if (dialogue == nullptr) return;
+    const DialogueMessage& message = dialogue->messages[index];
+    if (!message.has_command_field) return;
+    object.Text("command", CommandFieldText(message.command_field));
+    object.Number("context", message.context);
+    if (message.message_id) object.Number("message_id", *message.message_id);
+    object.Text("sop_class", Utf8FromCodePage1252(message.sop_class));
+    if (message.IsAnswer()) AddAnswer(*dialogue, message, object);
+  }
+
+  static void AddAnswer(const Dialogue& dialogue,
+                        const DialogueMessage& message, JsonObject& object) {
+    const CommandSet set = dialogue.ReadCommand(message);
+    if (message.status) {
+      object.Text("status", HexText(*message.status));
+      object.Text("status_text",
+                  ExplainStatus(*message.status, message.command_field,
+                                message.sop_class)
+                      .text);
+    }
+    if (!set.error_comment.empty()) {
+      object.Text("error_comment", Utf8FromCodePage1252(set.error_comment));
+    }
+    std::vector<std::string> elements;
+    for (const Tag tag : set.offending_elements) {
+      const auto entry = FindElement(tag);
+      elements.push_back("(" + TagText(tag) + ")" +
+                         (entry ? " " + std::string(entry->name) : ""));
+    }
+    if (!elements.empty()) object.Texts("offending_elements", elements);
+    AddSubOperations(set.sub_operations, object);
+  }
+
+  static void AddSubOperations(const SubOperations& operations,
+                               JsonObject& object) {
+    JsonObject counts;
+    bool is_any = false;
+    const auto add = [&](const char* name, std::optional<std::uint16_t> count) {
+      if (!count) return;
+      counts.Number(name, *count);
+      is_any = true;
+    };
+    add("remaining", operations.remaining);
+    add("completed", operations.completed);
+    add("failed", operations.failed);
+    add("warning", operations.warning);
+    if (is_any) object.Value("sub_operations", std::move(counts).Close());
   }
 
   Sink sink_;

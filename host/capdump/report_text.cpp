@@ -71,6 +71,7 @@ constexpr Column kColumns[] = {
      [](const ReportedRow& row) {
        return row.wire ? FrameText(*row.wire) : std::string();
      }},
+    {"outcome", false, [](const ReportedRow& row) { return row.outcome; }},
 };
 using Widths = std::array<std::size_t, std::size(kColumns)>;
 

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <utility>
 
+#include "host/rows/row_outcome.h"
+
 namespace host {
 namespace {
 
@@ -18,7 +20,7 @@ class RowReporter {
       ListedRow row;
       row.direction = record.direction;
       row.length = static_cast<std::uint32_t>(record.length);
-      Add({{}, std::move(row), &record, {}});
+      Add({{}, std::move(row), &record, {}, {}, {}});
     }
   }
 
@@ -26,7 +28,12 @@ class RowReporter {
               std::optional<std::size_t> record) {
     AddUnlisted();
     if (record) PassOver(*record);
-    Add({index, std::move(row), record ? &records_[*record] : nullptr, {}});
+    Add({index,
+         std::move(row),
+         record ? &records_[*record] : nullptr,
+         {},
+         {},
+         {}});
   }
 
   std::vector<ReportedRow> Take() && { return std::move(reported_); }
@@ -67,6 +74,16 @@ std::vector<ReportedRow> ReportRows(std::vector<ListedRow> rows,
   }
   reporter.AddUnlisted();
   return std::move(reporter).Take();
+}
+
+void AddOutcomes(const Connection& connection, ListKind list,
+                 std::vector<ReportedRow>& rows) {
+  const RowOutcomes outcomes(connection, list);
+  for (ReportedRow& row : rows) {
+    if (row.wire == nullptr) continue;
+    row.outcome = outcomes.Text(*row.wire);
+    row.message = outcomes.MessageOf(*row.wire);
+  }
 }
 
 }  // namespace host

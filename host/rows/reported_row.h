@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "host/rows/decoded_row.h"
@@ -19,6 +20,10 @@ struct ReportedRow {
   ListedRow listed;  // of something without a row: its direction and length
   const WireRecord* wire = nullptr;           // null: not known
   std::optional<Nanoseconds> since_previous;  // since the one before in time
+  // What became of it, in one line, and its message in the connection's
+  // dialogue; see AddOutcomes().
+  std::string outcome = {};
+  std::optional<std::uint32_t> message = {};
 };
 
 // Puts the rows of a list, which `trace` has traced, and the records that are
@@ -27,6 +32,11 @@ struct ReportedRow {
 std::vector<ReportedRow> ReportRows(std::vector<ListedRow> rows,
                                     const RowTrace& trace,
                                     const std::vector<WireRecord>& records);
+
+// Says of the rows of one list what became of them. Throws Failure when what
+// they were made of cannot be read back.
+void AddOutcomes(const Connection& connection, ListKind list,
+                 std::vector<ReportedRow>& rows);
 
 }  // namespace host
 
