@@ -24,11 +24,10 @@ using testing::TestHost;
 
 constexpr std::size_t kMostPackets = 2000;  // of a window
 
-// One analyzer window and the numbers that its connection has come to.
+// One analyzer window and what its connection has come to.
 struct Window {
   TestHost host;
-  std::array<std::uint32_t, 2> next{0xFFFFFF00,
-                                    5000};  // sequence numbers; one side's wrap
+  testing::Conversation talk{0xFFFFFF00, 5000};  // one side's numbers wrap
 };
 
 class Session {
@@ -79,21 +78,17 @@ class Session {
   }
 
   void Send(std::uint32_t direction, std::uint8_t tcp_flags,
-            const Bytes& payload) {
-    auto& next = window_->next;
-    Add(direction,
-        TcpSegmentBytes({next[direction], next[1 - direction], tcp_flags},
-                        payload));
-    next[direction] += payload.Length();
+            const Bytes& payload = {}) {
+    auto& talk = window_->talk.Add(direction, tcp_flags, payload).Packets();
+    Add(direction, talk.back().tcp_bytes);
+    talk.clear();
   }
 
   void Open() {
     const std::uint32_t opener = flags_ & 1;
-    Send(opener, testing::kSyn, {});
-    ++window_->next[opener];
-    Send(1 - opener, testing::kSyn | testing::kAck, {});
-    ++window_->next[1 - opener];
-    Send(opener, testing::kAck, {});
+    Send(opener, testing::kSyn);
+    Send(1 - opener, testing::kSyn | testing::kAck);
+    Send(opener, testing::kAck);
   }
 
   void SendInSegments(std::uint32_t direction, const Bytes& bytes) {
@@ -101,7 +96,7 @@ class Session {
     for (std::size_t at = 0; at < bytes.size(); at += segment) {
       Send(direction, testing::kAck, bytes.Part(at, segment));
     }
-    if (flags_ & 4) Send(1 - direction, testing::kAck, {});
+    if (flags_ & 4) Send(1 - direction, testing::kAck);
   }
 
   void SendBytes() { SendInSegments(flags_ & 1, input_.Take(input_.Word())); }
@@ -132,11 +127,11 @@ class Session {
     const auto acknowledgement = static_cast<std::int8_t>(input_.Byte());
     const std::uint8_t tcp_flags = input_.Byte();
     const std::uint8_t words = input_.Byte();
-    const TcpFields fields{
-        window_->next[direction] + static_cast<std::uint32_t>(sequence),
-        window_->next[1 - direction] +
-            static_cast<std::uint32_t>(acknowledgement),
-        tcp_flags, 5};
+    const TcpFields fields{window_->talk.Sequence(direction) +
+                               static_cast<std::uint32_t>(sequence),
+                           window_->talk.Sequence(1 - direction) +
+                               static_cast<std::uint32_t>(acknowledgement),
+                           tcp_flags, 5};
     Bytes bytes =
         TcpSegmentBytes(fields, input_.Take(words >> 4 ? input_.Byte() : 0));
     bytes[12] = static_cast<std::uint8_t>(words << 4);
@@ -147,8 +142,7 @@ class Session {
     constexpr std::uint8_t kFlags[] = {
         testing::kAck, testing::kAck | testing::kFin,
         testing::kAck | testing::kRst, testing::kFin};
-    Send(flags_ & 1, kFlags[flags_ >> 1], {});
-    window_->next[flags_ & 1] += (flags_ >> 1) == 1;
+    Send(flags_ & 1, kFlags[flags_ >> 1]);
   }
 
   // Reordered, doubled, lost and late packets, and a capture that shrinks.

@@ -31,7 +31,7 @@ void Run(const std::vector<std::uint8_t>& input) {
 // The inputs around one: cut at so many places, and changed there, by one byte
 // and by four.
 void RunAround(const std::vector<std::uint8_t>& input, std::size_t places) {
-  constexpr std::uint8_t kBytes[] = {0x00, 0x01, 0x7F, 0x80, 0xFC, 0xFF};
+  constexpr std::uint8_t kBytes[] = {0x00, 0x7F, 0xFF};
   if (places == 0) return;
   for (std::size_t at = 0; at < input.size(); at += 1 + input.size() / places) {
     const auto place = static_cast<std::ptrdiff_t>(at);

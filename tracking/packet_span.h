@@ -45,7 +45,10 @@ class SpanGatherer {
   // Appends the bytes of `spans` that were not yet read to `bytes`, until
   // `limit` bytes were read in all. A span that reaches past its packet's end
   // gives what the packet holds there, then zero bytes, never more than a
-  // packet record has room for. Neighbouring spans of one packet fetch it once.
+  // packet record has room for.
+  // Deliberate: bytes that were read are not asked for again, and neighbouring
+  // spans of one packet fetch it once: a host that refuses a packet later makes
+  // no failure of what was read of it.
   // Throws UnableToGetPacketFromTapvane.
   void GatherUpTo(std::uint32_t limit, const SpanList& spans,
                   PacketSource& source, std::vector<std::uint8_t>& bytes);

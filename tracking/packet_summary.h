@@ -24,8 +24,8 @@ std::string SecondText(const DimseMessageRecord& message);
 // Derives a message's texts from its command set. A message can be listed many
 // times while it grows, so the walk over the command set goes on from the last
 // whole element instead of starting again: the bytes before it cannot change.
-// Packets read once are not asked for again, also when the host would by now
-// refuse them.
+// Deliberate: packets read once are not asked for again, also when the host
+// would by now refuse them.
 class MessageSummary {
  public:
   // Walks what the first `command_length` bytes of the message's spans hold now
