@@ -16,6 +16,7 @@ class ByteWindow {
  public:
   static constexpr std::size_t kBytes = std::size_t{1} << 14;
 
+  // `source` has to outlive it.
   explicit ByteWindow(ByteSource& source) : source_(source), bytes_(kBytes) {}
 
   // The bytes at `offset`, at most kBytes, fewer at the end of the source only.
@@ -34,9 +35,9 @@ class ByteWindow {
 
  private:
   ByteSource& source_;
-  std::vector<std::uint8_t> bytes_;
-  std::uint64_t begin_ = 0;
-  std::uint64_t filled_ = 0;
+  std::vector<std::uint8_t> bytes_;  // kBytes
+  std::uint64_t begin_ = 0;          // of the window in the source
+  std::uint64_t filled_ = 0;         // bytes of it that hold something
 };
 
 }  // namespace host

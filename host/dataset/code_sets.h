@@ -31,8 +31,11 @@ const CodeSet* FindCodeSet(int number);
 const CodeSet* FindEscape(std::string_view bytes);
 
 // kNoCharacter when the bytes have none. `byte` is 21h to 7Eh or A0h to FFh.
+// Of one byte in a set of 94 or 96 characters.
 char32_t SingleCharacter(const CodeSet& set, unsigned byte);
+// Of two bytes in a set of ISO 2022, with or without their high bits.
 char32_t PairCharacter(const CodeSet& set, unsigned lead, unsigned trail);
+// Of two bytes that belong together in encodings that are no ISO 2022.
 char32_t ShiftJisCharacter(unsigned lead, unsigned trail);
 char32_t GbPairCharacter(unsigned lead, unsigned trail);
 // `bytes` are four.

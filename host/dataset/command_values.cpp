@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
+
+#include "host/text/number_text.h"
 
 namespace host {
 namespace {
@@ -9,6 +12,7 @@ namespace {
 constexpr Tag kCommandField{0x0000, 0x0100};
 constexpr Tag kPriority{0x0000, 0x0700};
 constexpr Tag kDataSetType{0x0000, 0x0800};
+constexpr Tag kStatus{0x0000, 0x0900};
 
 struct NamedValue {
   Tag tag;
@@ -48,12 +52,13 @@ constexpr NamedValue kValues[] = {
 
 }  // namespace
 
-std::string_view CommandValueText(Tag tag, std::uint64_t value) {
+std::string CommandValueText(Tag tag, std::uint64_t value) {
   const auto* const found =
       std::ranges::find_if(kValues, [&](const NamedValue& row) {
         return row.tag == tag && row.value == value;
       });
-  if (found != std::end(kValues)) return found->text;
+  if (found != std::end(kValues)) return std::string(found->text);
+  if (tag == kStatus) return HexText(static_cast<std::uint16_t>(value));
   return tag == kDataSetType ? "a data set follows" : "";
 }
 

@@ -2,16 +2,16 @@
 #define HOST_DATASET_COMMAND_VALUES_H_
 
 #include <cstdint>
-#include <string_view>
+#include <string>
 
 #include "host/dataset/tag.h"
 
 namespace host {
 
 // What a number in a command set stands for: "C-STORE-RQ" of a Command Field,
-// "medium" of a Priority, "no data set" of a Command Data Set Type. Empty for
-// others. DICOM PS3.7 annex E.
-std::string_view CommandValueText(Tag tag, std::uint64_t value);
+// "medium" of a Priority, "no data set" of a Command Data Set Type, "A700h" of
+// a Status. Empty for others. DICOM PS3.7 annex E.
+std::string CommandValueText(Tag tag, std::uint64_t value);
 
 }  // namespace host
 

@@ -114,6 +114,8 @@ class DataSetReader {
   std::shared_ptr<const CharacterSet> characters() const;
 
  private:
+  // What is being read: the data set itself, an item, a sequence, or the
+  // fragments of an encapsulated value.
   struct Frame {
     enum class Kind : std::uint8_t { kItem, kSequence, kFragments };
 
@@ -131,34 +133,50 @@ class DataSetReader {
 
   using Bytes = std::span<const std::uint8_t>;
 
+  // The next event in an item: an element or a delimiter. Each of these fills
+  // in the event and moves behind what it has read.
   void ReadElement();
+  // An item's or a delimiter's tag where an element may be.
   void ReadDelimiter(Tag tag);
+  // VR and length of the element. False when its VR are no letters and it has
+  // to be read as implicit VR.
   bool ReadExplicitHeader(Bytes header);
   void ReadImplicitHeader(Bytes header);
+  // What the registries say of the tag, private ones by their creator.
   void LookUp();
+  // The length as sent, held to what surrounds the element.
   void TakeLength(std::uint32_t length);
+  // Of a value whose end is told by a delimiter.
   void BeginUndefined();
   void BeginSequence();
+  // Whether a value of defined length is read as a sequence.
   bool IsEntered();
+  // What the element says of those that follow it.
   void TakeContext();
+  // A private creator reserves its block until its item ends.
   void KeepCreator();
 
+  // The next event in a sequence or between fragments.
   void ReadItem();
   void BeginItem(Frame& sequence, std::uint32_t length);
+  // Before the first item of a UN: implicit VR, unless it can only be explicit.
   void SeeEncodingOfUnknown(Frame& sequence);
   void TakeFragment(Frame& fragments, std::uint32_t length);
 
+  // Goes one level down, and up again with the event of its end.
   void Begin(DataSetEvent::Kind event, Frame::Kind kind);
   void Close(DataSetProblem problem);
   void CloseAtDelimiter();
+  // To the end of what surrounds it, as nothing in it can be read.
   void PassOver(DataSetProblem problem);
   void PassDelimiter(Tag tag);
+  // Of the event, which keeps the worst: that stands first in DataSetProblem.
   void Note(DataSetProblem problem);
 
   ByteWindow window_;
-  std::uint64_t position_ = 0;
-  std::vector<Frame> frames_;
-  std::size_t around_ = 0;  // frames around the event but the data set's
+  std::uint64_t position_ = 0;  // of what is read next
+  std::vector<Frame> frames_;   // the data set first, the innermost last
+  std::size_t around_ = 0;      // frames around the event but the data set's
   // By the depth of their item, group and block.
   std::map<std::pair<std::size_t, std::uint32_t>, std::string> creators_;
   bool cut_ = false;  // the last thing read was longer than what surrounds it

@@ -10,6 +10,9 @@
 
 namespace host {
 
+// The headers of elements as they stand in a data set, DICOM PS3.5 section 7.1.
+// None of these looks whether the bytes are there: the caller has.
+
 constexpr std::uint32_t kUndefinedLength = 0xFFFF'FFFF;
 constexpr std::size_t kShortHeaderBytes = 8;
 constexpr std::size_t kLongHeaderBytes = 12;  // explicit VR, 32 bits of length
@@ -24,11 +27,13 @@ inline std::uint64_t NumberAt(std::span<const std::uint8_t> bytes,
   return number;
 }
 
+// The tag at the beginning of `bytes`; four are there.
 inline Tag TagAt(std::span<const std::uint8_t> bytes, ByteOrder order) {
   return {static_cast<std::uint16_t>(NumberAt(bytes, 2, order)),
           static_cast<std::uint16_t>(NumberAt(bytes.subspan(2), 2, order))};
 }
 
+// A length of 32 bits; four bytes are there.
 inline std::uint32_t LengthAt(std::span<const std::uint8_t> bytes,
                               ByteOrder order) {
   return static_cast<std::uint32_t>(NumberAt(bytes, 4, order));
@@ -40,6 +45,7 @@ inline Vr VrAt(std::span<const std::uint8_t> header) {
       NumberAt(header.subspan(4), 2, ByteOrder::kBig))};
 }
 
+// False as well when fewer than four bytes are there.
 inline bool StartsWithTag(std::span<const std::uint8_t> bytes, Tag tag,
                           ByteOrder order) {
   return bytes.size() >= 4 && TagAt(bytes, order) == tag;

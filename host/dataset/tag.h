@@ -14,6 +14,7 @@ struct Tag {
 
   constexpr auto operator<=>(const Tag&) const = default;
 
+  // Group and element as one number: tags ascend by it.
   constexpr std::uint32_t Number() const {
     return std::uint32_t{group} << 16 | element;
   }
@@ -22,6 +23,7 @@ struct Tag {
   constexpr bool IsPrivateCreator() const {
     return IsPrivate() && element >= 0x10 && element <= 0xFF;
   }
+  // Holds the length of its group; retired but in command sets and file heads.
   constexpr bool IsGroupLength() const { return element == 0; }
 };
 

@@ -9,6 +9,7 @@
 
 namespace host {
 
+// Of numbers and tags; texts have none.
 enum class ByteOrder : std::uint8_t { kLittle, kBig };
 
 // What a transfer syntax says of the elements; how images are compressed does
@@ -21,6 +22,7 @@ struct Encoding {
   bool operator==(const Encoding&) const = default;
 };
 
+// The four that there are.
 constexpr Encoding kImplicitLittle{};
 constexpr Encoding kExplicitLittle{true, ByteOrder::kLittle, false};
 constexpr Encoding kExplicitBig{true, ByteOrder::kBig, false};
@@ -48,6 +50,7 @@ enum class EncodingOrigin : std::uint8_t {
   kGuessed,      // from the bytes: there was no negotiation to be seen
   kContradicts,  // from the bytes, which are surely not what was negotiated
 };
+// What to read with, and how far to trust it.
 struct ChosenEncoding {
   Encoding encoding;
   EncodingOrigin origin = EncodingOrigin::kNegotiated;

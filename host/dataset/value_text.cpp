@@ -99,8 +99,8 @@ std::string MeaningOf(const DataSetEvent& event, const std::string& value) {
       return UidText(value);
     case Vr::kUS:
       if (event.tag.group == 0) {
-        return std::string(CommandValueText(
-            event.tag, static_cast<std::uint64_t>(std::stoul(value))));
+        return CommandValueText(event.tag,
+                                static_cast<std::uint64_t>(std::stoul(value)));
       }
       return WithUnit(event, value);
     case Vr::kDS:

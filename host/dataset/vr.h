@@ -8,6 +8,7 @@
 
 namespace host {
 
+// The number that two letters have as a Vr.
 constexpr std::uint16_t VrLetters(char first, char second) {
   return static_cast<std::uint16_t>(static_cast<unsigned char>(first) << 8 |
                                     static_cast<unsigned char>(second));
@@ -68,6 +69,7 @@ enum class VrKind : std::uint8_t {
   kSequence,
 };
 
+// What the standard says of one VR, DICOM PS3.5 section 6.2.
 struct VrTraits {
   Vr vr = Vr::kUN;
   VrKind kind = VrKind::kBytes;

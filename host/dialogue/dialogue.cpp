@@ -59,8 +59,8 @@ class PieceSource final : public ByteSource {
 
 std::string CommandFieldText(std::uint16_t command_field) {
   constexpr Tag kCommandField{0x0000, 0x0100};
-  const std::string_view name = CommandValueText(kCommandField, command_field);
-  return name.empty() ? "command " + HexText(command_field) : std::string(name);
+  const std::string name = CommandValueText(kCommandField, command_field);
+  return name.empty() ? "command " + HexText(command_field) : name;
 }
 
 CommandSet Dialogue::ReadCommand(const DialogueMessage& message) const {

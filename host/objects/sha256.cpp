@@ -72,6 +72,15 @@ bool HasShaInstructions() {
   return __get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 && (b & bit_SHA) != 0;
 }
 
+// The four message words that take the place of the oldest, `i` & 3.
+__attribute__((target("sha,sse4.1"))) __m128i NextWords(
+    const __m128i (&words)[4], int i) {
+  const __m128i last = words[(i + 3) & 3];
+  const __m128i first = _mm_sha256msg1_epu32(words[i & 3], words[(i + 1) & 3]);
+  const __m128i seventh = _mm_alignr_epi8(last, words[(i + 2) & 3], 4);
+  return _mm_sha256msg2_epu32(_mm_add_epi32(first, seventh), last);
+}
+
 // The instructions want the state as two words of four: A B E F, C D G H.
 __attribute__((target("sha,sse4.1"))) void TakeBlocksByInstructions(
     State& state, const std::uint8_t* bytes, std::size_t blocks) {
@@ -95,11 +104,7 @@ __attribute__((target("sha,sse4.1"))) void TakeBlocksByInstructions(
         const auto* at = reinterpret_cast<const __m128i*>(bytes) + i;
         word = _mm_shuffle_epi8(_mm_loadu_si128(at), big_endian);
       } else {
-        const __m128i last = words[(i + 3) & 3];
-        word = _mm_sha256msg1_epu32(word, words[(i + 1) & 3]);
-        word =
-            _mm_add_epi32(word, _mm_alignr_epi8(last, words[(i + 2) & 3], 4));
-        word = _mm_sha256msg2_epu32(word, last);
+        word = NextWords(words, i);
       }
       __m128i sum = _mm_add_epi32(word, constants[i]);
       cdgh = _mm_sha256rnds2_epu32(cdgh, abef, sum);
