@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <array>
 #include <cstring>
@@ -231,6 +232,55 @@ TEST(CaptureReaderTest, EveryPrefixGivesTheWholeFramesAndOneSentence) {
   }
 }
 
+Bytes Gzipped(const Bytes& bytes) {
+  z_stream state{};
+  deflateInit2(&state, 9, Z_DEFLATED, 16 + 15, 9, Z_DEFAULT_STRATEGY);
+  Bytes packed(deflateBound(&state, bytes.Length()));
+  state.next_in = const_cast<Bytef*>(bytes.data());
+  state.avail_in = bytes.Length();
+  state.next_out = packed.data();
+  state.avail_out = packed.Length();
+  EXPECT_EQ(deflate(&state, Z_FINISH), Z_STREAM_END);
+  packed.resize(packed.size() - state.avail_out);
+  deflateEnd(&state);
+  return packed;
+}
+
+// In several members, whole and cut at each byte; and a bomb.
+TEST(CaptureReaderTest, ReadsWhatGzipHasCompressed) {
+  const Wire wire = ShortWire();
+  const Bytes plain = CaptureFile::Pcap(wire.segments);
+  const Bytes first = Gzipped(plain.First(100));
+  const Bytes packed = first + Gzipped(plain.From(100)) + Bytes(3, 0);
+  CaptureFile file;
+  std::size_t frames_before = 0;
+  for (std::size_t n = first.size(); n <= packed.size(); ++n) {
+    SCOPED_TRACE(n);
+    file.Write(packed.First(n));
+    CaptureReader reader(file.path(), "");
+    std::size_t frames = 0;
+    while (const TcpFrame* frame = reader.Next()) {
+      Bytes again(frame->tcp.size());
+      reader.store()->Copy(frame->stored, again);
+      EXPECT_EQ(again, wire.segments[frames++].Tcp());
+    }
+    EXPECT_GE(frames, frames_before);
+    frames_before = frames;
+    const bool whole = n + 3 >= packed.size();
+    EXPECT_EQ(reader.damage().empty(), whole) << reader.damage();
+  }
+  EXPECT_EQ(frames_before, wire.segments.size());
+
+  file.Write(Gzipped(plain + Bytes(20'000'000, 0)));
+  CaptureReader reader(file.path(), "", 1'000'000);
+  for (std::size_t i = 0; i < wire.segments.size(); ++i) reader.Next();
+  while (reader.Next()) {
+  }
+  EXPECT_NE(reader.damage().find("1,000,000 bytes, is reached"),
+            std::string::npos)
+      << reader.damage();
+}
+
 TEST(CaptureReaderTest, SaysWhyACaptureCannotBeRead) {
   CaptureFile file;
   EXPECT_THROW(CaptureReader(file.path(), ""), CaptureError);  // no file
@@ -239,6 +289,16 @@ TEST(CaptureReaderTest, SaysWhyACaptureCannotBeRead) {
   for (const Bytes& bytes : {dicom::testing::Text("no capture.."), wireless}) {
     file.Write(bytes);
     EXPECT_THROW(CaptureReader(file.path(), ""), CaptureError);
+  }
+  file.Write(dicom::testing::Text("GMBU, of which nobody knows more."));
+  try {
+    CaptureReader(file.path(), "");
+    FAIL();
+  } catch (const CaptureError& failure) {
+    EXPECT_TRUE(std::string(failure.what())
+                    .ends_with(" is a Network Monitor capture: editcap -F "
+                               "pcapng IN OUT makes a capture of it that is "
+                               "read here."));
   }
   file.Write(empty);
   EXPECT_THROW(CaptureReader(file.path(), "port port"), FilterError);

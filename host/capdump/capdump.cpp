@@ -1,5 +1,6 @@
 #include "host/capdump/capdump.h"
 
+#include <algorithm>
 #include <exception>
 #include <new>
 
@@ -56,12 +57,20 @@ void ShowContexts(const Options& options,
   write(connections, options.connection, WriteOutput);
 }
 
+std::optional<std::uint64_t> MostTemporaryBytes(const Options& options) {
+  constexpr std::uint64_t kMegabyte = 1'000'000;
+  constexpr std::uint64_t kMost = 1u << 31;  // megabytes, which no disk has
+  if (!options.most_temporary_megabytes) return {};
+  return kMegabyte * std::min(*options.most_temporary_megabytes, kMost);
+}
+
 ExitCode DumpCapture(const Options& options) {
   CaptureLoader loader(
       PathFromUtf8(options.capture),
       {.hand_over = options.as_captured ? HandOver::kAsCaptured
                                         : HandOver::kCleanStreams,
        .filter = options.filter,
+       .most_temporary = MostTemporaryBytes(options),
        .observe = ReadDialogues()});
   const std::vector<Connection> connections = ReadConnections(loader);
   if (!options.export_folder.empty() || DataOutput::IsWanted(options)) {

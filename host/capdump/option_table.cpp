@@ -58,6 +58,10 @@ constexpr OptionRow kRows[] = {
      "hand the captured packets to the module as they are, not as clean "
      "streams",
      &Options::as_captured},
+    {kRead, "--max-temporary", "", "MB", "a number",
+     "keep at most MB megabytes of a pipe or a compressed capture in the "
+     "folder for temporary files; without it half of the room there",
+     &Options::most_temporary_megabytes},
     {kRead, "--module", "", "PATH", "the path of DicomDecode.dll",
      "the module, with its dictionaries beside it; without it DicomDecode.dll "
      "beside this program",

@@ -19,7 +19,7 @@ class UsageError : public Failure {
 
 // What capdump was asked for. Texts are UTF-8; an empty one was not given.
 struct Options {
-  std::string capture;  // the file's name
+  std::string capture;  // the file's name; "-" for standard input
 
   // What is shown.
   bool tree = false;
@@ -42,6 +42,8 @@ struct Options {
   // What is read, and what is written besides.
   std::string filter;  // in tcpdump's language
   bool as_captured = false;
+  // Of a pipe or a compressed capture in the folder for temporary files.
+  std::optional<std::uint64_t> most_temporary_megabytes;
   std::string module;         // DicomDecode.dll
   std::string save_file;      // what the module's lines are written to
   std::string export_folder;  // for data sets as files

@@ -2,45 +2,36 @@
 
 #include <pcap/pcap.h>
 
-#include <utility>
-
-#include "host/text/file_name.h"
+#include "host/capture/capture_source.h"
 
 namespace host {
 namespace {
 
-[[noreturn]] void RefuseFile(const std::string& name,
-                             const std::string& reason) {
+std::unique_ptr<FrameRecords> OpenRecords(FileBytes& file,
+                                          const std::filesystem::path& path) {
+  const std::string name = CaptureName(path);
+  std::string reason = "it begins like no capture file";
+  try {
+    if (auto records = OpenFrameRecords(file)) return records;
+    const std::string other = OtherFormatText(file.Ahead(0, 8), path);
+    if (!other.empty()) throw CaptureError(name + other);
+  } catch (const IncompleteFile& failure) {
+    reason = failure.what();
+  }
+  if (!file.damage().empty()) reason = file.damage();
   throw CaptureError("Cannot read " + name + " (" + reason +
                      "): give the name of a pcap or pcapng file.");
-}
-
-std::shared_ptr<FileBytes> OpenFile(const std::filesystem::path& path) {
-  SystemFile::Opened opened = SystemFile::Open(path);
-  if (!opened.file) RefuseFile(Utf8FromPath(path), opened.reason);
-  return std::make_shared<FileBytes>(std::move(opened.file));
-}
-
-std::unique_ptr<FrameRecords> OpenRecords(FileBytes& file,
-                                          const std::string& name) {
-  std::unique_ptr<FrameRecords> records;
-  try {
-    records = OpenFrameRecords(file);
-  } catch (const CaptureError& failure) {
-    RefuseFile(name, failure.what());
-  }
-  if (!records) RefuseFile(name, "it begins like no capture file");
-  return records;
 }
 
 }  // namespace
 
 CaptureReader::CaptureReader(const std::filesystem::path& path,
-                             const std::string& filter)
-    : file_(OpenFile(path)),
+                             const std::string& filter,
+                             std::optional<std::uint64_t> most_temporary)
+    : file_(OpenCaptureBytes(path, most_temporary)),
       file_begin_(store_->AddFile(file_)),
-      records_(OpenRecords(*file_, Utf8FromPath(path))) {
-  RequireKnownLinkType(Utf8FromPath(path));
+      records_(OpenRecords(*file_, path)) {
+  RequireKnownLinkType(CaptureName(path));
   filter_.emplace(filter, *records_->link_type());
 }
 
@@ -89,9 +80,11 @@ std::optional<FrameKind> CaptureReader::ReadFrame() {
 void CaptureReader::NoteEnd(FrameRecords::Next answer) {
   ends_inside_frame_ = answer == FrameRecords::Next::kCut;
   damage_.clear();
-  if (answer == FrameRecords::Next::kEnd) return;
+  const std::string& reason =
+      file_->damage().empty() ? records_->reason() : file_->damage();
+  if (answer == FrameRecords::Next::kEnd && file_->damage().empty()) return;
   damage_ = "The capture file is damaged or breaks off after frame " +
-            std::to_string(frames_) + " (" + records_->reason() +
+            std::to_string(frames_) + " (" + reason +
             "); what comes before is shown.";
 }
 

@@ -19,9 +19,12 @@ namespace host {
 // had to stop, a later call goes on, should the file have grown meanwhile.
 class CaptureReader {
  public:
-  // `filter` is a BPF expression, empty for all frames. Throws CaptureError
-  // when the file cannot be read at all, FilterError for a bad filter.
-  CaptureReader(const std::filesystem::path& path, const std::string& filter);
+  // `filter` is a BPF expression, empty for all frames; `most_temporary` bounds
+  // what is kept of a pipe or a compressed file, see OpenCaptureBytes(). Throws
+  // CaptureError when the file cannot be read at all, FilterError for a bad
+  // filter.
+  CaptureReader(const std::filesystem::path& path, const std::string& filter,
+                std::optional<std::uint64_t> most_temporary = {});
 
   // The next TCP segment that passes the filter; null at the end of the file
   // or where it is damaged. Lasts until the next call, as its bytes do.
@@ -43,7 +46,8 @@ class CaptureReader {
   bool EndsInsideFrame() const { return ends_inside_frame_; }
 
  private:
-  // Throws CaptureError unless frames of the file's link type can be read.
+  // Throws CaptureError unless frames of the link type can be read; `name` is
+  // that of the capture.
   void RequireKnownLinkType(const std::string& name) const;
   // Reads one frame into frame_ and answers what it holds: kOther if it does
   // not pass the filter, none when there is no frame to be read now.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/text/failure.h"
+#include "host/text/number_text.h"
 
 namespace host {
 namespace {
@@ -21,6 +22,29 @@ constexpr std::size_t kMostAgainBytes = std::size_t{1} << 17;
 FileBytes::FileBytes(std::unique_ptr<SystemFile> file)
     : file_(std::move(file)), known_size_(file_->Size()) {}
 
+FileBytes::FileBytes(std::unique_ptr<ByteInflow> inflow, std::uint64_t most)
+    : file_(SystemFile::MakeTemporary()),
+      known_size_(0),
+      inflow_(std::move(inflow)),
+      most_(most) {}
+
+void FileBytes::Pull(std::uint64_t end) {
+  std::vector<std::uint8_t> piece;
+  while (inflow_ && known_size_ < end) {
+    piece.resize(kAheadBytes);
+    piece.resize(inflow_->Read(piece));
+    const bool too_much = piece.size() > most_ - known_size_;
+    if (too_much) piece.resize(static_cast<std::size_t>(most_ - known_size_));
+    file_->Write(known_size_, piece);
+    known_size_ += piece.size();
+    if (!too_much && !piece.empty()) continue;
+    damage_ = too_much ? "the limit for temporary files, " + BytesText(most_) +
+                             ", is reached: --max-temporary sets another one"
+                       : inflow_->damage();
+    inflow_.reset();
+  }
+}
+
 void FileBytes::Fill(Window& window, std::uint64_t offset, std::size_t length) {
   if (window.room.size() < length) window.room.resize(length);
   window.size = 0;  // nothing, should the file fail
@@ -31,11 +55,13 @@ void FileBytes::Fill(Window& window, std::uint64_t offset, std::size_t length) {
 
 std::span<const std::uint8_t> FileBytes::ReadAhead(std::uint64_t offset,
                                                    std::size_t least) {
+  Pull(offset + least);
   Fill(ahead_, offset, std::max(least, kAheadBytes));
   return ahead_.bytes();
 }
 
 bool FileBytes::Reaches(std::uint64_t end) {
+  Pull(end);
   if (end > known_size_) known_size_ = file_->Size();
   return end <= known_size_;
 }

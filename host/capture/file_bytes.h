@@ -6,8 +6,10 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
+#include "host/capture/byte_inflow.h"
 #include "host/capture/system_file.h"
 
 namespace host {
@@ -20,6 +22,9 @@ namespace host {
 class FileBytes {
  public:
   explicit FileBytes(std::unique_ptr<SystemFile> file);
+  // What `inflow` brings, kept in a temporary file of at most `most` bytes. The
+  // reader in order waits for it as far as it has to.
+  FileBytes(std::unique_ptr<ByteInflow> inflow, std::uint64_t most);
 
   // For the reader in order: the bytes from `offset` on, at least `least` of
   // them unless the file ends before. Valid until its next call. Asks the
@@ -34,8 +39,10 @@ class FileBytes {
   // Exactly the bytes [offset, offset + length), which were there before. Valid
   // until the next call. Throws Failure when they cannot be read any more.
   std::span<const std::uint8_t> Again(std::uint64_t offset, std::size_t length);
-  // Whether the file reaches to `end` by now.
+  // Whether the file, once that has flowed in, reaches to `end` by now.
   bool Reaches(std::uint64_t end);
+  // Why the bytes end before what they come from, as a clause; else empty.
+  const std::string& damage() const { return damage_; }
   // As long as the file was when it was looked at last.
   std::uint64_t known_size() const { return known_size_; }
 
@@ -56,6 +63,8 @@ class FileBytes {
     }
   };
 
+  // Keeps what flows in until there are `end` bytes or nothing more comes.
+  void Pull(std::uint64_t end);
   std::span<const std::uint8_t> ReadAhead(std::uint64_t offset,
                                           std::size_t least);
   // Makes the window that was not used the longest time hold the bytes.
@@ -64,6 +73,9 @@ class FileBytes {
 
   std::unique_ptr<SystemFile> file_;
   std::uint64_t known_size_;
+  std::unique_ptr<ByteInflow> inflow_;  // null for a file, and at its end
+  std::uint64_t most_ = 0;              // bytes to be kept of it
+  std::string damage_;                  // of the inflow
   Window ahead_;
   std::array<Window, 4> again_;
   std::uint64_t uses_ = 0;

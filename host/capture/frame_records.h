@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <stdexcept>
 #include <string>
 
 #include "host/capture/file_bytes.h"
@@ -67,9 +68,14 @@ class FrameRecords {
 // No frame is longer: an IP packet and its link header have room in it.
 inline constexpr std::uint32_t kMostFrameBytes = 262144;
 
+// A capture file of which no frame can be read. The text is a clause.
+class IncompleteFile : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 // Knows a pcap or a pcapng file by its first bytes; null when it is neither.
-// `file` has to outlive the answer. Throws CaptureError when nothing can be
-// read of it all the same, with the reason as its text.
+// `file` has to outlive the answer. Throws IncompleteFile.
 std::unique_ptr<FrameRecords> OpenFrameRecords(FileBytes& file);
 
 }  // namespace host

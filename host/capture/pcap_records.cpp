@@ -1,6 +1,5 @@
 #include "host/capture/pcap_records.h"
 
-#include "host/capture/capture_error.h"
 #include "host/capture/wire_bytes.h"
 #include "host/text/number_text.h"
 
@@ -36,7 +35,7 @@ PcapRecords::PcapRecords(FileBytes& file) : FrameRecords(file) {
   const std::uint32_t magic = in.Word32();
   in.Skip(16);  // version, time zone, accuracy, snap length
   const std::uint32_t link = in.Word32();
-  if (!in.ok()) throw CaptureError("the file ends inside its header");
+  if (!in.ok()) throw IncompleteFile("the file ends inside its header");
   if (magic == kNanoseconds) nanoseconds_per_unit_ = 1;
   if (magic == kLongHeaders) header_bytes_ = 24;
   link_type_ = record_.link_type = static_cast<int>(link & kLinkTypeMask);

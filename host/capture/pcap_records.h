@@ -15,7 +15,7 @@ class PcapRecords final : public FrameRecords {
   // `magic` is the file's first word, as if it were big-endian.
   static bool IsMagic(std::uint32_t magic);
 
-  // The file begins with such a word. Throws CaptureError when its header is
+  // The file begins with such a word. Throws IncompleteFile when its header is
   // not whole.
   explicit PcapRecords(FileBytes& file);
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "host/capture/capture_error.h"
 #include "host/text/number_text.h"
 
 namespace host {
@@ -68,10 +67,10 @@ PcapngRecords::PcapngRecords(FileBytes& file) : FrameRecords(file) {
     Block block;
     const Next head = ReadHead(block);
     if (head == Next::kEnd || HoldsFrame(block.type)) {
-      throw CaptureError("no interface is described in it");
+      throw IncompleteFile("no interface is described in it");
     }
     if (head != Next::kFrame || ReadBlock(block) != Next::kEnd) {
-      throw CaptureError(reason());
+      throw IncompleteFile(reason());
     }
   }
   link_type_ = interfaces_.front().link_type;

@@ -19,8 +19,8 @@ class PcapngRecords final : public FrameRecords {
   // `magic` is the file's first word.
   static bool IsMagic(std::uint32_t magic);
 
-  // The file begins with such a word. Throws CaptureError when no interface is
-  // described before the first frame.
+  // The file begins with such a word. Throws IncompleteFile when no interface
+  // is described before the first frame.
   explicit PcapngRecords(FileBytes& file);
 
   Next Read() override;

@@ -37,6 +37,12 @@ SystemFile::Opened SystemFile::Open(const std::filesystem::path& path) {
   return {std::unique_ptr<SystemFile>(new SystemFile(descriptor)), {}};
 }
 
+SystemFile::Opened SystemFile::OpenStandardInput() {
+  const int descriptor = ::dup(STDIN_FILENO);
+  if (descriptor < 0) return {nullptr, std::strerror(errno)};
+  return {std::unique_ptr<SystemFile>(new SystemFile(descriptor)), {}};
+}
+
 std::unique_ptr<SystemFile> SystemFile::MakeTemporary() {
   std::error_code failed;
   const auto folder = std::filesystem::temp_directory_path(failed);
@@ -48,6 +54,11 @@ std::unique_ptr<SystemFile> SystemFile::MakeTemporary() {
 }
 
 SystemFile::~SystemFile() { ::close(DescriptorOf(handle_)); }
+
+bool SystemFile::IsRegular() const {
+  struct stat state {};
+  return ::fstat(DescriptorOf(handle_), &state) == 0 && S_ISREG(state.st_mode);
+}
 
 std::uint64_t SystemFile::Size() const {
   struct stat state {};
@@ -68,6 +79,14 @@ std::size_t SystemFile::Read(std::uint64_t offset,
     done += static_cast<std::size_t>(count);
   }
   return done;
+}
+
+std::size_t SystemFile::ReadNext(std::span<std::uint8_t> to) {
+  while (true) {
+    const ssize_t count = ::read(DescriptorOf(handle_), to.data(), to.size());
+    if (count >= 0) return static_cast<std::size_t>(count);
+    if (errno != EINTR) FailReading();
+  }
 }
 
 void SystemFile::Write(std::uint64_t offset,

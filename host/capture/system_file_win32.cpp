@@ -61,6 +61,18 @@ SystemFile::Opened SystemFile::Open(const std::filesystem::path& path) {
           {}};
 }
 
+SystemFile::Opened SystemFile::OpenStandardInput() {
+  const HANDLE process = ::GetCurrentProcess();
+  HANDLE file = nullptr;
+  if (!::DuplicateHandle(process, ::GetStdHandle(STD_INPUT_HANDLE), process,
+                         &file, 0, FALSE, DUPLICATE_SAME_ACCESS)) {
+    return {nullptr, ErrorText(::GetLastError())};
+  }
+  return {std::unique_ptr<SystemFile>(
+              new SystemFile(reinterpret_cast<std::intptr_t>(file))),
+          {}};
+}
+
 std::unique_ptr<SystemFile> SystemFile::MakeTemporary() {
   std::array<wchar_t, MAX_PATH + 1> folder{};
   std::array<wchar_t, MAX_PATH + 1> name{};
@@ -77,6 +89,10 @@ std::unique_ptr<SystemFile> SystemFile::MakeTemporary() {
 }
 
 SystemFile::~SystemFile() { ::CloseHandle(HandleOf(handle_)); }
+
+bool SystemFile::IsRegular() const {
+  return ::GetFileType(HandleOf(handle_)) == FILE_TYPE_DISK;
+}
 
 std::uint64_t SystemFile::Size() const {
   LARGE_INTEGER size{};
@@ -99,6 +115,17 @@ std::size_t SystemFile::Read(std::uint64_t offset,
     done += count;
   }
   return done;
+}
+
+std::size_t SystemFile::ReadNext(std::span<std::uint8_t> to) {
+  DWORD count = 0;
+  if (!::ReadFile(HandleOf(handle_), to.data(), static_cast<DWORD>(to.size()),
+                  &count, nullptr) &&
+      ::GetLastError() != ERROR_BROKEN_PIPE &&
+      ::GetLastError() != ERROR_HANDLE_EOF) {
+    FailReading();
+  }
+  return count;
 }
 
 void SystemFile::Write(std::uint64_t offset,

@@ -13,7 +13,7 @@ constexpr unsigned kFramesBetweenLooks = 32;  // at the clock
 
 CaptureLoader::CaptureLoader(const std::filesystem::path& path,
                              const LoadOptions& options)
-    : reader_(path, options.filter),
+    : reader_(path, options.filter, options.most_temporary),
       connections_(options.hand_over, reader_.store(), options.observe),
       follow_(options.follow) {}
 

@@ -17,8 +17,10 @@ using TimeIsUp = std::function<bool()>;
 
 struct LoadOptions {
   HandOver hand_over = HandOver::kCleanStreams;
-  std::string filter = {};       // a BPF expression; empty for all frames
-  bool follow = false;           // the file may grow while it is read
+  std::string filter = {};  // a BPF expression; empty for all frames
+  bool follow = false;      // the file may grow while it is read
+  // Bounds what is kept of a pipe or a compressed file: see OpenCaptureBytes().
+  std::optional<std::uint64_t> most_temporary = {};
   MakePduObserver observe = {};  // of each connection; may be empty
 };
 
