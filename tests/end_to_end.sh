@@ -72,6 +72,14 @@ head -c 1500 echo.pcap >"$work/cut ü.pcap"
 expect 1 "breaks off" "$work/cut ü.pcap"
 grep -q "A-ASSOCIATE-AC PDU" "$work/out" || fail "what comes before the damage is not shown"
 
+# A pipe and a compressed file are the capture that they bring.
+for way in "cat echo.pcap" "gzip -c echo.pcap"; do
+  $way | "$root/tools/with-wine.sh" wine "$program" --tree - >"$work/out" ||
+    fail "$way: exit code $?"
+  sed '1s/^-/echo.pcap/' "$work/out" | cmp -s - <(capdump --tree echo.pcap) ||
+    fail "$way: the text differs"
+done
+
 # The host's saving mode: every line with at most one indentation, CR LF behind it.
 capdump --save "$work/saved" --pdus --row 5 echo.pcap >/dev/null
 printf '%s\r\n' "DICOM - Upper Layer Protokoll: A-RELEASE-RQ PDU (05h)" \

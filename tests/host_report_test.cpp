@@ -15,7 +15,13 @@ WireRecord Wire(std::uint32_t direction, std::uint64_t length,
                 std::uint32_t first_frame, std::uint32_t last_frame,
                 Nanoseconds microseconds, const std::string& note = "") {
   const Nanoseconds time = kNoon + microseconds * 1000;
-  return {direction, length, first_frame, last_frame, time, true, note};
+  return {.direction = direction,
+          .length = length,
+          .first_frame = first_frame,
+          .last_frame = last_frame,
+          .time = time,
+          .note = note,
+          .complete_time = time};
 }
 
 class OnePacketFeed final : public PacketFeed {
@@ -78,6 +84,22 @@ TEST(ReportedRowTest, RecordsThatAreNotListedKeepTheirPlace) {
   EXPECT_EQ(rows[2].index, 1U);
   EXPECT_FALSE(rows[0].since_previous);
   EXPECT_EQ(rows[2].since_previous, Nanoseconds{20'000});
+}
+
+// Its bytes came before those that it had to wait for, or a clock went back.
+TEST(ReportedRowTest, TheTimeBetweenRowsIsNeverNegative) {
+  std::vector<WireRecord> wire = {
+      Wire(0, 100, 4, 9, 90), Wire(0, 100, 5, 8, 60), Wire(1, 100, 10, 10, 50),
+      Wire(0, 100, 11, 11, 100)};
+  wire[1].complete_time = wire[0].complete_time;
+  const auto rows = Reported({{1, 0, 100, "", ""},
+                              {2, 0, 100, "", ""},
+                              {1, 1, 100, "", ""},
+                              {3, 0, 100, "", ""}},
+                             wire);
+  EXPECT_EQ(rows[1].since_previous, Nanoseconds{0});
+  EXPECT_EQ(rows[2].since_previous, Nanoseconds{0});
+  EXPECT_EQ(rows[3].since_previous, Nanoseconds{10'000});
 }
 
 TEST(AeTitlesTest, TitlesComeFromTheFirstAssociateRequest) {

@@ -124,7 +124,8 @@ std::string RowModel::SinceText(std::uint32_t position) const {
   const WireRecord* wire = Wire(position);
   const WireRecord* before = position == 0 ? nullptr : Wire(position - 1);
   if (wire == nullptr || before == nullptr) return {};
-  return Seconds(wire->time - before->time, 6);
+  const Nanoseconds since = wire->complete_time - before->complete_time;
+  return Seconds(std::max(since, Nanoseconds{0}), 6);
 }
 
 std::string RowModel::DirectionText(const ListedRow& row) const {

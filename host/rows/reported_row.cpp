@@ -1,5 +1,6 @@
 #include "host/rows/reported_row.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -50,8 +51,10 @@ class RowReporter {
 
   void Add(ReportedRow row) {
     if (row.wire != nullptr) {
-      if (last_ != nullptr) row.since_previous = row.wire->time - last_->time;
-      last_ = row.wire;
+      const Nanoseconds now = row.wire->complete_time;
+      row.since_previous = latest_ ? std::max(now - *latest_, Nanoseconds{0})
+                                   : std::optional<Nanoseconds>();
+      latest_ = std::max(now, latest_.value_or(now));
     }
     reported_.push_back(std::move(row));
   }
@@ -59,7 +62,10 @@ class RowReporter {
   const std::vector<WireRecord>& records_;
   std::vector<ReportedRow> reported_;
   std::size_t next_ = 0;  // record that was not passed yet
-  const WireRecord* last_ = nullptr;
+  // When all rows so far were complete: a message is listed with its command
+  // set, and its data set may end after the next one's, or the clock that
+  // captured it may have gone backward.
+  std::optional<Nanoseconds> latest_;
 };
 
 }  // namespace

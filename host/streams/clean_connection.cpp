@@ -190,6 +190,7 @@ void CleanConnection::ReportPdu(std::uint32_t direction, const CutPdu& pdu) {
   record.first_frame = pdu.frames.first;
   record.last_frame = pdu.frames.last;
   record.time = pdu.frames.time;
+  record.complete_time = pdu.complete_time;
   record.listed = fate != PduFate::kLeftOut;
   record.note = sides_[direction].losses.AddPdu(pdu, fate);
   connection_.pdus.push_back(std::move(record));
@@ -208,16 +209,16 @@ PduFate CleanConnection::HandOverPdu(std::uint32_t direction,
   while (const std::optional<PdvItem> item = items.Next()) {
     const PacketRun& run =
         feed_->AddRun(direction, item->begin, item->end, item->tail);
-    FollowItem(side, run, *item, pdu.lost != 0);
+    FollowItem(side, run, *item, pdu);
   }
   return items.is_exact() ? PduFate::kWhole : PduFate::kItemsAreInexact;
 }
 
 void CleanConnection::FollowItem(Side& side, const PacketRun& run,
-                                 const PdvItem& item, bool has_lost_bytes) {
+                                 const PdvItem& item, const CutPdu& pdu) {
   const auto& messages = connection_.messages;
   const std::size_t before = messages.size();
-  side.follower.Follow(run, item, has_lost_bytes);
+  side.follower.Follow(run, item, {pdu.complete_time, pdu.lost != 0});
   if (!connection_.observer) return;
   const bool is_listed = messages.size() > before && messages.back().listed;
   connection_.observer->SeeItem(

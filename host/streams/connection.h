@@ -49,6 +49,9 @@ struct WireRecord {
   bool listed = true;
   std::string note;  // "120 lost bytes were filled with zero"; often empty
   std::optional<std::uint16_t> status = {};  // of a response message
+  // When it was there with all before it in its direction: later than `time`
+  // where its bytes came before others that it had to wait for.
+  Nanoseconds complete_time = 0;
 };
 
 class PduObserver;

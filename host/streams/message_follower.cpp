@@ -15,9 +15,9 @@ constexpr std::size_t kMostCommandBytes = 1024;  // in which its status stands
 }  // namespace
 
 void MessageFollower::Follow(const PacketRun& run, const PdvItem& item,
-                             bool has_lost_bytes) {
+                             const PduFacts& pdu) {
   item_ = item;
-  has_lost_bytes_ = has_lost_bytes;
+  pdu_ = pdu;
   StreamPosition packet_end = run.position;
   for (StreamPosition at = item.position; at < item.end; at = packet_end) {
     packet_end =
@@ -73,6 +73,7 @@ void MessageFollower::TakeHeader(StreamPosition item, StreamPosition packet,
       is_command_ ? HeaderAt(packet).length : header.length;
   missing_ = length - 2;  // below 2 it wraps, as in the module
   is_last_ = header.IsLast();
+  message_.complete_time = pdu_.complete_time;
   message_.frames.Include(
       stream_.Frames(item, std::min(end, item + kPdvHeaderBytes)));
 }
@@ -81,8 +82,9 @@ void MessageFollower::TakeValue(StreamPosition at, std::uint32_t length) {
   (is_command_ ? message_.command_length : message_.data_length) += length;
   if (is_command_) KeepCommand(at, length);
   missing_ -= length;
+  message_.complete_time = pdu_.complete_time;
   message_.frames.Include(stream_.Frames(at, at + length));
-  if (has_lost_bytes_) {
+  if (pdu_.has_lost_bytes) {
     message_.lost += length - stream_.PresentBytes(at, at + length);
   }
 }
@@ -109,6 +111,7 @@ WireRecord MessageFollower::Record() const {
   record.first_frame = message_.frames.first;
   record.last_frame = message_.frames.last;
   record.time = message_.frames.time;
+  record.complete_time = message_.complete_time;
   record.status = FindStatus(message_.command);
   if (record.status) record.note = StatusNote(*record.status);
   if (message_.lost != 0) AppendNote(FilledText(message_.lost), record.note);

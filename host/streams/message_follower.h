@@ -24,9 +24,14 @@ class MessageFollower {
                   std::vector<WireRecord>& messages)
       : direction_(direction), stream_(stream), messages_(messages) {}
 
-  // The next packets of a P-DATA-TF PDU, which hold `item`. `has_lost_bytes`:
-  // some bytes of the PDU were lost.
-  void Follow(const PacketRun& run, const PdvItem& item, bool has_lost_bytes);
+  // What is known of the PDU that holds an item.
+  struct PduFacts {
+    Nanoseconds complete_time = 0;
+    bool has_lost_bytes = false;
+  };
+
+  // The next packets of a P-DATA-TF PDU, which hold `item`.
+  void Follow(const PacketRun& run, const PdvItem& item, const PduFacts& pdu);
   // Nothing follows.
   void Finish() { Retire(); }
 
@@ -41,6 +46,7 @@ class MessageFollower {
     std::uint64_t lost = 0;             // bytes of both that are missing
     std::vector<std::uint8_t> command;  // its beginning
     FrameRange frames;
+    Nanoseconds complete_time = 0;   // of what is known of it
     std::optional<std::size_t> row;  // its record, once it is listed
   };
 
@@ -74,11 +80,11 @@ class MessageFollower {
   const std::uint32_t direction_;
   const StreamAssembler& stream_;
   std::vector<WireRecord>& messages_;
-  PdvItem item_;                 // the one that Follow() was given
-  bool has_lost_bytes_ = false;  // in its PDU
-  std::uint32_t missing_ = 0;    // bytes of the current PDV's value
-  bool is_command_ = false;      // the current PDV
-  bool is_last_ = true;          // it, or the one before it, is a last fragment
+  PdvItem item_;               // the one that Follow() was given
+  PduFacts pdu_;               // its PDU
+  std::uint32_t missing_ = 0;  // bytes of the current PDV's value
+  bool is_command_ = false;    // the current PDV
+  bool is_last_ = true;        // it, or the one before it, is a last fragment
   Message message_;
 };
 

@@ -153,10 +153,10 @@ void PduCutter::Deliver(const PduHeader& header, std::uint64_t lost) {
   pdu.skipped = stream_.PresentBytes(delivered_until_, cursor_);
   pdu.lost_before = before - pdu.skipped;
   pdu.frames = stream_.Frames(cursor_, pdu.end());
-  complete_frame_ =
-      std::max({complete_frame_, stream_.Frames(delivered_until_, cursor_).last,
-                pdu.frames.last});
-  pdu.complete_frame = complete_frame_;
+  complete_.Include(stream_.Frames(delivered_until_, cursor_));
+  complete_.Include(pdu.frames);
+  pdu.complete_frame = complete_.last;
+  pdu.complete_time = complete_.time;
   found_.push_back(pdu);
   filled_ += lost;
   ++pdus_delivered_;

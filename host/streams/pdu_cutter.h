@@ -20,6 +20,7 @@ struct CutPdu {
   FrameRange frames;              // that its own bytes came from
   // The frame with which it and all before it in its direction was there.
   std::uint32_t complete_frame = 0;
+  Nanoseconds complete_time = 0;  // of that frame
 
   std::uint64_t length() const {  // header included
     return std::uint64_t{kPduHeaderBytes} + header.length;
@@ -120,7 +121,7 @@ class PduCutter {
   StreamPosition delivered_until_ = 0;
   std::uint64_t pdus_delivered_ = 0;
   std::uint64_t filled_ = 0;
-  std::uint32_t complete_frame_ = 0;
+  FrameRange complete_;  // what all delivered PDUs and those before came from
   std::optional<StreamPosition> not_dicom_from_;
   std::optional<StreamPosition> unfinished_;
   // A copy of what the search looks at, from window_begin_ on. It is kept while
