@@ -16,6 +16,12 @@ Bytes Ipv4(const Bytes& payload, int total = -1, std::uint16_t fragment = 0,
          Bytes{64, 6, 0, 0, 192, 0, 2, 1, 192, 0, 2, 2} + options + payload;
 }
 
+// The same for another protocol than TCP.
+Bytes In4(std::uint8_t protocol, const Bytes& payload,
+          std::uint16_t fragment = 0) {
+  return Ipv4(payload, -1, fragment).Patched(9, {protocol});
+}
+
 Bytes Ipv6(std::uint8_t next, const Bytes& payload, int length = -1) {
   if (length < 0) length = static_cast<int>(payload.size());
   const Bytes address = Bytes{0x20, 1} + Bytes(14, 0);
@@ -33,6 +39,8 @@ TEST(FrameParserTest, FindsTheSegmentBehindEveryHeader) {
   const Bytes hop{60, 0, 1, 4, 0, 0, 0, 0}, options{6, 1, 1, 12},
       dest = options + Bytes(12, 0), auth{6, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
       whole{6, 0, 0, 0, 0, 0, 0, 9}, part{6, 0, 0, 1, 0, 0, 0, 9};
+  Bytes nested = ip;
+  for (int i = 0; i < 2000; ++i) nested = In4(4, nested);
   // Those of a segment hold it whole, with these 23 bytes on the wire or more.
   const struct {
     const char* what;
@@ -62,6 +70,39 @@ TEST(FrameParserTest, FindsTheSegmentBehindEveryHeader) {
       {"extension headers", 12, Ipv6(0, hop + dest + kTcp)},
       {"authentication", 12, Ipv6(51, auth + kTcp)},
       {"fragment that is all", 12, Ipv6(44, whole + kTcp)},
+      {"mpls", 1, Ethernet(Big16(0x8847), Bytes{0, 1, 0, 9, 0, 2, 1, 9} + ip)},
+      {"ethernet in mpls", 1,
+       Ethernet(Big16(0x8847),
+                Bytes{0, 2, 1, 9} + Bytes(4, 0) + Ethernet(v4, ip))},
+      {"pppoe", 1,
+       Ethernet(Big16(0x8864), Bytes{0x11, 0, 0, 1, 0, 0, 0, 0x21} + ip)},
+      {"ip in ip", 12, In4(4, ip)},
+      {"ipv6 in ip", 12, In4(41, Ipv6(6, kTcp))},
+      {"gre with all fields", 12,
+       In4(47, Bytes{0xB0, 0, 8, 0} + Bytes(12, 7) + ip)},
+      {"gre with ethernet", 12,
+       In4(47, Bytes{0, 0, 0x65, 0x58} +
+                   Ethernet(Big16(0x8100) + Big16(5) + v4, ip))},
+      {"erspan", 12, In4(47, Bytes{0, 0, 0x88, 0xBE} + Ethernet(v4, ip))},
+      {"erspan II", 12,
+       In4(47, Bytes{0x10, 0, 0x88, 0xBE, 0, 0, 0, 1} + Bytes(8, 0x10) +
+                   Ethernet(v4, ip))},
+      {"erspan III", 12,
+       Ipv6(47, Bytes{0x10, 0, 0x22, 0xEB, 0, 0, 0, 1} + Bytes(12, 0x20) +
+                    Ethernet(v4, ip))},
+      {"erspan III with a subheader", 12,
+       Ipv6(47, Bytes{0x10, 0, 0x22, 0xEB, 0, 0, 0, 1} + Bytes(11, 0x20) +
+                    Bytes(9, 1) + Ethernet(v4, ip))},
+      {"vxlan", 12,
+       In4(17, Big16(50000) + Big16(4789) + Bytes(4, 0) +
+                   Bytes{8, 0, 0, 0, 0, 0, 1, 0} + Ethernet(v4, ip))},
+      {"three tunnels", 12,
+       In4(47, Bytes{0, 0, 8, 0} + In4(4, In4(47, Bytes{0, 0, 0x88, 0xBE} +
+                                                      Ethernet(v4, ip))))},
+      {"tunnels without end", 12, nested, 0, FrameKind::kOther},
+      {"gre of another version", 12, In4(47, Bytes{0, 1, 8, 0} + ip), 0,
+       FrameKind::kOther},
+      {"fragment of gre", 12, In4(47, ip, 0x2000), 0, FrameKind::kIpFragment},
       {"fragment 4", 12, Ipv4(kTcp, -1, 0x2000), 0, FrameKind::kIpFragment},
       {"later fragment", 12, Ipv4(kTcp, -1, 3), 0, FrameKind::kIpFragment},
       {"fragment 6", 12, Ipv6(44, part + kTcp), 0, FrameKind::kIpFragment},

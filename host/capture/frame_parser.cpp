@@ -1,8 +1,8 @@
 #include "host/capture/frame_parser.h"
 
 #include <algorithm>
-#include <cstdio>
 
+#include "host/capture/ipv6_extensions.h"
 #include "host/capture/wire_bytes.h"
 
 namespace host {
@@ -24,9 +24,27 @@ enum LinkType : int {
   kLinuxCooked2 = 276,
 };
 
-constexpr std::uint16_t kTypeIpv4 = 0x0800;
-constexpr std::uint16_t kTypeIpv6 = 0x86DD;
-constexpr std::uint8_t kProtocolTcp = 6;
+// What EtherTypes and the protocol numbers of IP headers name.
+enum EtherType : std::uint16_t {
+  kTypeIpv4 = 0x0800,
+  kTypeIpv6 = 0x86DD,
+  kTypeMpls = 0x8847,
+  kTypeMplsUpstream = 0x8848,
+  kTypePppoe = 0x8864,
+  kTypeEthernet = 0x6558,  // a whole Ethernet frame
+  kTypeErspan = 0x88BE,    // I and II
+  kTypeErspanThree = 0x22EB,
+};
+enum Protocol : std::uint8_t {
+  kIpInIp = 4,
+  kTcp = 6,
+  kUdp = 17,
+  kIpv6InIp = 41,
+  kGre = 47,
+};
+
+// Headers that bring others along, in one frame; VLAN tags are not counted.
+constexpr int kMostTunnels = 16;
 
 bool IsVlanTag(std::uint16_t type) {
   return type == 0x8100 || type == 0x88A8 || type == 0x9100 || type == 0x9200;
@@ -47,19 +65,6 @@ struct Rest {
   }
 };
 
-// Steps over a link header, which holds the protocol type between `before` and
-// `behind` other bytes, and over the VLAN tags behind it.
-bool SkipTypedHeader(std::size_t before, std::size_t behind, WireReader& in) {
-  in.Skip(before);
-  std::uint16_t type = in.Word16();
-  in.Skip(behind);
-  while (IsVlanTag(type)) {  // tag control information, then the next type
-    in.Skip(2);
-    type = in.Word16();
-  }
-  return in.ok() && (type == kTypeIpv4 || type == kTypeIpv6);
-}
-
 // The address family word of null and loopback captures is in the byte order of
 // the machine that captured.
 bool SkipFamilyHeader(WireReader& in) {
@@ -70,20 +75,181 @@ bool SkipFamilyHeader(WireReader& in) {
   return std::ranges::find(kFamilies, family) != std::end(kFamilies);
 }
 
-bool SkipLinkHeader(int link_type, WireReader& in) {
+// Goes from a frame's link header through all that it is wrapped in, as mirror
+// ports wrap what they send on, to the first TCP segment.
+class FrameWalk {
+ public:
+  explicit FrameWalk(const Rest& rest) : rest_(rest), in_(rest_.captured) {}
+
+  ParsedFrame Link(int link_type);
+
+ private:
+  // What begins here; each steps over its own header.
+  ParsedFrame Typed(std::uint16_t type);  // with this EtherType
+  ParsedFrame Ethernet();
+  ParsedFrame Mpls();
+  ParsedFrame Pppoe();
+  ParsedFrame AnyIp();
+  ParsedFrame Ipv4();
+  ParsedFrame Ipv6();
+  // Of an IP packet that may hold a TCP segment.
+  ParsedFrame Fragment(std::uint8_t protocol) const;
+  // What an IP packet between these addresses holds.
+  ParsedFrame Inside(std::uint8_t protocol, Bytes source, Bytes destination);
+  ParsedFrame Segment(Bytes source, Bytes destination);
+  ParsedFrame Udp();
+  ParsedFrame Gre();
+  ParsedFrame Erspan(std::uint16_t type, bool has_sequence);
+
+  Rest rest_;
+  WireReader& in_;  // rest_'s
+  int tunnels_ = 0;
+};
+
+ParsedFrame FrameWalk::Link(int link_type) {
   switch (link_type) {
     case kEthernet:
-      return SkipTypedHeader(12, 0, in);
+      return Ethernet();
     case kLinuxCooked:
-      return SkipTypedHeader(14, 0, in);
-    case kLinuxCooked2:
-      return SkipTypedHeader(0, 18, in);
+      in_.Skip(14);
+      return Typed(in_.Word16());
+    case kLinuxCooked2: {
+      const std::uint16_t type = in_.Word16();
+      in_.Skip(18);
+      return Typed(type);
+    }
     case kNull:
     case kLoop:
-      return SkipFamilyHeader(in);
+      return SkipFamilyHeader(in_) ? AnyIp() : ParsedFrame();
     default:
-      return true;
+      return AnyIp();
   }
+}
+
+ParsedFrame FrameWalk::Ethernet() {
+  ++tunnels_;
+  in_.Skip(12);
+  return Typed(in_.Word16());
+}
+
+ParsedFrame FrameWalk::Typed(std::uint16_t type) {
+  while (IsVlanTag(type)) {  // tag control information, then the next type
+    in_.Skip(2);
+    type = in_.Word16();
+  }
+  if (!in_.ok() || tunnels_ > kMostTunnels) return {};
+  switch (type) {
+    case kTypeIpv4:
+    case kTypeIpv6:
+      return AnyIp();
+    case kTypeMpls:
+    case kTypeMplsUpstream:
+      return Mpls();
+    case kTypePppoe:
+      return Pppoe();
+    case kTypeEthernet:
+      return Ethernet();
+    default:
+      return {};
+  }
+}
+
+// The labels do not say what follows: IP by its version, else Ethernet, before
+// which a control word of zeros may stand.
+ParsedFrame FrameWalk::Mpls() {
+  ++tunnels_;
+  bool is_last = false;
+  while (in_.ok() && !is_last) is_last = (in_.Word32() & 0x100) != 0;
+  if (!in_.ok() || in_.rest().empty()) return {};
+  const unsigned version = in_.rest()[0] >> 4;
+  if (version == 4 || version == 6) return AnyIp();
+  if (in_.rest()[0] == 0) in_.Skip(4);
+  return Ethernet();
+}
+
+ParsedFrame FrameWalk::Pppoe() {
+  ++tunnels_;
+  in_.Skip(6);
+  const std::uint16_t protocol = in_.Word16();  // of PPP
+  const bool is_ip = protocol == 0x0021 || protocol == 0x0057;
+  return is_ip ? AnyIp() : ParsedFrame();
+}
+
+ParsedFrame FrameWalk::AnyIp() {
+  if (tunnels_ > kMostTunnels) return {};
+  const Bytes ip = in_.rest();
+  switch (ip.empty() ? 0 : ip[0] >> 4) {
+    case 4:
+      return Ipv4();
+    case 6:
+      return Ipv6();
+    default:
+      return {};
+  }
+}
+
+ParsedFrame FrameWalk::Fragment(std::uint8_t protocol) const {
+  if (protocol != kTcp && protocol != kGre) return {};
+  return {FrameKind::kIpFragment, {}};
+}
+
+ParsedFrame FrameWalk::Inside(std::uint8_t protocol, Bytes source,
+                              Bytes destination) {
+  switch (protocol) {
+    case kTcp:
+      return Segment(source, destination);
+    case kUdp:
+      return Udp();
+    case kGre:
+      return Gre();
+    case kIpInIp:
+    case kIpv6InIp:
+      ++tunnels_;
+      return AnyIp();
+    default:
+      return {};
+  }
+}
+
+// VXLAN is the one protocol on UDP that brings frames along.
+ParsedFrame FrameWalk::Udp() {
+  ++tunnels_;
+  constexpr std::uint16_t kVxlanPort = 4789;
+  constexpr std::uint8_t kVxlanFlag = 0x08;  // the network's number is valid
+  in_.Skip(2);
+  const std::uint16_t port = in_.Word16();
+  in_.Skip(4);
+  const std::uint8_t flags = in_.Byte();
+  in_.Skip(7);
+  return port == kVxlanPort && (flags & kVxlanFlag) != 0 ? Ethernet()
+                                                         : ParsedFrame();
+}
+
+ParsedFrame FrameWalk::Gre() {
+  ++tunnels_;
+  const std::uint16_t flags = in_.Word16();
+  const std::uint16_t type = in_.Word16();
+  constexpr std::uint16_t kChecksum = 0x8000, kRouting = 0x4000, kKey = 0x2000,
+                          kSequence = 0x1000, kVersion = 0x0007;
+  if ((flags & (kRouting | kVersion)) != 0) return {};
+  for (const std::uint16_t field : {kChecksum, kKey, kSequence}) {
+    if ((flags & field) != 0) in_.Skip(4);
+  }
+  const bool is_erspan = type == kTypeErspan || type == kTypeErspanThree;
+  return is_erspan ? Erspan(type, (flags & kSequence) != 0) : Typed(type);
+}
+
+// The first version has no header of its own, and no sequence number in that of
+// GRE.
+ParsedFrame FrameWalk::Erspan(std::uint16_t type, bool has_sequence) {
+  if (type == kTypeErspanThree) {
+    in_.Skip(11);
+    const bool has_more = (in_.Byte() & 1) != 0;
+    if (has_more) in_.Skip(8);
+  } else if (has_sequence) {
+    in_.Skip(8);
+  }
+  return Ethernet();
 }
 
 Endpoint EndpointOf(Bytes address, std::uint16_t port) {
@@ -95,145 +261,57 @@ Endpoint EndpointOf(Bytes address, std::uint16_t port) {
 }
 
 // The segment that the IP headers lead to, which begins with the two ports.
-ParsedFrame SegmentIn(Rest rest, Bytes source, Bytes destination) {
+ParsedFrame FrameWalk::Segment(Bytes source, Bytes destination) {
   TcpFrame frame;
-  frame.tcp = rest.captured.rest();
+  frame.tcp = in_.rest();
   frame.wire_length =
-      static_cast<std::uint32_t>(frame.tcp.size()) + rest.missing;
-  frame.source = EndpointOf(source, rest.captured.Word16());
-  frame.destination = EndpointOf(destination, rest.captured.Word16());
-  if (!rest.captured.ok()) return {};  // whose it is cannot be known
+      static_cast<std::uint32_t>(frame.tcp.size()) + rest_.missing;
+  frame.source = EndpointOf(source, in_.Word16());
+  frame.destination = EndpointOf(destination, in_.Word16());
+  if (!in_.ok()) return {};  // whose it is cannot be known
   frame.header = TcpHeader::Parse(frame.tcp);
   return {FrameKind::kTcp, frame};
 }
 
-ParsedFrame ParseIpv4(Rest rest) {
+ParsedFrame FrameWalk::Ipv4() {
   constexpr std::uint32_t kHeaderBytes = 20;  // without options
-  WireReader& in = rest.captured;
-  const std::uint32_t header_bytes = (in.Byte() & 0x0Fu) * 4;
-  in.Skip(1);  // type of service
-  const std::uint32_t total = in.Word16();
-  const std::uint16_t identification = in.Word16();
-  const bool is_fragment = (in.Word16() & 0x3FFF) != 0;
-  in.Skip(1);  // time to live
-  const std::uint8_t protocol = in.Byte();
-  in.Skip(2);  // checksum
-  const Bytes source = in.Bytes(4);
-  const Bytes destination = in.Bytes(4);
-  if (!in.ok() || header_bytes < kHeaderBytes || protocol != kProtocolTcp) {
-    return {};
-  }
-  if (is_fragment) return {FrameKind::kIpFragment, {}};
+  const std::uint32_t header_bytes = (in_.Byte() & 0x0Fu) * 4;
+  in_.Skip(1);  // type of service
+  const std::uint32_t total = in_.Word16();
+  const std::uint16_t identification = in_.Word16();
+  const bool is_fragment = (in_.Word16() & 0x3FFF) != 0;
+  in_.Skip(1);  // time to live
+  const std::uint8_t protocol = in_.Byte();
+  in_.Skip(2);  // checksum
+  const Bytes source = in_.Bytes(4);
+  const Bytes destination = in_.Bytes(4);
+  if (!in_.ok() || header_bytes < kHeaderBytes) return {};
+  if (is_fragment) return Fragment(protocol);
   if (total != 0 && total < header_bytes) return {};
-  if (total != 0) rest.Bound(total - kHeaderBytes);
-  in.Skip(header_bytes - kHeaderBytes);  // options
-  if (!in.ok()) return {};
-  ParsedFrame parsed = SegmentIn(rest, source, destination);
-  parsed.frame.ip_identification = identification;
+  if (total != 0) rest_.Bound(total - kHeaderBytes);
+  in_.Skip(header_bytes - kHeaderBytes);  // options
+  if (!in_.ok()) return {};
+  ParsedFrame parsed = Inside(protocol, source, destination);
+  if (protocol == kTcp) parsed.frame.ip_identification = identification;
   return parsed;
 }
 
-bool IsExtensionHeader(std::uint8_t type) {
-  return type == 0 || type == 43 || type == 60 || type == 135 || type == 139 ||
-         type == 140;
-}
-
-// Steps over the extension headers, the first of which is of type `next`, to
-// what they lead to; kTcp when it is TCP.
-FrameKind SkipExtensionHeaders(std::uint8_t next, WireReader& in) {
-  constexpr std::uint8_t kFragment = 44;
-  constexpr std::uint8_t kAuthentication = 51;
-  while (next != kProtocolTcp) {
-    const std::uint8_t type = next;
-    next = in.Byte();
-    const std::uint8_t length = in.Byte();
-    const bool is_fragment = (in.Word16() & 0xFFF9) != 0;
-    in.Skip(4);
-    if (type == kFragment && is_fragment) {  // else it is the whole packet
-      const bool of_tcp = in.ok() && next == kProtocolTcp;
-      return of_tcp ? FrameKind::kIpFragment : FrameKind::kOther;
-    }
-    if (type == kAuthentication) {
-      in.Skip(length * 4u);
-    } else if (IsExtensionHeader(type)) {
-      in.Skip(length * 8u);
-    } else if (type != kFragment) {
-      return FrameKind::kOther;
-    }
-    if (!in.ok()) return FrameKind::kOther;
-  }
-  return FrameKind::kTcp;
-}
-
-ParsedFrame ParseIpv6(Rest rest) {
-  WireReader& in = rest.captured;
-  in.Skip(4);  // version, traffic class, flow label
-  const std::uint32_t payload = in.Word16();
-  const std::uint8_t next = in.Byte();
-  in.Skip(1);  // hop limit
-  const Bytes source = in.Bytes(16);
-  const Bytes destination = in.Bytes(16);
-  if (!in.ok()) return {};
-  if (payload != 0) rest.Bound(payload);
-  const FrameKind kind = SkipExtensionHeaders(next, in);
-  if (kind != FrameKind::kTcp) return {kind, {}};
-  return SegmentIn(rest, source, destination);
-}
-
-std::string Ipv4Text(const Endpoint& end) {
-  const auto& a = end.address;
-  char text[16];
-  std::snprintf(text, sizeof text, "%u.%u.%u.%u", a[0], a[1], a[2], a[3]);
-  return text;
-}
-
-using Groups = std::array<std::uint16_t, 8>;  // of an IPv6 address
-
-// The address's longest run of two or more zero groups, which the text leaves
-// out: its first group and the group behind it; 8 and 8 without one.
-struct ZeroRun {
-  unsigned begin = 8, end = 8;
-};
-
-ZeroRun LongestZeroRun(const Groups& groups) {
-  ZeroRun longest;
-  for (unsigned i = 0; i < 8;) {
-    unsigned end = i;
-    while (end < 8 && groups[end] == 0) ++end;
-    const unsigned best = std::max(longest.end - longest.begin, 1u);
-    if (end - i > best) longest = {i, end};
-    i = end + 1;
-  }
-  return longest;
-}
-
-std::string Ipv6Text(const Endpoint& end) {
-  Groups groups;
-  WireReader in(end.address);
-  for (std::uint16_t& group : groups) group = in.Word16();
-  const ZeroRun zeros = LongestZeroRun(groups);
-  std::string text;
-  for (unsigned i = 0; i < 8; ++i) {
-    if (i == zeros.begin) {
-      text += "::";
-      i = zeros.end - 1;
-      continue;
-    }
-    if (!text.empty() && text.back() != ':') text += ':';
-    char group[5];
-    std::snprintf(group, sizeof group, "%x", groups[i]);
-    text += group;
-  }
-  return text;
+ParsedFrame FrameWalk::Ipv6() {
+  in_.Skip(4);  // version, traffic class, flow label
+  const std::uint32_t payload = in_.Word16();
+  const std::uint8_t next = in_.Byte();
+  in_.Skip(1);  // hop limit
+  const Bytes source = in_.Bytes(16);
+  const Bytes destination = in_.Bytes(16);
+  if (!in_.ok()) return {};
+  if (payload != 0) rest_.Bound(payload);
+  const auto content = SkipExtensionHeaders(next, in_);
+  if (!content) return {};
+  if (content->is_fragment) return Fragment(content->protocol);
+  return Inside(content->protocol, source, destination);
 }
 
 }  // namespace
-
-std::string EndpointText(const Endpoint& endpoint) {
-  const std::string port = ":" + std::to_string(endpoint.port);
-  if (endpoint.is_ipv6) return "[" + Ipv6Text(endpoint) + "]" + port;
-  return Ipv4Text(endpoint) + port;
-}
 
 std::optional<TcpHeader> TcpHeader::Parse(std::span<const std::uint8_t> tcp) {
   WireReader in(tcp);
@@ -265,17 +343,8 @@ bool IsLinkTypeKnown(int link_type) {
 ParsedFrame ParseFrame(int link_type, std::span<const std::uint8_t> captured,
                        std::uint32_t wire_length) {
   const auto size = static_cast<std::uint32_t>(captured.size());
-  Rest rest{WireReader(captured), std::max(wire_length, size) - size};
-  if (!SkipLinkHeader(link_type, rest.captured)) return {};
-  const Bytes ip = rest.captured.rest();
-  switch (ip.empty() ? 0 : ip[0] >> 4) {
-    case 4:
-      return ParseIpv4(rest);
-    case 6:
-      return ParseIpv6(rest);
-    default:
-      return {};
-  }
+  const Rest rest{WireReader(captured), std::max(wire_length, size) - size};
+  return FrameWalk(rest).Link(link_type);
 }
 
 }  // namespace host

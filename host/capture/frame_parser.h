@@ -1,29 +1,15 @@
 #ifndef HOST_CAPTURE_FRAME_PARSER_H_
 #define HOST_CAPTURE_FRAME_PARSER_H_
 
-#include <array>
-#include <compare>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
 
+#include "host/capture/endpoint.h"
 #include "host/text/time_text.h"
 
 namespace host {
-
-// One end of a TCP connection. An IPv4 address keeps its four bytes first and
-// zeros behind them.
-struct Endpoint {
-  bool is_ipv6 = false;
-  std::array<std::uint8_t, 16> address{};
-  std::uint16_t port = 0;
-
-  auto operator<=>(const Endpoint&) const = default;
-};
-
-// "192.0.2.10:41522" or "[2001:db8::1]:104", the address as short as can be.
-std::string EndpointText(const Endpoint& endpoint);
 
 inline constexpr std::uint8_t kFin = 0x01;  // flags of a TCP header
 inline constexpr std::uint8_t kSyn = 0x02;
@@ -86,7 +72,8 @@ struct ParsedFrame {
 bool IsLinkTypeKnown(int link_type);
 
 // Finds the TCP segment of a frame: behind the link-layer header with any VLAN
-// tags, in IPv4 with options or IPv6 with extension headers. `captured` are the
+// tags, in IPv4 with options or IPv6 with extension headers, unwrapped from
+// MPLS, PPPoE, GRE, ERSPAN, VXLAN and IP in IP. `captured` are the
 // frame's captured bytes, `wire_length` its length on the wire. The IP length
 // bounds the segment, so link-layer padding is no payload; an IP length of 0,
 // which captures with segmentation offload hold, means up to the end of the

@@ -18,7 +18,7 @@ namespace host {
 struct ReportedRow {
   std::optional<std::uint32_t> index;  // in the module's list, from 0
   ListedRow listed;  // of something without a row: its direction and length
-  const WireRecord* wire = nullptr;           // null: not known
+  const WireRecord* wire = nullptr;  // null: not known
   // Since all before it were complete.
   std::optional<Nanoseconds> since_previous;
   // What became of it, in one line, and its message in the connection's

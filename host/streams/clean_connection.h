@@ -87,8 +87,8 @@ class CleanConnection final : public ConnectionBuilder {
   PduFate HandOverPdu(std::uint32_t direction, const CutPdu& pdu);
   // Completes the facts about one side by what its stream shows.
   void NoteStream(std::uint32_t direction);
-  // Lets the direction's follower see the packets of an item of the PDU, and the
-  // observer the item.
+  // Lets the direction's follower see the packets of an item of the PDU, and
+  // the observer the item.
   void FollowItem(Side& side, const PacketRun& run, const PdvItem& item,
                   const CutPdu& pdu);
   // Writes the notes anew, with all that is known by now.

@@ -1,0 +1,24 @@
+#ifndef HOST_CAPTURE_IPV6_EXTENSIONS_H_
+#define HOST_CAPTURE_IPV6_EXTENSIONS_H_
+
+#include <cstdint>
+#include <optional>
+
+#include "host/capture/wire_bytes.h"
+
+namespace host {
+
+// What the headers of an IPv6 packet lead to.
+struct Ipv6Content {
+  std::uint8_t protocol = 0;
+  bool is_fragment = false;
+};
+
+// Steps over the extension headers, the first of which is of type `next`; none
+// when they are cut.
+std::optional<Ipv6Content> SkipExtensionHeaders(std::uint8_t next,
+                                                WireReader& in);
+
+}  // namespace host
+
+#endif  // HOST_CAPTURE_IPV6_EXTENSIONS_H_
