@@ -125,8 +125,7 @@ std::int32_t VrCodeOf(std::string_view vr_text) {
 }
 
 DicomDictionary::DicomDictionary()
-    : data_text_(ReadTextFile(".\\Data.dic")),
-      uid_text_(ReadTextFile(".\\Uid.dic")) {
+    : data_text_(ReadTextFile("Data.dic")), uid_text_(ReadTextFile("Uid.dic")) {
   ForEachLine(data_text_,
               [this](std::string_view line) { AddDataElement(line); });
   ForEachLine(uid_text_, [this](std::string_view line) { AddUid(line); });

@@ -9,11 +9,10 @@
 
 namespace dicom::testing {
 
-constexpr char kDataDicPath[] = ".\\Data.dic";
-constexpr char kUidDicPath[] = ".\\Uid.dic";
+constexpr char kDataDicPath[] = "Data.dic";
+constexpr char kUidDicPath[] = "Uid.dic";
 
-// Byte for byte. On a system without backslash paths this is a file in the
-// current directory whose name begins with ".\".
+// Byte for byte.
 inline void WriteFileBytes(const char* path, const std::string& bytes) {
   std::ofstream(path, std::ios::binary) << bytes;
 }

@@ -8,8 +8,8 @@ namespace dicom {
 
 // The one place that takes a window's number for an address.
 HostDisplayState::HostDisplayState(HWND host_window)
-    : block_(reinterpret_cast<char*>(static_cast<std::intptr_t>(
-          ::GetWindowLongA(host_window, DICOM_DISPLAY_STATE_INDEX)))) {}
+    : block_(reinterpret_cast<char*>(
+          ::GetWindowLongPtrA(host_window, DICOM_DISPLAY_STATE_INDEX))) {}
 
 template <class T>
 T HostDisplayState::Field(std::size_t offset) const {

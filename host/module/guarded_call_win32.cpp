@@ -2,9 +2,8 @@
 #include <malloc.h>
 
 #include <array>
-#include <cstdio>
-#include <cstring>
 
+#include "host/module/call_failure_text.h"
 #include "host/module/guarded_call.h"
 #include "interface/host_interface.h"
 
@@ -98,7 +97,6 @@ _host_exception_handler:
 
 namespace {
 
-constexpr std::uint32_t kForeignCppException = 0xE06D7363;  // another runtime's
 constexpr std::uint32_t kErrorSeverity = 0xC0000000;
 
 // The text may be anywhere or nowhere: it is read without trusting the address.
@@ -113,40 +111,6 @@ void CopyText(std::uintptr_t address, std::array<char, 512>& text) {
     ++length;
   }
   text[length] = '\0';
-}
-
-unsigned long Hex(std::uintptr_t value) { return value; }
-
-const char* AccessName(std::uintptr_t kind) {
-  return kind == 0 ? "reading" : kind == 1 ? "writing" : "executing";
-}
-
-std::string Describe(const HostException& exception) {
-  std::array<char, 128> text{};
-  switch (exception.code) {
-    case DICOM_DECODE_EXCEPTION:
-      return exception.text[0] != '\0' ? exception.text.data()
-                                       : "a failure without a text";
-    case EXCEPTION_ACCESS_VIOLATION:
-      std::snprintf(text.data(), text.size(),
-                    "access violation at %08lXh (%s address %08lXh)",
-                    Hex(exception.address),
-                    AccessName(exception.first_argument),
-                    Hex(exception.second_argument));
-      break;
-    case EXCEPTION_STACK_OVERFLOW:
-      return "stack overflow";
-    case EXCEPTION_INT_DIVIDE_BY_ZERO:
-      std::snprintf(text.data(), text.size(), "division by zero at %08lXh",
-                    Hex(exception.address));
-      break;
-    case kForeignCppException:
-      return "a C++ exception that nobody handled";
-    default:
-      std::snprintf(text.data(), text.size(), "exception %08lXh at %08lXh",
-                    Hex(exception.code), Hex(exception.address));
-  }
-  return text.data();
 }
 
 }  // namespace
@@ -172,6 +136,34 @@ int host_take_exception(EXCEPTION_RECORD* record, HostException* exception) {
 }
 
 namespace host {
+namespace {
+
+constexpr std::uint32_t kForeignCppException = 0xE06D7363;  // another runtime's
+
+const char* AccessName(std::uintptr_t kind) {
+  return kind == 0 ? "reading" : kind == 1 ? "writing" : "executing";
+}
+
+std::string Describe(const HostException& exception) {
+  switch (exception.code) {
+    case DICOM_DECODE_EXCEPTION:
+      return exception.text[0] != '\0' ? exception.text.data() : kNoText;
+    case EXCEPTION_ACCESS_VIOLATION:
+      return AccessViolationText(exception.address,
+                                 AccessName(exception.first_argument),
+                                 exception.second_argument);
+    case EXCEPTION_STACK_OVERFLOW:
+      return kStackOverflowText;
+    case EXCEPTION_INT_DIVIDE_BY_ZERO:
+      return DivisionByZeroText(exception.address);
+    case kForeignCppException:
+      return "a C++ exception that nobody handled";
+    default:
+      return OtherExceptionText(exception.code, exception.address);
+  }
+}
+
+}  // namespace
 
 std::optional<CallFailure> RunGuarded(void (*function)(void*), void* argument) {
   HostException exception{};

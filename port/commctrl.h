@@ -1,6 +1,7 @@
-/* The tree-view control: the part that the module and its tests use. */
-#ifndef TESTS_WIN32_COMMCTRL_H_
-#define TESTS_WIN32_COMMCTRL_H_
+/* The controls that the module writes into: a tree view, an edit control and
+ * one that only keeps its text. Every class is there from the beginning. */
+#ifndef PORT_COMMCTRL_H_
+#define PORT_COMMCTRL_H_
 
 #include <windows.h>
 
@@ -8,9 +9,17 @@
 extern "C" {
 #endif
 
-void WINAPI InitCommonControls(void);
+#define ICC_TREEVIEW_CLASSES 0x00000002
+typedef struct tagINITCOMMONCONTROLSEX {
+  DWORD dwSize;
+  DWORD dwICC;
+} INITCOMMONCONTROLSEX;
+BOOL WINAPI InitCommonControlsEx(const INITCOMMONCONTROLSEX* wanted);
 
 #define WC_TREEVIEWA "SysTreeView32"
+#define WC_TREEVIEWW L"SysTreeView32"
+#define WC_EDITW L"EDIT"
+#define WC_STATICW L"STATIC"
 #define TVS_HASBUTTONS 0x0001
 #define TVS_HASLINES 0x0002
 
@@ -62,4 +71,4 @@ typedef struct tagTVINSERTSTRUCTA {
 }
 #endif
 
-#endif /* TESTS_WIN32_COMMCTRL_H_ */
+#endif /* PORT_COMMCTRL_H_ */
