@@ -1,16 +1,20 @@
 # The target `pcap`: the static libpcap of this world, built from the distribution's source on first
-# use and kept in build/libpcap, which both worlds share.
+# use and kept in build/libpcap, which all worlds share.
 set(LIBPCAP_DIR ${PROJECT_SOURCE_DIR}/build/libpcap)
 if(WIN32)
-  set(LIBPCAP_LIBRARY ${LIBPCAP_DIR}/win32/libpcap.a)
+  set(LIBPCAP_WORLD win32)
+elseif(NATIVE_PRODUCT)
+  set(LIBPCAP_WORLD linux)
 else()
-  set(LIBPCAP_LIBRARY ${LIBPCAP_DIR}/native/libpcap.a)
+  set(LIBPCAP_WORLD native)
 endif()
+set(LIBPCAP_LIBRARY ${LIBPCAP_DIR}/${LIBPCAP_WORLD}/libpcap.a)
 if(NOT EXISTS ${LIBPCAP_LIBRARY})
   message(STATUS "Building libpcap")
-  execute_process(COMMAND ${PROJECT_SOURCE_DIR}/tools/build-libpcap.sh RESULT_VARIABLE LIBPCAP_RESULT)
+  execute_process(COMMAND ${PROJECT_SOURCE_DIR}/tools/build-libpcap.sh ${LIBPCAP_WORLD}
+    RESULT_VARIABLE LIBPCAP_RESULT)
   if(NOT LIBPCAP_RESULT EQUAL 0)
-    message(FATAL_ERROR "libpcap could not be built: run tools/build-libpcap.sh and see why")
+    message(FATAL_ERROR "libpcap could not be built: run tools/build-libpcap.sh ${LIBPCAP_WORLD} and see why")
   endif()
 endif()
 add_library(pcap STATIC IMPORTED)

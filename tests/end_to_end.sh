@@ -1,8 +1,9 @@
 #!/bin/bash
-# Runs capdump under Wine on every sample and compares what it prints with tests/expected/NAME.txt;
-# then tries its other ways of output and its exit codes.
+# Runs capdump on every sample and compares what it prints with tests/expected/NAME.txt; then tries its
+# other ways of output and its exit codes. A program whose name ends in .exe runs under Wine.
 #
-#   tests/end_to_end.sh [CAPDUMP.EXE]      build/win32/bin/capdump.exe unless named
+#   tests/end_to_end.sh [CAPDUMP [TWIN]]   build/win32/bin/capdump.exe unless named; all that a TWIN
+#                                          prints and answers has to be the same byte for byte
 #   tests/end_to_end.sh --update [...]     writes the expected texts anew
 #
 # An expected text says what is required, not what the program happens to print: after --update,
@@ -16,16 +17,42 @@ if [[ ${1-} == --update ]]; then
   shift
 fi
 program=$(realpath "${1:-$root/build/win32/bin/capdump.exe}")
+twin=${2:+$(realpath "$2")}
+[[ -z $twin || -e $twin ]] || {
+  echo "end_to_end: there is no $twin to compare with: build it first" >&2
+  exit 1
+}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$root/samples"  # the output begins with the name as it was given
 failed=0
-
-capdump() { "$root/tools/with-wine.sh" wine "$program" "$@" </dev/null; }
+exec 3>&2  # for what fails, wherever standard error goes
 
 fail() {
-  echo "end_to_end: $*" >&2
+  echo "end_to_end: $*" >&3
   failed=1
+}
+
+# run NAME PROGRAM ARGUMENT...: leaves NAME.out, NAME.err and NAME.code
+run() {
+  local code=0 wine=()
+  [[ $2 != *.exe ]] || wine=("$root/tools/with-wine.sh" wine)
+  "${wine[@]}" "${@:2}" </dev/null >"$work/$1.out" 2>"$work/$1.err" || code=$?
+  echo "$code" >"$work/$1.code"
+}
+
+capdump() {
+  run program "$program" "$@"
+  if [[ -n $twin ]]; then
+    run twin "$twin" "$@"
+    for part in out err code; do
+      diff -u --label "$program" --label "$twin" "$work/program.$part" "$work/twin.$part" |
+        head -10 >&3 || fail "capdump $*: the two programs differ"
+    done
+  fi
+  cat "$work/program.out"
+  cat "$work/program.err" >&2
+  return "$(<"$work/program.code")"
 }
 
 for sample in *.pcap *.pcapng; do
@@ -50,6 +77,10 @@ for sample in *.pcap *.pcapng; do
   lines=$(jq -s '[.[] | .. | objects | select(has("text"))] | length' "$work/json")
   [[ $lines == $(grep -c '^      \[' "$work/text") ]] ||
     fail "$sample: the JSON has $lines tree lines"
+
+  [[ -z $twin ]] || for options in "--all --as-captured" "--json --as-captured --hex" "--row 3 --tree"; do
+    capdump $options "$sample" >"$work/any" 2>&1 || : # only compared
+  done
 done
 
 # expect CODE SENTENCE ARGUMENT...: the exit code, and a part of standard error
@@ -57,7 +88,7 @@ expect() {
   local code=0
   capdump "${@:3}" >"$work/out" 2>"$work/err" || code=$?
   [[ $code == "$1" ]] || fail "capdump ${*:3}: exit code $code, not $1"
-  grep -Fq -- "$2" "$work/err" || fail "capdump ${*:3}: standard error has no \"$2\""
+  [[ -z $2 ]] || grep -Fq -- "$2" "$work/err" || fail "capdump ${*:3}: standard error has no \"$2\""
 }
 expect 2 "Name a capture file to read"
 expect 2 'There is no option "--trees"' --trees echo.pcap
@@ -65,9 +96,6 @@ expect 2 'The filter "prot 1" is not understood' --filter "prot 1" echo.pcap
 expect 2 "There is no connection 2 in this capture, which holds 1" --connection 2 echo.pcap
 expect 2 "No list has a row 99" --row 99 echo.pcap
 expect 1 "no_such.pcap" no_such.pcap
-expect 1 "There is no module at" --module "$work/no.dll" echo.pcap
-cp "$(dirname "$program")/DicomDecode.dll" "$work"
-expect 1 "needs its dictionary Data.dic" --module "$work/DicomDecode.dll" echo.pcap
 head -c 1500 echo.pcap >"$work/cut ü.pcap"
 expect 1 "breaks off" "$work/cut ü.pcap"
 grep -q "A-ASSOCIATE-AC PDU" "$work/out" || fail "what comes before the damage is not shown"
@@ -81,9 +109,28 @@ for way in "cat echo.pcap" "gzip -c echo.pcap"; do
 done
 
 # The host's saving mode: every line with at most one indentation, CR LF behind it.
-capdump --save "$work/saved" --pdus --row 5 echo.pcap >/dev/null
-printf '%s\r\n' "DICOM - Upper Layer Protokoll: A-RELEASE-RQ PDU (05h)" \
-  "    PDU-Type: A-RELEASE-RQ (05h)" "    Reserved: 00h" "    PDU-Length: 00000004h, 4" \
-  "    Reserved: 00000000h" | diff - "$work/saved" || fail "the saved decode differs"
+for each in "$program" ${twin:+"$twin"}; do
+  run saving "$each" --save "$work/saved" --pdus --row 5 echo.pcap
+  printf '%s\r\n' "DICOM - Upper Layer Protokoll: A-RELEASE-RQ PDU (05h)" \
+    "    PDU-Type: A-RELEASE-RQ (05h)" "    Reserved: 00h" "    PDU-Length: 00000004h, 4" \
+    "    Reserved: 00000000h" | diff - "$work/saved" || fail "what $each saves differs"
+done
+
+# The module, and then its dictionaries, are not where they belong.
+if [[ $program == *.exe ]]; then
+  expect 1 "There is no module at" --module "$work/no.dll" echo.pcap
+  cp "$(dirname "$program")/DicomDecode.dll" "$work"
+  expect 1 "needs its dictionary Data.dic" --module "$work/DicomDecode.dll" echo.pcap
+else
+  there=$(dirname "$program") twin=
+  mkdir -p "$work/usr/bin" "$work/usr/share"
+  cp "$program" "$work/usr/bin"
+  program=$work/usr/bin/capdump
+  expect 1 "neither in $work/usr/bin nor in $work/usr/share/dicom-decode" echo.pcap
+  mkdir "$work/usr/share/dicom-decode"
+  cp "$there"/*.dic "$work/usr/share/dicom-decode"
+  expect 0 "" echo.pcap
+  expect 1 "leave --module out" --module DicomDecode.dll echo.pcap
+fi
 
 exit $failed

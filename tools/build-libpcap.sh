@@ -1,15 +1,20 @@
 #!/bin/bash
 # Builds the static libpcap that the reference host reads capture files with:
-#   build/libpcap/win32/libpcap.a    for the product, with the cross compiler
+#
+#   tools/build-libpcap.sh [WORLD...]    all three unless named
+#
+#   build/libpcap/win32/libpcap.a    for the Windows programs, with the cross compiler
 #   build/libpcap/native/libpcap.a   for the 32-bit tests on this machine
-#   build/libpcap/include/pcap.h     the headers of both
+#   build/libpcap/linux/libpcap.a    for capdump on this machine
+#   build/libpcap/include/pcap.h     the headers of all
 # The source is Debian's, so it is pinned and patched as the distribution does. What is already
 # built is left alone: a second run does nothing.
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 out=$root/build/libpcap
-libraries=("$out/win32/libpcap.a" "$out/native/libpcap.a")
+worlds=("$@")
+((${#worlds[@]})) || worlds=(win32 native linux)
 
 as_root() { if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi; }
 
@@ -64,7 +69,11 @@ build() (
   mv "$out/$name/libpcap.a.new" "$out/$name/libpcap.a"
 )
 
-if [ -f "${libraries[0]}" ] && [ -f "${libraries[1]}" ]; then exit 0; fi
+missing=()
+for world in "${worlds[@]}"; do
+  [ -f "$out/$world/libpcap.a" ] || missing+=("$world")
+done
+[ ${#missing[@]} = 0 ] && exit 0
 
 # The packaging leaves a file with a Windows device name in its source folder, so the work is done
 # on a copy outside the tree.
@@ -79,5 +88,14 @@ sed -i '/testprogs/d' "$work/source/CMakeLists.txt"
 mkdir -p "$out/include/pcap"
 cp "$work/source/pcap.h" "$out/include/"
 cp "$work/source"/pcap/*.h "$out/include/pcap/"
-build win32 -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw32.cmake"
-build native -DCMAKE_C_FLAGS=-m32
+for world in "${missing[@]}"; do
+  case $world in
+    win32) build win32 -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw32.cmake" ;;
+    native) build native -DCMAKE_C_FLAGS=-m32 ;;
+    linux) build linux ;;
+    *)
+      echo "build-libpcap: there is no world \"$world\": name win32, native or linux" >&2
+      exit 1
+      ;;
+  esac
+done

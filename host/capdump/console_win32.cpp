@@ -7,7 +7,7 @@
 
 #include "host/capdump/console.h"
 #include "host/text/failure.h"
-#include "host/text/wide_text.h"
+#include "host/text/system_error.h"
 
 namespace host {
 namespace {

@@ -16,6 +16,20 @@ namespace {
 
 int DescriptorOf(std::intptr_t handle) { return static_cast<int>(handle); }
 
+// Why a file cannot be opened, in the words of the other system's.
+std::string ErrorText(int error) {
+  switch (error) {
+    case ENOENT:
+    case ENOTDIR:
+      return "there is no such file";
+    case EACCES:
+    case EISDIR:
+      return "access is denied, or it is a folder";
+    default:
+      return std::strerror(error);
+  }
+}
+
 [[noreturn]] void FailReading() {
   throw Failure(std::string("The capture file cannot be read any more (") +
                 std::strerror(errno) + "): see that it stays where it is.");
@@ -33,7 +47,7 @@ int DescriptorOf(std::intptr_t handle) { return static_cast<int>(handle); }
 
 SystemFile::Opened SystemFile::Open(const std::filesystem::path& path) {
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) return {nullptr, std::strerror(errno)};
+  if (descriptor < 0) return {nullptr, ErrorText(errno)};
   return {std::unique_ptr<SystemFile>(new SystemFile(descriptor)), {}};
 }
 

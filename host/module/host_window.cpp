@@ -9,14 +9,14 @@ namespace {
 constexpr wchar_t kClassName[] = L"DicomReferenceHost";
 // Extra window memory: the display state's address, where the module looks for
 // it, and behind it our own object.
-constexpr int kObjectIndex = DICOM_DISPLAY_STATE_INDEX + sizeof(LONG);
-constexpr int kExtraBytes = kObjectIndex + sizeof(LONG);
+constexpr int kObjectIndex = DICOM_DISPLAY_STATE_INDEX + sizeof(LONG_PTR);
+constexpr int kExtraBytes = kObjectIndex + sizeof(LONG_PTR);
 
 constexpr LRESULT kDone = 0;
 constexpr LRESULT kRefused = 1;
 
-LONG AsLong(const void* address) {
-  return static_cast<LONG>(reinterpret_cast<std::uintptr_t>(address));
+LONG_PTR AsLong(const void* address) {
+  return static_cast<LONG_PTR>(reinterpret_cast<std::uintptr_t>(address));
 }
 
 void RegisterClassOnce(WNDPROC procedure) {
@@ -33,9 +33,9 @@ void RegisterClassOnce(WNDPROC procedure) {
 HostWindow::HostWindow(const PacketFeed& feed) : feed_(feed) {
   RegisterClassOnce(OnMessage);
   window_ = MakeHiddenWindow(kClassName, 0);
-  SetWindowLongW(window_.get(), DICOM_DISPLAY_STATE_INDEX,
-                 AsLong(state_.Block()));
-  SetWindowLongW(window_.get(), kObjectIndex, AsLong(this));
+  SetWindowLongPtrW(window_.get(), DICOM_DISPLAY_STATE_INDEX,
+                    AsLong(state_.Block()));
+  SetWindowLongPtrW(window_.get(), kObjectIndex, AsLong(this));
 }
 
 std::uint32_t HostWindow::PacketCount() const {
@@ -45,7 +45,7 @@ std::uint32_t HostWindow::PacketCount() const {
 LRESULT CALLBACK HostWindow::OnMessage(HWND window, UINT message, WPARAM code,
                                        LPARAM data) {
   auto* self =
-      reinterpret_cast<HostWindow*>(GetWindowLongW(window, kObjectIndex));
+      reinterpret_cast<HostWindow*>(GetWindowLongPtrW(window, kObjectIndex));
   if (message == DICOM_HOST_MESSAGE && self != nullptr) {
     return self->Answer(code, data);
   }

@@ -43,6 +43,9 @@ class Module {
   // Differs after each Reload, by whomever.
   unsigned Generation() const { return generation_; }
   const std::filesystem::path& path() const { return library_.path(); }
+  std::filesystem::path DictionaryFolder() const {
+    return library_.DictionaryFolder();
+  }
 
   // Major number in the upper 24 bits. Throws Failure.
   std::int32_t Version();

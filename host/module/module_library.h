@@ -23,13 +23,14 @@ struct ModuleFunctions {
 };
 
 // The module's code in this process: the one place that knows how it comes in.
+// On Windows it is a DLL; elsewhere it is linked in, and the program's own path
+// stands for it.
 // Freeing and loading it again makes it forget everything. Loading and freeing
 // run code of the module, guarded; its message boxes are the caller's to
 // answer.
 class ModuleLibrary {
  public:
-  // Loads nothing yet. `path` is that of DicomDecode.dll, absolute; the
-  // dictionaries are read from the same folder.
+  // Loads nothing yet. `path` is that of DicomDecode.dll, absolute.
   explicit ModuleLibrary(std::filesystem::path path);
   ~ModuleLibrary();
   ModuleLibrary(const ModuleLibrary&) = delete;
@@ -41,6 +42,10 @@ class ModuleLibrary {
   void Free();  // nothing when nothing is loaded
 
   const std::filesystem::path& path() const { return path_; }
+  // Where the dictionaries are read from: beside the DLL; where the module is
+  // linked in, beside the program or else in ../share/dicom-decode, and empty
+  // when they are in neither.
+  std::filesystem::path DictionaryFolder() const;
   // Valid while the library is loaded.
   const ModuleFunctions& functions() const { return functions_; }
 
@@ -56,7 +61,8 @@ class ModuleLibrary {
   ModuleFunctions functions_;
 };
 
-// Where the module is when nobody names another one: beside this program.
+// Where the module is when nobody names another one: beside this program, or
+// the program itself.
 std::filesystem::path ModuleBesideProgram();
 
 }  // namespace host

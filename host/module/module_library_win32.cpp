@@ -8,7 +8,7 @@
 #include "host/module/module_library.h"
 #include "host/text/failure.h"
 #include "host/text/file_name.h"
-#include "host/text/wide_text.h"
+#include "host/text/system_error.h"
 
 namespace host {
 namespace {
@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kLongestPath = 32768;
 constexpr const char* kNameAnother = "): name another file with --module.";
 
-// The module opens ".\Data.dic" and ".\Uid.dic" while it is being loaded.
+// The module reads Data.dic and Uid.dic while it is being loaded.
 class CurrentDirectoryScope {
  public:
   explicit CurrentDirectoryScope(const std::filesystem::path& folder) {
@@ -118,6 +118,10 @@ void ModuleLibrary::ResolveFunctions() {
   resolve("ClearDicomDisplay", functions_.clear_display);
   resolve("SaveDicomDecodeToFile", functions_.save_decode);
   resolve("PrintDicomDecode", functions_.print_decode);
+}
+
+std::filesystem::path ModuleLibrary::DictionaryFolder() const {
+  return path_.parent_path();
 }
 
 std::filesystem::path ModuleBesideProgram() {

@@ -20,11 +20,11 @@ std::string DictionaryLine(const std::filesystem::path& folder,
 
 std::string ModuleVersionText(Module& module) {
   const std::int32_t version = module.Version();
-  const std::filesystem::path& path = module.path();
-  return Utf8FromPath(path) + " " + std::to_string(version >> 8) + "." +
+  const std::filesystem::path folder = module.DictionaryFolder();
+  return Utf8FromPath(module.path()) + " " + std::to_string(version >> 8) + "." +
          std::to_string(version & 0xFF) + "\n" +
-         DictionaryLine(path.parent_path(), "Data.dic") +
-         DictionaryLine(path.parent_path(), "Uid.dic");
+         DictionaryLine(folder, "Data.dic") +
+         DictionaryLine(folder, "Uid.dic");
 }
 
 }  // namespace host

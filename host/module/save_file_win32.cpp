@@ -3,7 +3,7 @@
 #include "host/module/save_file.h"
 #include "host/text/failure.h"
 #include "host/text/file_name.h"
-#include "host/text/wide_text.h"
+#include "host/text/system_error.h"
 
 namespace host {
 

@@ -1,7 +1,7 @@
 #include "host/module/window_handle.h"
 
 #include "host/text/failure.h"
-#include "host/text/wide_text.h"
+#include "host/text/system_error.h"
 
 namespace host {
 

@@ -11,7 +11,7 @@ namespace host {
 
 // As the module wrote it: bytes of code page 1252.
 std::string AnsiTextOf(HWND window);
-// As a person typed it.
+// As a person typed it; only where there are people, on Windows.
 std::wstring WideTextOf(HWND window);
 
 }  // namespace host

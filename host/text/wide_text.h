@@ -15,10 +15,6 @@ std::string Utf8FromWide(std::wstring_view wide);
 // nearest character that it knows, or a question mark.
 std::string CodePage1252FromWide(std::wstring_view wide);
 
-// The system's sentence for a Win32 error code (GetLastError), in English and
-// without a full stop, to stand in brackets: "Access is denied".
-std::string SystemErrorText(unsigned long error);
-
 }  // namespace host
 
 #endif  // HOST_TEXT_WIDE_TEXT_H_

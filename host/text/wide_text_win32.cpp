@@ -1,6 +1,6 @@
-#include "host/text/wide_text.h"
-
 #include <windows.h>
+
+#include "host/text/wide_text.h"
 
 namespace host {
 
@@ -31,18 +31,6 @@ std::string CodePage1252FromWide(std::wstring_view wide) {
   text.resize(static_cast<std::size_t>(WideCharToMultiByte(
       1252, 0, wide.data(), units, text.data(), units, nullptr, nullptr)));
   return text;
-}
-
-std::string SystemErrorText(unsigned long error) {
-  wchar_t text[256] = L"";
-  DWORD length = FormatMessageW(
-      FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-      error, MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), text, 256, nullptr);
-  while (length > 0 && (text[length - 1] <= L' ' || text[length - 1] == L'.')) {
-    --length;
-  }
-  if (length == 0) return "error " + std::to_string(error);
-  return Utf8FromWide({text, length});
 }
 
 }  // namespace host
