@@ -2,7 +2,8 @@
 # Shows the DICOM traffic of a capture file:
 #
 #   ./run.sh [capdump options] [CAPTURE]
-#   ./run.sh --window [CAPTURE]             in a window, on your display
+#   ./run.sh --native [capdump options] [CAPTURE]    without Wine, by capdump for this system
+#   ./run.sh --window [CAPTURE]                      in a window, on your display
 #
 # Installs what is missing, builds, and runs capdump under Wine; ./run.sh --help lists its options.
 # Without a capture it shows a sample with its decode trees. Names are relative to where you are.
@@ -11,13 +12,13 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 sample=$root/samples/store_explicit_le.pcap
 
-# Builds quietly: what went wrong is shown, what went well is not.
+# build PRESET TARGET...: quietly, what went wrong is shown, what went well is not.
 build() {
   local log=$root/build/run.log
   mkdir -p "$root/build"
   {
-    [[ -e $root/build/win32/build.ninja ]] || (cd "$root" && cmake --preset win32)
-    cmake --build "$root/build/win32" --target module capdump capview
+    [[ -e $root/build/$1/build.ninja ]] || (cd "$root" && cmake --preset "$1")
+    cmake --build "$root/build/$1" --target "${@:2}"
   } >"$log" 2>&1 || {
     cat "$log" >&2
     echo "run.sh: the build failed, see above" >&2
@@ -53,7 +54,7 @@ explain_no_display() {
 
 show_window() {
   [[ -n ${DISPLAY-} ]] || explain_no_display "$@"
-  build
+  build win32 module capview
   (($#)) || set -- "$sample"
   # A prefix of its own: the other one's desktop is on the virtual display.
   export WINEPREFIX=${WINEPREFIX:-$root/build/wine-prefix-window} WINEARCH=win32 LC_ALL=C.UTF-8
@@ -64,15 +65,24 @@ show_window() {
   exit "$code"
 }
 
-"$root/tools/install-packages.sh"
-if [[ ${1-} == --window ]]; then
+native=false
+if [[ ${1-} == --native ]]; then
+  native=true
   shift
-  show_window "$@"
+  "$root/tools/install-packages.sh" linux
+  build linux capdump
+else
+  "$root/tools/install-packages.sh"
+  if [[ ${1-} == --window ]]; then
+    shift
+    show_window "$@"
+  fi
+  build win32 module capdump
 fi
-build
 if (($# == 0)); then
   set -- --tree "$sample"
 elif ! is_complete "$@"; then
   set -- "$@" "$sample"
 fi
+! $native || exec "$root/build/linux/bin/capdump" "$@"
 exec "$root/tools/with-wine.sh" wine "$root/build/win32/bin/capdump.exe" "$@"
