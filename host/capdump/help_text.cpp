@@ -11,15 +11,16 @@ namespace {
 constexpr std::size_t kColumns = 79;
 constexpr std::size_t kMargin = 2;
 
-constexpr std::string_view kBefore = R"(usage: capdump [options] CAPTURE
+constexpr std::string_view kUsage = "usage: capdump [options] CAPTURE\n\n";
 
-Lists the DICOM traffic of a capture file (pcap or pcapng): for each TCP
+constexpr std::string_view kIntroduction =
+    R"(Lists the DICOM traffic of a capture file (pcap or pcapng): for each TCP
 connection that carries DICOM its PDUs and its DIMSE messages, and on demand
 the decode of each, field by field.
 )";
 
-constexpr std::string_view kBehind = R"(
-Times are UTC. All output is UTF-8. The exit code is 0, or 1 when a file cannot
+constexpr std::string_view kClosing =
+    R"(Times are UTC. All output is UTF-8. The exit code is 0, or 1 when a file cannot
 be read or written, or 2 when the command line is wrong.
 )";
 
@@ -54,13 +55,18 @@ void AppendWords(std::string_view words, std::size_t column,
 
 }  // namespace
 
+std::string_view HelpIntroduction() { return kIntroduction; }
+
+std::string_view HelpClosing() { return kClosing; }
+
 std::string HelpText() {
   std::size_t longest = 0;
   for (const OptionRow& option : OptionTable()) {
     longest = std::max(longest, Usage(option).size());
   }
   const std::size_t column = kMargin + longest + 1;
-  std::string text(kBefore);
+  std::string text(kUsage);
+  text.append(kIntroduction);
   std::string_view group;
   for (const OptionRow& option : OptionTable()) {
     if (option.group != group) {
@@ -72,7 +78,7 @@ std::string HelpText() {
     text.append(column - kMargin - usage.size(), ' ');
     AppendWords(option.help, column, text);
   }
-  return text.append(kBehind);
+  return text.append("\n").append(kClosing);
 }
 
 }  // namespace host

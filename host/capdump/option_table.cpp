@@ -63,8 +63,8 @@ constexpr OptionRow kRows[] = {
      "folder for temporary files; without it half of the room there",
      &Options::most_temporary_megabytes},
     {kRead, "--module", "", "PATH", "the path of DicomDecode.dll",
-     "the module, with its dictionaries beside it; without it DicomDecode.dll "
-     "beside this program",
+     "on Windows the module, with its dictionaries beside it; without it "
+     "DicomDecode.dll beside this program",
      &Options::module},
     {kWritten, "--save", "", "FILE", "the file to write",
      "the decode lines of the rows, as the module saves them",
