@@ -94,10 +94,11 @@ expect 2 "Name a capture file to read"
 expect 2 'There is no option "--trees"' --trees echo.pcap
 expect 2 'The filter "prot 1" is not understood' --filter "prot 1" echo.pcap
 expect 2 "There is no connection 2 in this capture, which holds 1" --connection 2 echo.pcap
+expect 2 "There is no connection 2 in this capture, which holds 1" --pdus --connection 2 echo.pcap
 expect 2 "No list has a row 99" --row 99 echo.pcap
 expect 1 "no_such.pcap" no_such.pcap
 head -c 1500 echo.pcap >"$work/cut ü.pcap"
-expect 1 "breaks off" "$work/cut ü.pcap"
+expect 1 "breaks off" --pdus "$work/cut ü.pcap"
 grep -q "A-ASSOCIATE-AC PDU" "$work/out" || fail "what comes before the damage is not shown"
 
 # A pipe and a compressed file are the capture that they bring.
@@ -107,6 +108,14 @@ for way in "cat echo.pcap" "gzip -c echo.pcap"; do
   sed '1s/^-/echo.pcap/' "$work/out" | cmp -s - <(capdump --tree echo.pcap) ||
     fail "$way: the text differs"
 done
+
+# What is wrong comes first, and scripts can ask for it.
+expect 0 "" --check echo.pcap
+grep -q "^No fault: 1 association" "$work/out" || fail "a healthy capture is not called so"
+expect 3 "" --check reject_called_aet.pcap
+sed -n 4p "$work/out" | grep -q "^FAULT .*rejected the association" || fail "the rejection is not first"
+capdump --json reject_called_aet.pcap | head -1 | jq -e '.kind == "finding" and .severity == "fault"
+  and .slug == "reject-called-ae-unknown"' >/dev/null || fail "the rejection is not the first object"
 
 # The host's saving mode: every line with at most one indentation, CR LF behind it.
 for each in "$program" ${twin:+"$twin"}; do
@@ -118,19 +127,19 @@ done
 
 # The module, and then its dictionaries, are not where they belong.
 if [[ $program == *.exe ]]; then
-  expect 1 "There is no module at" --module "$work/no.dll" echo.pcap
+  expect 1 "There is no module at" --pdus --module "$work/no.dll" echo.pcap
   cp "$(dirname "$program")/DicomDecode.dll" "$work"
-  expect 1 "needs its dictionary Data.dic" --module "$work/DicomDecode.dll" echo.pcap
+  expect 1 "needs its dictionary Data.dic" --pdus --module "$work/DicomDecode.dll" echo.pcap
 else
   there=$(dirname "$program") twin=
   mkdir -p "$work/usr/bin" "$work/usr/share"
   cp "$program" "$work/usr/bin"
   program=$work/usr/bin/capdump
-  expect 1 "neither in $work/usr/bin nor in $work/usr/share/dicom-decode" echo.pcap
+  expect 1 "neither in $work/usr/bin nor in $work/usr/share/dicom-decode" --pdus echo.pcap
   mkdir "$work/usr/share/dicom-decode"
   cp "$there"/*.dic "$work/usr/share/dicom-decode"
-  expect 0 "" echo.pcap
-  expect 1 "leave --module out" --module DicomDecode.dll echo.pcap
+  expect 0 "" --pdus echo.pcap
+  expect 1 "leave --module out" --pdus --module DicomDecode.dll echo.pcap
 fi
 
 exit $failed

@@ -98,7 +98,7 @@ TEST(OptionTableTest, EveryPlaceThatNamesTheOptionsAgrees) {
             std::string::npos)
       << "run.sh has to know the options with a value:\n\n"
       << in_shell;
-  EXPECT_NE(HelpText().find("\nWhat is shown\n"
+  EXPECT_NE(HelpText().find("\n"
                             "  --tree               the decode tree of each "
                             "row, each line with its bytes as\n"
                             "                       [offset+length]\n"),

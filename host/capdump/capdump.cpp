@@ -10,6 +10,7 @@
 #include "host/capdump/dump.h"
 #include "host/capdump/help_text.h"
 #include "host/capdump/options.h"
+#include "host/capdump/overview.h"
 #include "host/capdump/progress_line.h"
 #include "host/capture/capture_reader.h"
 #include "host/dialogue/dialogue_reader.h"
@@ -22,7 +23,12 @@
 namespace host {
 namespace {
 
-enum ExitCode { kSuccess = 0, kUnreadable = 1, kWrongCommandLine = 2 };
+enum ExitCode {
+  kSuccess = 0,
+  kUnreadable = 1,
+  kWrongCommandLine = 2,
+  kFaultFound = 3,
+};
 
 std::vector<Connection> ReadConnections(CaptureLoader& loader) {
   ProgressLine progress;
@@ -64,6 +70,18 @@ std::optional<std::uint64_t> MostTemporaryBytes(const Options& options) {
   return kMegabyte * std::min(*options.most_temporary_megabytes, kMost);
 }
 
+// What is wrong and what happened, or the lists.
+void ShowRest(const Options& options,
+              const std::vector<Connection>& connections,
+              const Overview& overview) {
+  if (options.json) overview.ShowJson(options, WriteOutput);
+  if (options.ShowsLists()) {
+    Dump(options).Show(connections);
+  } else if (!options.json) {
+    overview.Show(options, WriteOutput);
+  }
+}
+
 ExitCode DumpCapture(const Options& options) {
   CaptureLoader loader(
       PathFromUtf8(options.capture),
@@ -73,15 +91,17 @@ ExitCode DumpCapture(const Options& options) {
        .most_temporary = MostTemporaryBytes(options),
        .observe = ReadDialogues()});
   const std::vector<Connection> connections = ReadConnections(loader);
+  const Overview overview(connections, {.damage = loader.Damage()});
   if (!options.export_folder.empty() || DataOutput::IsWanted(options)) {
     ShowData(options, connections);
   } else if (options.contexts) {
     ShowContexts(options, connections);
   } else {
-    Dump(options).Show(connections);
+    ShowRest(options, connections, overview);
   }
   for (const std::string& note : loader.Notes()) Complain(note);
-  return loader.Damage().empty() ? kSuccess : kUnreadable;
+  if (!loader.Damage().empty()) return kUnreadable;
+  return options.check && overview.HasFault() ? kFaultFound : kSuccess;
 }
 
 ExitCode Run(const std::vector<std::string>& arguments) {

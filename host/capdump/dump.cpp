@@ -39,7 +39,9 @@ Dump::Dump(const Options& options)
 
 void Dump::Show(const std::vector<Connection>& connections) {
   connections_ = connections.size();
-  RequireConnection();
+  if (options_.connection) {
+    RequireConnection(*options_.connection, connections_);
+  }
   report_->BeginCapture(options_.capture, connections.size(),
                         CountDicom(connections));
   for (std::size_t i = 0; i < connections.size(); ++i) {
@@ -51,14 +53,6 @@ void Dump::Show(const std::vector<Connection>& connections) {
 bool Dump::IsWanted(std::size_t index, const Connection& connection) const {
   if (options_.connection) return index == *options_.connection;
   return options_.all_connections || connection.carries_dicom;
-}
-
-void Dump::RequireConnection() const {
-  if (!options_.connection || *options_.connection < connections_) return;
-  throw UsageError("There is no connection " +
-                   std::to_string(*options_.connection + 1) +
-                   " in this capture, which holds " +
-                   std::to_string(connections_) + ": --all lists them.");
 }
 
 void Dump::RequireRow() const {

@@ -36,8 +36,7 @@ class Dump {
  private:
   // Connections are known by their index in the capture, from 0.
   bool IsWanted(std::size_t index, const Connection& connection) const;
-  // Both throw UsageError: before anything is shown, and when all is.
-  void RequireConnection() const;
+  // Throws UsageError, when all is shown.
   void RequireRow() const;
 
   // Each shows itself and what is below it. A list leaves out the rows that

@@ -14,14 +14,15 @@ constexpr std::size_t kMargin = 2;
 constexpr std::string_view kUsage = "usage: capdump [options] CAPTURE\n\n";
 
 constexpr std::string_view kIntroduction =
-    R"(Lists the DICOM traffic of a capture file (pcap or pcapng): for each TCP
-connection that carries DICOM its PDUs and its DIMSE messages, and on demand
-the decode of each, field by field.
+    R"(Shows what is wrong in the DICOM traffic of a capture file (pcap or pcapng),
+and what happened in each connection; on demand lists the PDUs and the DIMSE
+messages, and decodes each, field by field.
 )";
 
 constexpr std::string_view kClosing =
     R"(Times are UTC. All output is UTF-8. The exit code is 0, or 1 when a file cannot
-be read or written, or 2 when the command line is wrong.
+be read or written, or 2 when the command line is wrong, or 3 when --check
+has found a fault.
 )";
 
 // "--row N", "--help, -h".

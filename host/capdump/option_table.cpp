@@ -14,6 +14,10 @@ constexpr std::string_view kWritten = "What is written besides";
 constexpr std::string_view kAbout = "About capdump";
 
 constexpr OptionRow kRows[] = {
+    {kShown, "--findings", "", "", "",
+     "only what is wrong, all of it, with its evidence", &Options::findings},
+    {kShown, "--check", "", "", "",
+     "end with exit code 3 if there is a fault, for scripts", &Options::check},
     {kShown, "--tree", "", "", "",
      "the decode tree of each row, each line with its bytes as [offset+length]",
      &Options::tree},
@@ -22,9 +26,10 @@ constexpr OptionRow kRows[] = {
      &Options::no_message_data},
     {kShown, "--hex", "", "", "", "the hex dump of each row's bytes",
      &Options::hex},
-    {kShown, "--pdus", "", "", "", "only the PDUs", &Options::only_pdus},
-    {kShown, "--messages", "", "", "", "only the DIMSE messages",
-     &Options::only_messages},
+    {kShown, "--pdus", "", "", "", "the list of the PDUs, and no other",
+     &Options::only_pdus},
+    {kShown, "--messages", "", "", "",
+     "the list of the DIMSE messages, and no other", &Options::only_messages},
     {kShown, "--contexts", "", "", "",
      "the negotiation of each association, what is odd about it and what would "
      "have matched, and no lists",
@@ -36,8 +41,8 @@ constexpr OptionRow kRows[] = {
     {kShown, "--all", "", "", "", "every TCP connection, DICOM or not",
      &Options::all_connections},
     {kShown, "--json", "", "", "",
-     "one JSON object a line, for jq: \"kind\" is \"connection\", \"pdu\" or "
-     "\"message\"",
+     "one JSON object a line, for jq: \"kind\" is \"finding\", "
+     "\"connection\", \"pdu\" or \"message\"",
      &Options::json},
     {kCarried, "--dump", "", "", "",
      "every element of command set and data set, with path and position",

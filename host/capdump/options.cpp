@@ -135,6 +135,12 @@ void TakeCapture(std::string name, Options& options) {
 
 }  // namespace
 
+bool Options::ShowsLists() const {
+  if (findings) return false;
+  return json || tree || no_message_data || hex || only_pdus || only_messages ||
+         row || as_captured || !save_file.empty();
+}
+
 std::vector<ListKind> Options::Lists() const {
   if (only_pdus == only_messages) {
     return {ListKind::kPdus, ListKind::kMessages};
@@ -161,6 +167,13 @@ Options ParseOptions(const std::vector<std::string>& argument_list) {
     throw UsageError("Name a capture file to read" + std::string(kSeeHelp));
   }
   return options;
+}
+
+void RequireConnection(std::uint32_t index, std::size_t connections) {
+  if (index < connections) return;
+  throw UsageError("There is no connection " + std::to_string(index + 1) +
+                   " in this capture, which holds " +
+                   std::to_string(connections) + ": --all lists them.");
 }
 
 }  // namespace host

@@ -1,6 +1,7 @@
 #ifndef HOST_CAPDUMP_OPTIONS_H_
 #define HOST_CAPDUMP_OPTIONS_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -32,6 +33,8 @@ struct Options {
   bool all_connections = false;
   bool contexts = false;  // instead of the lists
   bool json = false;
+  bool findings = false;  // nothing but what is wrong, all of it
+  bool check = false;     // the exit code says whether there is a fault
 
   // What messages carry, in place of the lists.
   bool dump = false;
@@ -53,6 +56,9 @@ struct Options {
   bool version = false;
   bool help = false;
 
+  // Whether the module's lists are asked for; else what is wrong and what
+  // happened is told.
+  bool ShowsLists() const;
   // The lists that are shown, in the order in which they are.
   std::vector<ListKind> Lists() const;
 };
@@ -61,6 +67,10 @@ struct Options {
 // behind "--" is no option. A value may be attached: "--row=5". Throws
 // UsageError, which says what to write instead.
 Options ParseOptions(const std::vector<std::string>& arguments);
+
+// Throws UsageError if a capture with so many connections has none of this
+// index.
+void RequireConnection(std::uint32_t index, std::size_t connections);
 
 }  // namespace host
 

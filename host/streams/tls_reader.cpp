@@ -100,6 +100,13 @@ void ReadHello(Bytes bytes, TlsFacts& facts) {
   }
 }
 
+void NoteEncrypted(std::uint32_t length, std::uint32_t frame, TlsFacts& facts) {
+  if (facts.encrypted_records++ == 0) facts.first_encrypted_frame = frame;
+  facts.last_encrypted_bytes = length;
+  facts.last_but_one_encrypted_frame = facts.last_encrypted_frame;
+  facts.last_encrypted_frame = frame;
+}
+
 }  // namespace
 
 std::optional<TlsFacts> ReadTls(const StreamAssembler& stream) {
@@ -125,8 +132,8 @@ std::optional<TlsFacts> ReadTls(const StreamAssembler& stream) {
         facts.alert = TlsFacts::Alert{alert[0] == 2, alert[1]};
       }
     } else if (record->type == kApplicationData) {
-      ++facts.encrypted_records;
-      facts.last_encrypted_bytes = record->length;
+      NoteEncrypted(record->length,
+                    stream.Frames(body, body + record->length).last, facts);
     }
     at = body + record->length;
     record = RecordAt(stream, at);

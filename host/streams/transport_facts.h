@@ -34,9 +34,13 @@ struct TlsFacts {
   std::string server_name;  // that the client asks for; often empty
   std::optional<Alert> alert;
   // Among the first records: those that hold application data or, in TLS 1.3,
-  // anything that is encrypted; and the bytes of the last one.
+  // anything that is encrypted; the bytes of the last one; and the frames in
+  // which the first, the last but one and the last ended, 0 for none.
   std::uint32_t encrypted_records = 0;
   std::uint32_t last_encrypted_bytes = 0;
+  std::uint32_t first_encrypted_frame = 0;
+  std::uint32_t last_but_one_encrypted_frame = 0;
+  std::uint32_t last_encrypted_frame = 0;
 };
 
 // What one side of a connection sent. Counts are of packets unless they name

@@ -1,0 +1,52 @@
+#include "host/capdump/findings_report.h"
+#include "host/text/json_object.h"
+
+namespace host {
+namespace {
+
+std::string ConnectionsJson(const Finding& finding) {
+  std::string json = "[";
+  for (const std::size_t index : finding.connections) {
+    json += (json.size() == 1 ? "" : ",") + std::to_string(index + 1);
+  }
+  return json + "]";
+}
+
+std::string FindingJson(const Scene& scene, const Finding& finding) {
+  JsonObject object;
+  object.Text("kind", "finding");
+  object.Text("slug", finding.kind->slug);
+  object.Text("severity", SeverityText(finding.severity));
+  object.Text("about", OriginText(finding.kind->origin));
+  object.Text("sentence", finding.sentence);
+  object.Text("advice", finding.kind->advice);
+  object.Texts("evidence", finding.evidence);
+  object.Number("count", finding.count);
+  if (finding.connection < scene.connections().size()) {
+    const Connection& connection =
+        *scene.connections()[finding.connection].connection;
+    object.Value("connections", ConnectionsJson(finding));
+    if (const auto row = RowOf(connection.pdus, finding.pdu)) {
+      object.Number("pdu", *row + 1);
+    }
+    if (const auto row = RowOf(connection.messages, finding.message)) {
+      object.Number("message", *row + 1);
+    }
+  }
+  if (finding.first_frame != 0) {
+    object.Number("first_frame", finding.first_frame);
+    object.Number("last_frame", finding.last_frame);
+  }
+  return std::move(object).Close();
+}
+
+}  // namespace
+
+void WriteFindingsJson(const Scene& scene, const std::vector<Finding>& findings,
+                       const Sink& sink) {
+  for (const Finding& finding : findings) {
+    sink(FindingJson(scene, finding) + "\n");
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,50 @@
+#ifndef HOST_CAPDUMP_FINDINGS_REPORT_H_
+#define HOST_CAPDUMP_FINDINGS_REPORT_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/capdump/report.h"
+#include "host/findings/finding.h"
+#include "host/findings/scene.h"
+
+namespace host {
+
+// What is shown before any list: what is wrong, and what happened. Each hands
+// on its text in few pieces.
+
+// Which connections are told about, by their index.
+using IsWantedConnection = std::function<bool(std::size_t)>;
+
+// The position in the module's list of the record `index`; none when it has no
+// row there.
+std::optional<std::size_t> RowOf(const std::vector<WireRecord>& records,
+                                 std::optional<std::uint32_t> index);
+
+// At most `most` findings, and how many more there are; each with its side,
+// cause, place and advice, the evidence too if asked for. One line says so when
+// nothing is wrong.
+struct FindingsShown {
+  std::size_t most = 10;
+  bool evidence = false;
+};
+void WriteFindings(const Scene& scene, const std::vector<Finding>& findings,
+                   const FindingsShown& shown, const Sink& sink);
+
+// The story of each connection that concerns DICOM and is wanted; stories of
+// one shape are told once.
+void WriteStories(const Scene& scene, const IsWantedConnection& is_wanted,
+                  const Sink& sink);
+
+// One object a finding, a line each.
+void WriteFindingsJson(const Scene& scene, const std::vector<Finding>& findings,
+                       const Sink& sink);
+
+}  // namespace host
+
+#endif  // HOST_CAPDUMP_FINDINGS_REPORT_H_

@@ -1,0 +1,242 @@
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "host/capdump/findings_report.h"
+#include "host/findings/story.h"
+#include "host/text/number_text.h"
+#include "host/text/text_encoding.h"
+#include "host/text/time_text.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kColumns = 100;
+constexpr std::size_t kSeverityColumns = 9;  // "warning  "
+constexpr std::size_t kTimeColumns = 12;     // "  0.001951  "
+constexpr std::size_t kMostSteps = 24;       // of a story
+constexpr std::size_t kMostStories = 20;
+constexpr std::size_t kConnectionsNamed = 3;
+
+// `words` behind what the line holds, and in lines of their own from `column`
+// on.
+void AppendWrapped(std::string_view words, std::size_t column,
+                   std::string& text) {
+  const std::size_t line_begin = text.rfind('\n') + 1;
+  std::size_t width = ColumnsOf(std::string_view(text).substr(line_begin));
+  bool begins = true;
+  while (!words.empty()) {
+    const std::size_t length = std::min(words.find(' '), words.size());
+    const std::string_view word = words.substr(0, length);
+    const std::size_t columns = ColumnsOf(word);
+    if (!begins && width + 1 + columns > kColumns) {
+      text.append("\n").append(column, ' ');
+      width = column;
+      begins = true;
+    }
+    if (!begins) {
+      text += ' ';
+      ++width;
+    }
+    text += word;
+    width += columns;
+    begins = false;
+    words.remove_prefix(std::min(length + 1, words.size()));
+  }
+  text += '\n';
+}
+
+std::string FramesText(const Finding& finding) {
+  if (finding.first_frame == 0) return {};
+  const std::string first = std::to_string(finding.first_frame);
+  if (finding.first_frame == finding.last_frame) return ", frame " + first;
+  return ", frames " + first + "-" + std::to_string(finding.last_frame);
+}
+
+// "[connection 3, PDU 2, frame 6]".
+std::string PlaceText(const Scene& scene, const Finding& finding) {
+  if (finding.connection >= scene.connections().size()) return {};
+  const Connection& connection =
+      *scene.connections()[finding.connection].connection;
+  std::string text = "[";
+  if (finding.count > 1) {
+    text += NumberText(finding.count) + " times in ";
+  }
+  const std::size_t named =
+      std::min(finding.connections.size(), kConnectionsNamed);
+  text += finding.connections.size() > 1 ? "connections " : "connection ";
+  for (std::size_t i = 0; i < named; ++i) {
+    text += (i == 0 ? "" : ", ") + std::to_string(finding.connections[i] + 1);
+  }
+  if (finding.connections.size() > named) text += ", ...";
+  if (finding.connections.size() > 1)
+    text += "; the first:";
+  else
+    text += ",";
+  std::string where;
+  if (const auto row = RowOf(connection.pdus, finding.pdu)) {
+    where += ", PDU " + std::to_string(*row + 1);
+  }
+  if (const auto row = RowOf(connection.messages, finding.message)) {
+    where += ", message " + std::to_string(*row + 1);
+  }
+  where += FramesText(finding);
+  if (where.empty()) {
+    text.resize(text.size() - 1);
+    return text + "]";
+  }
+  return text + where.substr(1) + "]";
+}
+
+std::string CountsText(const std::vector<Finding>& findings) {
+  std::string text;
+  const std::pair<Severity, const char*> kinds[] = {
+      {Severity::kFault, "fault"},
+      {Severity::kWarning, "warning"},
+      {Severity::kNote, "note"}};
+  for (const auto& [severity, name] : kinds) {
+    const auto count = static_cast<std::size_t>(
+        std::ranges::count(findings, severity, &Finding::severity));
+    if (count == 0) continue;
+    text += (text.empty() ? "" : ", ") +
+            CountText(count, name, std::string(name) + "s");
+  }
+  return text;
+}
+
+// What was looked at, for a capture in which nothing is wrong.
+std::string AllWellText(const Scene& scene) {
+  std::size_t associations = 0, messages = 0;
+  for (const SceneConnection& at : scene.connections()) {
+    if (at.dialogue == nullptr) continue;
+    associations += at.dialogue->associations.size();
+    messages += at.dialogue->messages.size();
+  }
+  return "No fault: " + CountText(associations, "association", "associations") +
+         " and " + CountText(messages, "message", "messages") +
+         " checked for rejects, aborts, statuses, missing answers, losses.\n";
+}
+
+void AppendFinding(const Scene& scene, const Finding& finding, bool evidence,
+                   std::string& text) {
+  std::string severity(SeverityText(finding.severity));
+  if (finding.severity == Severity::kFault) severity = "FAULT";
+  severity.append(kSeverityColumns - severity.size(), ' ');
+  text += severity;
+  AppendWrapped(finding.sentence + " " + PlaceText(scene, finding),
+                kSeverityColumns, text);
+  if (evidence) {
+    for (const std::string& sentence : finding.evidence) {
+      text.append(kSeverityColumns, ' ');
+      AppendWrapped(sentence, kSeverityColumns, text);
+    }
+  }
+  if (finding.severity == Severity::kNote && !evidence) return;
+  text.append(kSeverityColumns, ' ').append("> ");
+  AppendWrapped(finding.kind->advice, kSeverityColumns + 2, text);
+  if (evidence) {
+    text.append(kSeverityColumns, ' ')
+        .append("(")
+        .append(finding.kind->slug)
+        .append(", about the ")
+        .append(OriginText(finding.kind->origin))
+        .append(")\n");
+  }
+}
+
+// Stories of one shape.
+struct StoryGroup {
+  std::size_t first = 0;  // index of the connection
+  Story story;
+  std::size_t others = 0;
+};
+
+void AppendStory(const Scene& scene, const StoryGroup& group,
+                 std::string& text) {
+  const SceneConnection& at = scene.connections()[group.first];
+  const Connection& connection = *at.connection;
+  std::string begin = UtcTime(connection.first_time, 3);
+  begin.replace(10, 1, " ").replace(begin.size() - 1, 1, " UTC");
+  text += "\nConnection " + std::to_string(group.first + 1) + "  ";
+  AppendWrapped(
+      at.Address(at.client) + " --> " + at.Address(1 - at.client) + ", " +
+          begin + ", " +
+          Seconds(connection.last_time - connection.first_time, 3) + " s" +
+          (group.others == 0
+               ? ""
+               : ", and " +
+                     CountText(group.others, "more like it", "more like it")),
+      4, text);
+  for (const StoryStep& step : group.story.steps) {
+    const std::string time = Seconds(step.since_begin, 3);
+    text.append(std::max(kTimeColumns - 2, time.size()) - time.size(), ' ');
+    text += time + "  ";
+    AppendWrapped(step.text, kTimeColumns + 2, text);
+  }
+}
+
+}  // namespace
+
+std::optional<std::size_t> RowOf(const std::vector<WireRecord>& records,
+                                 std::optional<std::uint32_t> index) {
+  if (!index || *index >= records.size() || !records[*index].listed) return {};
+  const auto end = records.begin() + static_cast<std::ptrdiff_t>(*index);
+  return static_cast<std::size_t>(
+      std::count_if(records.begin(), end,
+                    [](const WireRecord& record) { return record.listed; }));
+}
+
+void WriteFindings(const Scene& scene, const std::vector<Finding>& findings,
+                   const FindingsShown& shown, const Sink& sink) {
+  const bool all_well =
+      std::ranges::all_of(findings, [](const Finding& finding) {
+        return finding.severity == Severity::kNote;
+      });
+  std::string text;
+  if (all_well) {
+    text += AllWellText(scene);
+  } else {
+    text += CountsText(findings) + ":\n";
+  }
+  const std::size_t count = std::min(findings.size(), shown.most);
+  for (std::size_t i = 0; i < count; ++i) {
+    AppendFinding(scene, findings[i], shown.evidence, text);
+  }
+  if (count < findings.size()) {
+    text += "and " + NumberText(findings.size() - count) +
+            " more, --findings shows all\n";
+  }
+  sink(text);
+}
+
+void WriteStories(const Scene& scene, const IsWantedConnection& is_wanted,
+                  const Sink& sink) {
+  std::vector<StoryGroup> groups;
+  std::map<std::string, std::size_t> by_shape;
+  std::size_t left_out = 0;
+  for (const SceneConnection& at : scene.connections()) {
+    if (!is_wanted(at.index)) continue;
+    Story story = StoryOf(at, kMostSteps);
+    const auto [known, is_new] =
+        by_shape.try_emplace(story.shape, groups.size());
+    if (!is_new) {
+      if (known->second < groups.size()) ++groups[known->second].others;
+    } else if (groups.size() < kMostStories) {
+      groups.push_back({at.index, std::move(story), 0});
+    } else {
+      by_shape.erase(known);
+      ++left_out;
+    }
+  }
+  for (const StoryGroup& group : groups) {
+    std::string text;
+    AppendStory(scene, group, text);
+    sink(text);
+  }
+  if (left_out != 0) {
+    sink("\nand " + CountText(left_out, "more connection", "more connections") +
+         ", --connection N shows one\n");
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,73 @@
+#include "host/capdump/overview.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "host/capdump/findings_report.h"
+#include "host/findings/findings.h"
+#include "host/text/number_text.h"
+
+namespace host {
+namespace {
+
+std::vector<const Connection*> Pointers(
+    const std::vector<Connection>& connections) {
+  std::vector<const Connection*> pointers;
+  pointers.reserve(connections.size());
+  for (const Connection& connection : connections) {
+    pointers.push_back(&connection);
+  }
+  return pointers;
+}
+
+}  // namespace
+
+Overview::Overview(const std::vector<Connection>& connections,
+                   CaptureCondition condition)
+    : scene_(Pointers(connections), std::move(condition)),
+      findings_(FindAll(scene_)) {}
+
+bool Overview::HasFault() const {
+  return std::ranges::any_of(findings_, [](const Finding& finding) {
+    return finding.severity == Severity::kFault;
+  });
+}
+
+std::vector<Finding> Overview::Wanted(const Options& options) const {
+  std::vector<Finding> wanted = findings_;
+  if (options.connection) {
+    std::erase_if(wanted, [&options](const Finding& finding) {
+      return std::ranges::find(finding.connections, *options.connection) ==
+             finding.connections.end();
+    });
+  }
+  return wanted;
+}
+
+void Overview::Show(const Options& options, const Sink& sink) const {
+  const auto& connections = scene_.connections();
+  if (options.connection) {
+    RequireConnection(*options.connection, connections.size());
+  }
+  const auto is_told = [&](std::size_t index) {
+    if (options.connection) return index == *options.connection;
+    return options.all_connections || connections[index].concerns_dicom;
+  };
+  const auto with_dicom = static_cast<std::size_t>(std::ranges::count_if(
+      connections,
+      [](const SceneConnection& at) { return at.connection->carries_dicom; }));
+  sink(options.capture + ": " +
+       CountText(connections.size(), "TCP connection", "TCP connections") +
+       ", " + NumberText(with_dicom) + " with DICOM\n\n");
+  FindingsShown shown;
+  if (options.findings) shown = {std::numeric_limits<std::size_t>::max(), true};
+  WriteFindings(scene_, Wanted(options), shown, sink);
+  if (!options.findings) WriteStories(scene_, is_told, sink);
+}
+
+void Overview::ShowJson(const Options& options, const Sink& sink) const {
+  WriteFindingsJson(scene_, Wanted(options), sink);
+}
+
+}  // namespace host

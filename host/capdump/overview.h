@@ -1,0 +1,38 @@
+#ifndef HOST_CAPDUMP_OVERVIEW_H_
+#define HOST_CAPDUMP_OVERVIEW_H_
+
+#include <vector>
+
+#include "host/capdump/options.h"
+#include "host/capdump/report.h"
+#include "host/findings/finding.h"
+#include "host/findings/scene.h"
+#include "host/streams/connection.h"
+
+namespace host {
+
+// What is wrong in a capture, and what happened in it: capdump's first screen.
+class Overview {
+ public:
+  // The connections are the caller's and outlive it.
+  Overview(const std::vector<Connection>& connections,
+           CaptureCondition condition);
+
+  bool HasFault() const;
+  // The findings, and unless only they are asked for, the stories. Throws
+  // UsageError when the connection that was asked for is not there.
+  void Show(const Options& options, const Sink& sink) const;
+  // The findings as JSON.
+  void ShowJson(const Options& options, const Sink& sink) const;
+
+ private:
+  // Those of the connection that was asked for, else all.
+  std::vector<Finding> Wanted(const Options& options) const;
+
+  Scene scene_;
+  std::vector<Finding> findings_;
+};
+
+}  // namespace host
+
+#endif  // HOST_CAPDUMP_OVERVIEW_H_

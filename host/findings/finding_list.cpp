@@ -1,0 +1,98 @@
+#include "host/findings/finding_list.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace host {
+namespace {
+
+bool IsCause(const Finding& finding) {
+  return finding.severity != Severity::kNote &&
+         finding.kind->origin != Origin::kCapture;
+}
+
+void Merge(Finding&& more, Finding& known) {
+  known.count += more.count;
+  if (known.connections.size() < Finding::kConnectionsKept &&
+      known.connections.back() != more.connection) {
+    known.connections.push_back(more.connection);
+  }
+}
+
+}  // namespace
+
+void FindingList::BeginConnection(std::size_t index) {
+  connection_ = index;
+  no_cause_until_ = 0;
+}
+
+Finding& FindingList::Add(std::string_view slug, std::string sentence) {
+  Finding finding;
+  finding.kind = &KindOf(slug);
+  finding.severity = finding.kind->severity;
+  finding.sentence = std::move(sentence);
+  finding.connection = connection_;
+  finding.connections = {connection_};
+  current_.push_back(std::move(finding));
+  return current_.back();
+}
+
+Finding* FindingList::Cause() {
+  while (no_cause_until_ < current_.size()) {
+    Finding& finding = current_[no_cause_until_];
+    if (IsCause(finding)) return &finding;
+    ++no_cause_until_;
+  }
+  return nullptr;
+}
+
+void FindingList::EndConnection() {
+  for (Finding& finding : current_) {
+    if (finding.likeness.empty()) {
+      folded_.push_back(std::move(finding));
+      continue;
+    }
+    const auto [known, is_new] = by_likeness_.try_emplace(
+        {finding.kind->slug, finding.likeness}, folded_.size());
+    if (is_new) {
+      folded_.push_back(std::move(finding));
+    } else {
+      Merge(std::move(finding), folded_[known->second]);
+    }
+  }
+  current_.clear();
+}
+
+std::vector<Finding> FindingList::TakeSorted() {
+  std::ranges::stable_sort(folded_, {}, [](const Finding& finding) {
+    return std::tuple(finding.severity, finding.kind, finding.connection,
+                      finding.first_frame);
+  });
+  by_likeness_.clear();
+  return std::exchange(folded_, {});
+}
+
+void SetPlace(const WirePlace& place, Finding& finding) {
+  finding.pdu = place.pdu;
+  finding.first_frame = place.first_frame;
+  finding.last_frame = place.last_frame;
+}
+
+void SetPlace(const DialogueMessage& message, Finding& finding) {
+  finding.message = message.record;
+  finding.first_frame = message.first_frame;
+  finding.last_frame = message.last_frame;
+}
+
+void SetPlace(const Ending& ending, Finding& finding) {
+  finding.pdu = ending.pdu;
+  finding.first_frame = ending.frame;
+  finding.last_frame = ending.frame;
+}
+
+void SetFrame(const FrameMark& mark, Finding& finding) {
+  finding.first_frame = mark.frame;
+  finding.last_frame = mark.frame;
+}
+
+}  // namespace host

@@ -1,0 +1,301 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host/capdump/overview.h"
+#include "host/dialogue/dialogue_reader.h"
+#include "host/findings/findings.h"
+#include "tests/wire_builder.h"
+
+namespace host {
+namespace {
+
+using dicom::testing::Abort;
+using dicom::testing::AnsweredContext;
+using dicom::testing::CommandSet;
+using dicom::testing::ImplicitElement;
+using dicom::testing::Little16;
+using dicom::testing::ProposedContext;
+using dicom::testing::Text;
+using dicom::testing::Uid;
+
+constexpr std::string_view kCt = "1.2.840.10008.5.1.4.1.1.2";
+constexpr std::string_view kEcho = "1.2.840.10008.1.1";
+constexpr std::string_view kImplicit = "1.2.840.10008.1.2";
+constexpr std::string_view kJpeg = "1.2.840.10008.1.2.4.50";
+
+// What two peers may do, in the words of a test.
+class Talk : public Wire {
+ public:
+  Talk& Associate() {
+    Handshake();
+    Send(0, AssociateRequest(ProposedContext(1, kCt, {kImplicit}) +
+                             ProposedContext(3, kEcho, {kImplicit})));
+    Send(1, AssociateAccept(AnsweredContext(1, 0, kImplicit) +
+                            AnsweredContext(3, 0, kImplicit)));
+    return *this;
+  }
+  Talk& Ask(std::uint16_t id, std::uint8_t context = 1) {
+    Send(0, PData(Message(context, context == 1 ? 0x0001 : 0x0030, id, {})));
+    if (context == 1) {
+      const Bytes data = ImplicitElement(8, 0x18, Uid("1.2.3"));
+      Send(0, PData(dicom::testing::Pdv(context, kLastData, data)));
+    }
+    return *this;
+  }
+  Talk& Answer(std::uint16_t id, std::uint16_t status,
+               std::uint8_t context = 1) {
+    Send(1, PData(Message(context, context == 1 ? 0x8001 : 0x8030, id,
+                          ImplicitElement(0, 0x0900, Little16(status)))));
+    return *this;
+  }
+  Talk& Release() {
+    Send(0, ReleaseRequest());
+    Send(1, ReleaseReply());
+    Close();
+    return *this;
+  }
+  Talk& End(std::uint32_t direction, std::uint8_t flags) {
+    Acknowledge(direction);
+    segments.back().flags |= flags;
+    return *this;
+  }
+
+ private:
+  static Bytes Message(std::uint8_t context, std::uint16_t field,
+                       std::uint16_t id, const Bytes& more) {
+    const auto number = [](std::uint16_t element, std::uint16_t value) {
+      return ImplicitElement(0, element, Little16(value));
+    };
+    const bool answers = field >= 0x8000;
+    return dicom::testing::Pdv(
+        context, kLastCommand,
+        CommandSet(
+            ImplicitElement(0, 0x0002, Uid(context == 1 ? kCt : kEcho)) +
+            number(0x0100, field) + number(answers ? 0x0120 : 0x0110, id) +
+            number(0x0800, answers || context != 1 ? 0x0101 : 1) + more));
+  }
+};
+
+std::vector<Connection> Read(const Wire& wire) {
+  return Connect(wire.segments, HandOver::kCleanStreams, ReadDialogues());
+}
+
+std::vector<Finding> Found(const std::vector<Connection>& connections) {
+  std::vector<const Connection*> pointers;
+  for (const Connection& one : connections) pointers.push_back(&one);
+  return FindAll(Scene(pointers, {}));
+}
+
+Bytes Rejection(std::uint8_t source, std::uint8_t reason) {
+  return Pdu(3, {0, 1, source, reason});
+}
+
+struct Case {
+  const char* slug;      // of the worst finding; null: none is above a note
+  const char* sentence;  // a part of it
+  std::function<void(Talk&)> talk;
+};
+
+const Case kCases[] = {
+    {nullptr, "", [](Talk& t) { t.Associate().Ask(1).Answer(1, 0).Release(); }},
+    {"connection-refused", "192.0.2.2:104 refused",
+     [](Talk& t) {
+       t.segments.push_back({0, 1000, 0, kSyn});
+       t.segments.push_back({1, 0, 1001, kRst | kAck});
+     }},
+    {"connection-no-answer", "(2 attempts)",
+     [](Talk& t) {
+       t.segments.assign(2, {0, 1000, 0, kSyn});
+     }},
+    {"connected-without-pdu", "the server closed it (FIN)",
+     [](Talk& t) {
+       t.Handshake();
+       t.End(1, kFin);
+     }},
+    {"tls-to-plain", "likely it expects plain DICOM",
+     [](Talk& t) {
+       t.Handshake();
+       t.SendRaw(0, Bytes{22, 3, 1, 0, 40, 1, 0, 0, 36, 3, 3} + Bytes(34));
+       t.End(1, kFin);
+     }},
+    {"plain-to-tls", "alert \"handshake failure, alert 40\"",
+     [](Talk& t) {
+       t.Begin();
+       t.SendRaw(1, {21, 3, 3, 0, 2, 2, 40});
+       t.End(1, kFin);
+     }},
+    {"http-on-port", "The client 192.0.2.1:41000 speaks HTTP",
+     [](Talk& t) {
+       t.Handshake();
+       t.SendRaw(0, Text("GET / HTTP/1.1\r\nHost: pacs\r\n\r\n"));
+       t.End(1, kFin);
+     }},
+    {"reject-called-ae-unknown", "the called AE title CALLED",
+     [](Talk& t) {
+       t.Begin();
+       t.Send(1, Rejection(1, 7));
+     }},
+    {"reject-local-limit", "acceptor CALLED (192.0.2.2:104) rejected",
+     [](Talk& t) {
+       t.Begin();
+       t.Send(1, Rejection(3, 2));
+     }},
+    {"associate-unanswered", "the acceptor closed the connection (FIN)",
+     [](Talk& t) {
+       t.Begin();
+       t.End(1, kFin);
+     }},
+    {"no-context-accepted", "none of the transfer syntaxes",
+     [](Talk& t) {
+       t.Handshake();
+       t.Send(0, AssociateRequest(ProposedContext(1, kCt, {kJpeg})));
+       t.Send(1, AssociateAccept(AnsweredContext(1, 4, kImplicit)));
+       t.Release();
+     }},
+    {"compressed-only-implicit-accepted", "does not convert",
+     [](Talk& t) {
+       t.Handshake();
+       t.Send(0, AssociateRequest(ProposedContext(1, kCt, {kJpeg}) +
+                                  ProposedContext(3, kCt, {kImplicit})));
+       t.Send(1, AssociateAccept(AnsweredContext(1, 4, kImplicit) +
+                                 AnsweredContext(3, 0, kImplicit)));
+       t.Release();
+     }},
+    {"abort-by-acceptor", "instead of answering the C-STORE",
+     [](Talk& t) {
+       t.Associate().Ask(7);
+       t.Send(1, Abort(2, 0));
+     }},
+    {"abort-by-requestor", "all requests were answered",
+     [](Talk& t) {
+       t.Associate().Ask(1).Answer(1, 0);
+       t.Send(0, Abort(0, 0));
+     }},
+    {"request-unanswered", "message ID 7",
+     [](Talk& t) {
+       t.Associate().Ask(7);
+       t.End(1, kRst);
+     }},
+    {"never-released", "closed the connection (FIN)",
+     [](Talk& t) {
+       t.Associate().Ask(1).Answer(1, 0);
+       t.End(0, kFin);
+     }},
+    {"connection-dropped", "The acceptor CALLED",
+     [](Talk& t) {
+       t.Associate().Ask(1).Answer(1, 0);
+       t.End(1, kRst);
+     }},
+    {"status-failure", "refused 2 C-STORE requests of 3",
+     [](Talk& t) {
+       t.Associate();
+       for (std::uint16_t id = 1; id <= 3; ++id) {
+         t.Ask(id).Answer(id, id == 2 ? 0 : 0xA700);
+       }
+       t.Release();
+     }},
+    {"pdu-unknown-type", "type 33h",
+     [](Talk& t) {
+       t.Associate();
+       t.Send(0, Pdu(0x33, {1, 2}));
+       t.Send(1, Abort(2, 1));
+     }},
+    {"ended-inside-pdu", "10 of 1,006 bytes",
+     [](Talk& t) {
+       t.Associate();
+       t.SendRaw(0, Pdu(4, Bytes(1000)).First(10));
+       t.End(0, kFin);
+     }},
+    {"capture-starts-in-the-middle", "begins in the middle",
+     [](Talk& t) { t.Ask(1, 3).Answer(1, 0, 3).Release(); }},
+};
+
+TEST(FindingsTest, EachFaultIsNamedFirstAndNothingElseIsOne) {
+  for (const Case& c : kCases) {
+    SCOPED_TRACE(c.slug == nullptr ? "healthy" : c.slug);
+    Talk talk;
+    c.talk(talk);
+    const auto connections = Read(talk);
+    const auto findings = Found(connections);
+    std::size_t wrong = 0;
+    for (const Finding& one : findings) {
+      wrong += one.severity != Severity::kNote ? 1 : 0;
+    }
+    EXPECT_EQ(wrong, c.slug == nullptr ? 0u : 1u);
+    if (c.slug == nullptr || findings.empty()) continue;
+    EXPECT_EQ(findings[0].kind->slug, c.slug);
+    EXPECT_NE(findings[0].sentence.find(c.sentence), std::string::npos)
+        << findings[0].sentence;
+  }
+}
+
+TEST(FindingsTest, WhatIsLostInTheCaptureIsNobodysFault) {
+  Talk talk;
+  talk.Associate().Ask(1).Answer(1, 0).Release();
+  const std::size_t count = talk.segments.size();
+  for (std::size_t lost = 3; lost < count; ++lost) {
+    SCOPED_TRACE(lost);
+    Talk holed = talk;
+    if (holed.segments[lost].payload.empty()) continue;
+    holed.segments.erase(holed.segments.begin() +
+                         static_cast<std::ptrdiff_t>(lost));
+    for (const Finding& one : Found(Read(holed))) {
+      EXPECT_TRUE(one.kind->origin == Origin::kCapture ||
+                  one.severity == Severity::kNote)
+          << one.sentence;
+    }
+  }
+}
+
+TEST(OverviewTest, TellsTheCauseAndTheStoryWithinAScreen) {
+  Talk talk;
+  talk.Associate();
+  for (std::uint16_t id = 1; id <= 100; ++id) {
+    talk.Ask(id).Answer(id, id <= 60 ? 0 : 0xA700);
+  }
+  talk.Release();
+  const auto connections = Read(talk);
+  Options options;
+  options.capture = "a.pcap";
+  std::string text;
+  const Overview overview(connections, {});
+  overview.Show(options, [&text](std::string_view more) { text += more; });
+  EXPECT_TRUE(overview.HasFault());
+  std::istringstream lines(text);
+  std::size_t count = 0;
+  for (std::string line; std::getline(lines, line); ++count) {
+    EXPECT_LE(line.size(), 100u) << line;
+  }
+  EXPECT_LE(count, 25u) << text;
+  for (const char* part :
+       {"a.pcap: 1 TCP connection, 1 with DICOM\n\n1 fault",
+        "\nFAULT    The acceptor CALLED (192.0.2.2:104) refused 40 C-STORE",
+        "of 100 (CT Image Storage)\n         with A700h", "CALLING asks CALLED",
+        "60 x C-STORE CT Image Storage: all 0000h",
+        "40 x C-STORE CT Image Storage: all A700h", "released"}) {
+    EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
+  }
+}
+
+TEST(FindingKindsTest, TheDocumentNamesEachWithItsAdvice) {
+  std::ifstream file(SOURCE_DIR "/docs/findings.md");
+  std::stringstream text;
+  text << file.rdbuf();
+  for (const FindingKind& kind : FindingKinds()) {
+    const std::string row = "| `" + std::string(kind.slug) + "` | " +
+                            std::string(SeverityText(kind.severity)) + " | " +
+                            std::string(OriginText(kind.origin)) + " | ";
+    EXPECT_NE(text.str().find(row), std::string::npos) << row;
+    EXPECT_NE(text.str().find(std::string(kind.advice) + " |"),
+              std::string::npos)
+        << kind.slug;
+  }
+}
+
+}  // namespace
+}  // namespace host
