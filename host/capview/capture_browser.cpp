@@ -42,6 +42,7 @@ void CaptureBrowser::Read(const std::filesystem::path& path, bool follow,
   loop_.Start();
   next_update_ = GetTickCount();
   panes_.status.Hush();
+  ShowFindings();
   ShowNothing();
 }
 
@@ -85,6 +86,16 @@ void CaptureBrowser::ChooseConnection(std::size_t connection) {
   loop_.Start();
   ShowNothing();
   Work();
+}
+
+void CaptureBrowser::GoToFinding(std::size_t index) {
+  const Finding& finding = document_.Findings().at(index);
+  const auto record = finding.message ? finding.message : finding.pdu;
+  const ListKind list = finding.message ? ListKind::kMessages : ListKind::kPdus;
+  if (record) rows_.ShowList(list);
+  document_.Choose(finding.connection);
+  if (record) rows_.Want(document_.Trace(list)->RowOfRecord(*record));
+  ChooseConnection(finding.connection);
 }
 
 void CaptureBrowser::Reload() {
@@ -137,8 +148,17 @@ void CaptureBrowser::ShowProgress() {
     panes_.bar.Connections().Update();
     if (IsConnectionThere()) rows_.Update();
   }
+  ShowFindings();
   panes_.status.SetProgress(loop_.Percent());
   panes_.status.Refresh();
+}
+
+void CaptureBrowser::ShowFindings() {
+  const auto& findings = document_.Findings();
+  if (findings.size() == shown_findings_) return;
+  shown_findings_ = findings.size();
+  panes_.findings.Show(findings);
+  if (on_findings_) on_findings_();
 }
 
 bool CaptureBrowser::IsConnectionThere() {

@@ -61,6 +61,14 @@ class CaptureBrowser {
   // A followed capture may have grown.
   void LookAgain();
 
+  // Takes the person to the finding, by its place among the document's: to its
+  // connection and its row.
+  void GoToFinding(std::size_t index);
+  // Told when the findings that are shown have changed.
+  void OnFindings(std::function<void()> handler) {
+    on_findings_ = std::move(handler);
+  }
+
   // A slice of the work that is left; false when there is none.
   bool Work();
 
@@ -82,6 +90,8 @@ class CaptureBrowser {
   bool IsConnectionThere();
   // Brings the panes up to what was read, now and then, and at the end.
   void ShowProgress();
+  // When they are others than those that are shown.
+  void ShowFindings();
 
   HWND window_;
   CaptureDocument& document_;
@@ -90,6 +100,8 @@ class CaptureBrowser {
   WorkLoop loop_;
   RowNavigator rows_;
   std::function<void()> on_opened_;
+  std::function<void()> on_findings_;
+  std::size_t shown_findings_ = 0;
   bool follow_ = false;
   bool clean_streams_;
   std::optional<std::size_t> wanted_connection_;  // as soon as it is there

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/dialogue/dialogue_reader.h"
+#include "host/findings/findings.h"
 #include "host/streams/dimse_status.h"
 
 namespace host {
@@ -31,6 +32,9 @@ void CaptureDocument::Open(const std::filesystem::path& path,
   sessions_.clear();
   titles_.clear();
   chosen_.reset();
+  clean_streams_ = hand_over == HandOver::kCleanStreams;
+  has_findings_ = false;
+  findings_.clear();
   path_ = path;
   loader_ = std::move(loader);
   look_again_ = true;
@@ -44,6 +48,7 @@ bool CaptureDocument::Work(const TimeIsUp& time_is_up) {
     loader_->Read([&] { return ++looks > kMostLooksPerSlice || time_is_up(); });
     ChooseFirstDicom();
   }
+  FindWhatIsWrong();
   if (ModuleSession* session = Current()) {
     if (!IsListed()) ListSome(*session, time_is_up);
     if (!IsListed()) return true;
@@ -65,6 +70,19 @@ unsigned CaptureDocument::Percent() const {
   const bool reading = loader_->state() == CaptureLoader::State::kReading;
   return reading || session == nullptr ? loader_->percent()
                                        : session->Percent();
+}
+
+void CaptureDocument::FindWhatIsWrong() {
+  if (has_findings_ || !clean_streams_ ||
+      loader_->state() != CaptureLoader::State::kDone) {
+    return;
+  }
+  has_findings_ = true;
+  std::vector<const Connection*> connections;
+  for (std::size_t i = 0; i < ConnectionCount(); ++i) {
+    connections.push_back(&ConnectionAt(i));
+  }
+  findings_ = FindAll(Scene(connections, {.damage = loader_->Damage()}));
 }
 
 // The first connection with DICOM is shown as soon as it is found.

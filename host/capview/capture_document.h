@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "host/findings/finding.h"
 #include "host/module/decode_controls.h"
 #include "host/module/module.h"
 #include "host/module/module_session.h"
@@ -79,6 +80,9 @@ class CaptureDocument {
   };
   Failures FailedMessages(std::size_t connection) const;
 
+  // What is wrong in the capture, worst first; empty until all of it was read.
+  const std::vector<Finding>& Findings() const { return findings_; }
+
   // What a person wants to see of a decode: see DisplayState.
   struct Switches {
     bool show_message_data = true;
@@ -106,6 +110,8 @@ class CaptureDocument {
   bool IsGrowing() const;
   void ListSome(ModuleSession& session, const TimeIsUp& time_is_up);
   void ChooseFirstDicom();
+  // Once, when the capture was read to its end.
+  void FindWhatIsWrong();
 
   std::filesystem::path module_path_;
   std::unique_ptr<Module> module_;
@@ -116,6 +122,9 @@ class CaptureDocument {
   std::map<std::size_t, std::unique_ptr<ModuleSession>> sessions_;
   mutable std::map<std::size_t, AeTitles> titles_;
   std::optional<std::size_t> chosen_;
+  bool clean_streams_ = false;
+  bool has_findings_ = false;  // they were looked for
+  std::vector<Finding> findings_;
   bool look_again_ = false;
 };
 

@@ -1,5 +1,7 @@
 #include "host/capview/capture_summary.h"
 
+#include <algorithm>
+
 #include "host/text/number_text.h"
 
 namespace host {
@@ -20,6 +22,23 @@ std::string FailedText(const CaptureDocument& document, ListKind list) {
            " failed; Ctrl+K lists such connections in red. ";
   }
   return {};
+}
+
+// How much was found; the findings themselves are above the rows.
+std::string FindingsText(const CaptureDocument& document) {
+  const auto count = [&document](Severity severity) {
+    return static_cast<std::size_t>(
+        std::ranges::count(document.Findings(), severity, &Finding::severity));
+  };
+  const std::size_t faults = count(Severity::kFault);
+  const std::size_t warnings = count(Severity::kWarning);
+  std::string text;
+  if (faults > 0) text = CountText(faults, "fault", "faults");
+  if (warnings > 0) {
+    if (!text.empty()) text += ", ";
+    text += CountText(warnings, "warning", "warnings");
+  }
+  return text.empty() ? text : text + ". ";
 }
 
 // The first note, and how many there are.
@@ -51,7 +70,7 @@ std::string ConnectionsText(const CaptureDocument& document) {
 
 std::string CaptureSummary(const CaptureDocument& document, ListKind list) {
   const std::string notes = NotesText(document);
-  return FailedText(document, list) +
+  return FindingsText(document) + FailedText(document, list) +
          (notes.empty() ? ConnectionsText(document) : notes);
 }
 

@@ -62,6 +62,10 @@ void MainWindow::Connect() {
     if (browser_.Loop().IsBusy()) return std::string("Reading; Esc stops.");
     return CaptureSummary(document_, model_.list());
   });
+  panes_.findings.OnChosen([this](std::size_t finding) {
+    Run([=, this] { browser_.GoToFinding(finding); });
+  });
+  browser_.OnFindings([this] { sizes_.Place(); });
   browser_.OnOpened([this] { OnOpened(); });
   browser_.Rows().OnShown([this] { find_.Shown(); });
 }
@@ -175,6 +179,10 @@ void MainWindow::OnCommand(int id, int code) {
   } else if (id == IDC_FILTER) {
     if (code != EN_CHANGE) return;
     Run([this] { browser_.Rows().Filter(panes_.bar.FilterText()); });
+  } else if (id == IDC_FINDINGS) {
+    panes_.findings.Notify(code);
+  } else if (id == IDOK && GetFocus() == panes_.findings.Handle()) {
+    panes_.findings.Choose();
   } else {
     Run([this, id] { commands_.Run(id); });
   }

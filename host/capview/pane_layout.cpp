@@ -21,9 +21,14 @@ void PaneShares::Set(Splitter splitter, int share) {
   Of(splitter) = std::clamp(share, kLeast, kMost);
 }
 
-PaneLayout::PaneLayout(SIZE client, unsigned dpi, const PaneShares& shares) {
-  const int bar = Scaled(kBarHeight, dpi);
-  panes_ = {0, bar, client.cx, std::max<LONG>(client.cy, bar)};
+PaneLayout::PaneLayout(SIZE client, unsigned dpi, const PaneShares& shares,
+                       int findings_height) {
+  const LONG bar = Scaled(kBarHeight, dpi);
+  const LONG bottom = std::max<LONG>(client.cy, bar);
+  // Findings take a third of the room at the most.
+  const LONG top = bar + std::min<LONG>(findings_height, (bottom - bar) / 3);
+  findings = {0, bar, client.cx, top};
+  panes_ = {0, top, client.cx, bottom};
   PlaceBar(client.cx, dpi);
   PlacePanes(dpi, shares);
 }

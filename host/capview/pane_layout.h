@@ -24,16 +24,20 @@ struct PaneShares {
   void Set(Splitter splitter, int share);
 };
 
-// Where everything stands in the window: a bar with the chooser, the list below
-// it, tree and hex dump side by side. What is below all of them, the status
-// line, places itself. Everything in pixels of the window's client area; no
-// place has a negative height, however small the window is.
+// Where everything stands in the window: a bar with the chooser, below it the
+// findings if there are any, then the list, tree and hex dump side by side.
+// What is below all of them, the status line, places itself. Everything in
+// pixels of the window's client area; no place has a negative height, however
+// small the window is.
 class PaneLayout {
  public:
-  // `client` without the status line; `dpi` of the screen.
-  PaneLayout(SIZE client, unsigned dpi, const PaneShares& shares);
+  // `client` without the status line; `dpi` of the screen; the findings get
+  // `findings_height` if that leaves room for the other panes.
+  PaneLayout(SIZE client, unsigned dpi, const PaneShares& shares,
+             int findings_height = 0);
 
   RECT connections, pdus, messages, filter_label, filter;
+  RECT findings;
   RECT list, tree, hex;
 
   // The bar between panes at a point, if there is one.

@@ -23,7 +23,7 @@ PaneLayout PaneSizes::Layout() const {
   RECT area;
   GetClientRect(window_, &area);
   return PaneLayout({area.right, area.bottom - panes_.status.Height()},
-                    fonts_->dpi, choice_.shares);
+                    fonts_->dpi, choice_.shares, panes_.findings.Height());
 }
 
 void PaneSizes::Place() {

@@ -19,6 +19,7 @@ std::string MarkedBytesText(const std::optional<ByteRange>& bytes) {
 
 Panes::Panes(HWND window, const CaptureDocument& document, RowModel& model)
     : bar(window, document),
+      findings(window, IDC_FINDINGS),
       rows(window, IDC_ROWS, model),
       decode(window),
       status(window) {
@@ -30,12 +31,14 @@ Panes::Panes(HWND window, const CaptureDocument& document, RowModel& model)
 void Panes::SetFonts(const UiFonts& fonts) {
   bar.SetFonts(fonts);
   status.SetFonts(fonts);
+  findings.SetFonts(fonts);
   rows.SetFonts(fonts);
   decode.SetFonts(fonts);
 }
 
 void Panes::Place(const PaneLayout& layout) {
   bar.Place(layout);
+  findings.Place(layout.findings);
   rows.Place(layout);
   decode.Place(layout);
 }

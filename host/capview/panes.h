@@ -5,6 +5,7 @@
 
 #include "host/capview/capture_document.h"
 #include "host/capview/decode_panes.h"
+#include "host/capview/finding_pane.h"
 #include "host/capview/pane_layout.h"
 #include "host/capview/row_list.h"
 #include "host/capview/row_model.h"
@@ -30,6 +31,7 @@ struct Panes {
   LRESULT Notify(NMHDR* header);
 
   TopBar bar;
+  FindingPane findings;
   RowList rows;
   DecodePanes decode;
   StatusLine status;

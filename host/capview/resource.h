@@ -24,6 +24,7 @@
 #define IDC_TREE 207
 #define IDC_HEX 208
 #define IDC_STATUS 209
+#define IDC_FINDINGS 210
 
 /* The commands, menu by menu. */
 #define IDM_OPEN 1001
