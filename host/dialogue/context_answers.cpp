@@ -28,9 +28,9 @@ void MergeAnswer(PresentationContext& answer, Association& association,
     association.contexts.push_back(std::move(answer));
     return;
   }
+  // Of two answers the last one counts, as it does to the toolkits.
   if (context->result) {
     Add(IrregularityKind::kDuplicateAnswer, answer.id, {}, problems);
-    return;
   }
   context->result = answer.result;
   context->chosen_syntax = std::move(answer.chosen_syntax);
