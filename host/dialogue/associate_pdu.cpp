@@ -18,7 +18,9 @@ constexpr std::size_t kMostShown = 256;  // characters of a bad one
 // Contexts have 128 IDs. What has more items than this is not read on: each
 // costs more memory than bytes of the capture.
 constexpr std::size_t kMostContexts = 512;
-constexpr std::size_t kMostSyntaxes = 4096;  // of all contexts together
+// Of all contexts together; 128 contexts with every registered syntax have half
+// of them.
+constexpr std::size_t kMostSyntaxes = 16384;
 
 enum ItemType : std::uint8_t {
   kApplicationContext = 0x10,
