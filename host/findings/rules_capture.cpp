@@ -28,6 +28,21 @@ void FindOneDirection(const SceneConnection& at, FindingList& list) {
   }
 }
 
+void FindMissingBeginning(const SceneConnection& at, FindingList& list) {
+  const bool begins = at.Facts(0).syn || at.Facts(1).syn;
+  if (begins || !at.connection->carries_dicom || BeginsWithAssociation(at)) {
+    return;
+  }
+  Finding& found =
+      list.Add("capture-starts-in-the-middle",
+               "The capture begins in the middle of the connection of " +
+                   at.Address(at.client) + " and " + at.Address(1 - at.client) +
+                   ": the association's negotiation is not in it.");
+  const auto& first = at.Facts(at.client).first_payload;
+  if (first) SetFrame(*first, found);
+  found.likeness = "middle";
+}
+
 }  // namespace
 
 void FindMissingParts(const Scene&, const SceneConnection& at,
@@ -61,17 +76,7 @@ void FindMissingParts(const Scene&, const SceneConnection& at,
                      ") are missing that the other side acknowledged.");
     found.likeness = "lost";
   }
-  const bool begins = at.Facts(0).syn || at.Facts(1).syn;
-  if (!begins && at.connection->carries_dicom && !BeginsWithAssociation(at)) {
-    Finding& found = list.Add(
-        "capture-starts-in-the-middle",
-        "The capture begins in the middle of the connection of " +
-            at.Address(at.client) + " and " + at.Address(1 - at.client) +
-            ": the association's negotiation is not in it.");
-    const auto& first = at.Facts(at.client).first_payload;
-    if (first) SetFrame(*first, found);
-    found.likeness = "middle";
-  }
+  FindMissingBeginning(at, list);
 }
 
 void FindOddPackets(const Scene&, const SceneConnection& at,

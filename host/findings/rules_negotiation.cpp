@@ -140,6 +140,17 @@ struct Negotiation {
     }
   }
 
+  // Nothing was sent in the class, though it was accepted.
+  void UncompressedOnly(const std::string& sop_class,
+                        const ClassResult& result) const {
+    Add("compressed-only-implicit-accepted",
+        "accepted " + UidText(sop_class) + " with " + UidText(result.chosen) +
+            " only, not with " + SyntaxesText(result.proposed) +
+            "; the requestor then sent nothing: likely its data are "
+            "compressed and it does not convert them",
+        sop_class);
+  }
+
   void RefusedClass(const std::string& sop_class,
                     const ClassResult& result) const {
     const bool fatal = EndedBadly(at, association) ||
@@ -186,14 +197,7 @@ void FindRefusedContexts(const Scene& scene, const SceneConnection& at,
     for (const auto& [sop_class, result] : results) {
       const bool gave_up = result.accepted && result.messages == 0 && unused;
       if (gave_up && result.uncompressed_only && result.compressed_refused) {
-        negotiation.Add(
-            "compressed-only-implicit-accepted",
-            "accepted " + UidText(sop_class) + " with " +
-                UidText(result.chosen) + " only, not with " +
-                SyntaxesText(result.proposed) +
-                "; the requestor then sent nothing: likely its data are "
-                "compressed and it does not convert them",
-            sop_class);
+        negotiation.UncompressedOnly(sop_class, result);
       } else if (!result.accepted) {
         negotiation.RefusedClass(sop_class, result);
       } else if (result.refused != 0) {
