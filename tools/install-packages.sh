@@ -31,6 +31,7 @@ need_for_linux() {
 
 need_for_the_rest() {
   need g++-multilib /usr/include/x86_64-linux-gnu/c++/12/32
+  need gcc-multilib /usr/include/asm/errno.h
   need g++-mingw-w64-i686-posix i686-w64-mingw32-g++-posix
   need g++-mingw-w64-i686-win32 i686-w64-mingw32-g++-win32
   need googletest /usr/src/googletest/CMakeLists.txt
