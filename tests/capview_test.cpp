@@ -96,6 +96,14 @@ class CapviewTest : public testing::Test {
     window_->Open(capture.wstring());
     Settle();
   }
+  // The echo sample, answered with A700h.
+  void OpenWithFailure() {
+    std::string capture = Contents("samples/echo.pcap");
+    const std::string success("\0\0\0\x09\2\0\0\0\0\0", 10);  // (0000,0900)
+    capture.at(capture.find(success) + 9) = '\xA7';
+    Write(folder_ / L"failing.pcap", capture);
+    Open(folder_ / L"failing.pcap");
+  }
   void Drop(const fs::path& file) {
     const std::wstring name = file.wstring();
     const std::size_t bytes = sizeof(DROPFILES) + (name.size() + 2) * 2;
@@ -221,8 +229,8 @@ TEST_F(CapviewTest, ShowsRowsTreeAndBytesOfASample) {
   Open("samples/store_explicit_le.pcap");
   EXPECT_EQ(RowCount(), 7);
   EXPECT_EQ(Row(1),
-            "2|02:23:15.182077|0.000419|\u2190 192.0.2.2:60234|223|"
-            "A-ASSOCIATE-AC PDU|");
+            "2||02:23:15.182077|0.000419|\u2190 192.0.2.2:60234|223|"
+            "A-ASSOCIATE-AC PDU||2 of 2 contexts accepted");
 
   Command(IDM_MESSAGE_VIEW);
   ASSERT_EQ(RowCount(), 2);
@@ -317,19 +325,30 @@ TEST_F(CapviewTest, TheStatusLineNamesWhatIsWrong) {
   EXPECT_EQ(RowCount(), rows);
   EXPECT_FALSE(Lines().empty());
 
-  const std::string success("\0\0\0\x09\2\0\0\0\0\0", 10);  // (0000,0900)
-  std::string failing = sample;
-  failing.at(failing.find(success) + 9) = '\xA7';
-  Write(folder_ / L"failing.pcap", failing);
-  Open(folder_ / L"failing.pcap");
+  OpenWithFailure();
   ExpectStatus("1 message failed: row 2 of the messages");
-  Command(IDM_MESSAGE_VIEW);
-  EXPECT_PRED_FORMAT2(testing::IsSubstring,
-                      "|Message Id: 1 \u00B7 status A700h, a failure", Row(1));
 
   Start((folder_ / L"DicomDecode.dll").wstring());
   Open("samples/echo.pcap");
   ExpectStatus("put DicomDecode.dll beside this program");
+}
+
+TEST_F(CapviewTest, AFindingMarksItsRowsAndLeadsToItsLine) {
+  OpenWithFailure();
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "3||", Row(2));
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "4|fault|", Row(3));
+  Filter(L"release");  // would hide the row
+  ListBox_SetCurSel(Control(IDC_FINDINGS), 0);
+  SetFocus(Control(IDC_FINDINGS));
+  Command(IDOK);
+  ASSERT_EQ(RowCount(), 2);  // messages
+  EXPECT_EQ(SelectedRow(), 1);
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "2|fault|", Row(1));
+  EXPECT_PRED_FORMAT2(testing::IsSubstring,
+                      "|Message Id: 1 \u00B7 status A700h, a failure|A700h",
+                      Row(1));
+  // Behind the group length, the SOP class and three numbers.
+  EXPECT_EQ(Bytes(), "bytes 76 to 77 (2)");
 }
 
 TEST_F(CapviewTest, AModuleThatFailsIsLoadedAgain) {
@@ -395,9 +414,9 @@ TEST_F(CapviewTest, RemembersItsSettings) {
     Command(id);
   }
   const HWND list = Control(IDC_ROWS);
-  const int width = 2 * ListView_GetColumnWidth(list, 6);
-  ListView_SetColumnWidth(list, 6, width);  // as by dragging its edge
-  std::array<int, kRowColumns> order{0, 5, 6, 1, 2, 3, 4};
+  const int width = 2 * ListView_GetColumnWidth(list, 8);
+  ListView_SetColumnWidth(list, 8, width);  // as by dragging its edge
+  std::array<int, kRowColumns> order{0, 5, 6, 1, 2, 3, 4, 8, 7};
   ListView_SetColumnOrderArray(list, kRowColumns, order.data());
   SendMessageW(window_->Handle(), WM_CLOSE, 0, 0);
 
@@ -417,7 +436,7 @@ TEST_F(CapviewTest, RemembersItsSettings) {
   std::array<int, kRowColumns> shown{};
   ListView_GetColumnOrderArray(Control(IDC_ROWS), kRowColumns, shown.data());
   EXPECT_EQ(shown, order);
-  EXPECT_NEAR(ListView_GetColumnWidth(Control(IDC_ROWS), 6), width, 2);
+  EXPECT_NEAR(ListView_GetColumnWidth(Control(IDC_ROWS), 8), width, 2);
   Command(IDM_FIRST_RECENT + 7);
   EXPECT_EQ(RowCount(), 6);
 }

@@ -1,5 +1,7 @@
 #include "host/capview/capture_browser.h"
 
+#include "host/rows/finding_marks.h"
+
 namespace host {
 namespace {
 
@@ -36,6 +38,7 @@ void CaptureBrowser::Read(const std::filesystem::path& path, bool follow,
   document_.Open(
       path, clean_streams ? HandOver::kCleanStreams : HandOver::kAsCaptured,
       follow);
+  model_.Reset();  // before anything is painted
   loop_.DropJob();
   clean_streams_ = clean_streams;
   SetFollow(follow);
@@ -88,14 +91,24 @@ void CaptureBrowser::ChooseConnection(std::size_t connection) {
   Work();
 }
 
+// A filter might hide the row.
 void CaptureBrowser::GoToFinding(std::size_t index) {
   const Finding& finding = document_.Findings().at(index);
   const auto record = finding.message ? finding.message : finding.pdu;
   const ListKind list = finding.message ? ListKind::kMessages : ListKind::kPdus;
+  panes_.bar.ClearFilter();
   if (record) rows_.ShowList(list);
   document_.Choose(finding.connection);
-  if (record) rows_.Want(document_.Trace(list)->RowOfRecord(*record));
+  if (record) {
+    rows_.Want(
+        document_.Trace(list)->RowOfRecord(*record),
+        ByteOfFinding(finding, document_.ConnectionAt(finding.connection)));
+  }
   ChooseConnection(finding.connection);
+  if (record) return;
+  panes_.status.Say(
+      "This is about the connection as a whole, there is no row of it; the "
+      "notes (Ctrl+I) may tell more.");
 }
 
 void CaptureBrowser::Reload() {
@@ -158,6 +171,7 @@ void CaptureBrowser::ShowFindings() {
   if (findings.size() == shown_findings_) return;
   shown_findings_ = findings.size();
   panes_.findings.Show(findings);
+  if (model_.Count() > 0) rows_.Update();  // they mark rows
   if (on_findings_) on_findings_();
 }
 

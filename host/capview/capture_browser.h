@@ -62,7 +62,7 @@ class CaptureBrowser {
   void LookAgain();
 
   // Takes the person to the finding, by its place among the document's: to its
-  // connection and its row.
+  // connection, its row and the line of it.
   void GoToFinding(std::size_t index);
   // Told when the findings that are shown have changed.
   void OnFindings(std::function<void()> handler) {

@@ -12,17 +12,18 @@
 namespace host {
 namespace {
 
-constexpr int kDetail = kRowColumns - 1;
+constexpr int kLast = kRowColumns - 1;
 
 struct ColumnForm {
   const wchar_t* title;
   int format;
 };
 constexpr ColumnForm kForms[] = {
-    {L"No.", LVCFMT_LEFT},           {L"Time (UTC)", LVCFMT_LEFT},
-    {L"Since before", LVCFMT_RIGHT}, {L"Direction", LVCFMT_LEFT},
-    {L"Length", LVCFMT_RIGHT},       {L"Summary", LVCFMT_LEFT},
-    {L"Detail", LVCFMT_LEFT},
+    {L"No.", LVCFMT_LEFT},        {L"Finding", LVCFMT_LEFT},
+    {L"Time (UTC)", LVCFMT_LEFT}, {L"Since before", LVCFMT_RIGHT},
+    {L"Direction", LVCFMT_LEFT},  {L"Length", LVCFMT_RIGHT},
+    {L"Summary", LVCFMT_LEFT},    {L"Detail", LVCFMT_LEFT},
+    {L"Outcome", LVCFMT_LEFT},
 };
 static_assert(std::size(kForms) == kRowColumns);
 
@@ -44,7 +45,7 @@ ListColumns::Choice ListColumns::Chosen() const {
   Choice choice;
   for (int i = 0; i < kRowColumns; ++i) {
     const int width =
-        i == kDetail ? DetailWidth() : ListView_GetColumnWidth(list_, i);
+        i == kLast ? OutcomeWidth() : ListView_GetColumnWidth(list_, i);
     choice.widths[static_cast<std::size_t>(i)] =
         MulDiv(width, 96, static_cast<int>(scale_));
   }
@@ -58,7 +59,7 @@ void ListColumns::Choose(const Choice& choice) {
     ListView_SetColumnWidth(
         list_, i, Scaled(choice.widths[static_cast<std::size_t>(i)], scale_));
   }
-  least_detail_ = filled_detail_ = ListView_GetColumnWidth(list_, kDetail);
+  least_last_ = filled_last_ = ListView_GetColumnWidth(list_, kLast);
   SetWindowRedraw(list_, TRUE);
   InvalidateRect(list_, nullptr, TRUE);
   ListView_SetColumnOrderArray(list_, kRowColumns, choice.order.data());
@@ -70,20 +71,20 @@ void ListColumns::SetScale(unsigned scale) {
   Choose(choice);
 }
 
-int ListColumns::DetailWidth() const {
-  const int now = ListView_GetColumnWidth(list_, kDetail);
-  return now == filled_detail_ ? least_detail_ : now;
+int ListColumns::OutcomeWidth() const {
+  const int now = ListView_GetColumnWidth(list_, kLast);
+  return now == filled_last_ ? least_last_ : now;
 }
 
 void ListColumns::Fill() {
   RECT area;
   GetClientRect(list_, &area);
   int left = area.right;
-  for (int i = 0; i < kDetail; ++i) left -= ListView_GetColumnWidth(list_, i);
-  least_detail_ = DetailWidth();
+  for (int i = 0; i < kLast; ++i) left -= ListView_GetColumnWidth(list_, i);
+  least_last_ = OutcomeWidth();
   filled_width_ = area.right;
-  filled_detail_ = std::max(left, least_detail_);
-  ListView_SetColumnWidth(list_, kDetail, filled_detail_);
+  filled_last_ = std::max(left, least_last_);
+  ListView_SetColumnWidth(list_, kLast, filled_last_);
 }
 
 void ListColumns::Refill() {

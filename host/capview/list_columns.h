@@ -10,7 +10,7 @@
 namespace host {
 
 // The columns of the row list: their titles, widths and order. The last one,
-// the detail, takes what the others leave of the list's width, but never less
+// the outcome, takes what the others leave of the list's width, but never less
 // than the person gave it.
 class ListColumns {
  public:
@@ -18,8 +18,9 @@ class ListColumns {
   // they mean the same number of characters in any font; the order is from left
   // to right.
   struct Choice {
-    std::array<int, kRowColumns> widths{50, 120, 90, 190, 80, 150, 240};
-    std::array<int, kRowColumns> order{0, 1, 2, 3, 4, 5, 6};
+    std::array<int, kRowColumns> widths{45, 60,  125, 80, 150,
+                                        60, 145, 110, 240};
+    std::array<int, kRowColumns> order{0, 1, 2, 3, 4, 5, 6, 7, 8};
   };
 
   // Puts the columns into the list view, which must outlive this.
@@ -37,12 +38,12 @@ class ListColumns {
 
  private:
   // In pixels, as the person wants it, whatever Fill() made of it.
-  int DetailWidth() const;
+  int OutcomeWidth() const;
 
   HWND list_;
   unsigned scale_ = 96;
-  int least_detail_ = 0;   // in pixels
-  int filled_detail_ = 0;  // as Fill() has set it
+  int least_last_ = 0;     // in pixels
+  int filled_last_ = 0;    // as Fill() has set it
   LONG filled_width_ = 0;  // of the whole list at that time
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/text/failure.h"
 #include "host/text/number_text.h"
 #include "host/text/text_encoding.h"
 #include "host/text/time_text.h"
@@ -25,6 +26,11 @@ void RowModel::SetList(ListKind list) {
   Reset();
 }
 
+void RowModel::ForgetSayings() {
+  outcomes_.reset();
+  marks_.reset();
+}
+
 void RowModel::Reset() {
   pages_.Forget();
   passing_.clear();
@@ -35,6 +41,7 @@ void RowModel::Reset() {
 
 bool RowModel::Update() {
   const std::uint32_t before = ShownCount();
+  ForgetSayings();
   // While the module catches up, what is in sight stays.
   if (document_.Available(list_) >= count_) pages_.Forget();
   count_ = document_.Count(list_);
@@ -96,7 +103,25 @@ const WireRecord* RowModel::Wire(std::uint32_t position) const {
 
 RowKind RowModel::Kind(std::uint32_t position) {
   const ListedRow* row = Row(position);
-  return row ? KindOf(*row, Wire(position)) : RowKind::kPlain;
+  if (row == nullptr) return RowKind::kPlain;
+  const RowKind kind = KindOf(*row, Wire(position));
+  const auto found = Found(position);
+  if (kind == RowKind::kFault || found == Severity::kFault) {
+    return RowKind::kFault;
+  }
+  return found == Severity::kWarning ? RowKind::kWarning : kind;
+}
+
+std::optional<Severity> RowModel::Found(std::uint32_t position) {
+  const RowTrace* trace = document_.Trace(list_);
+  if (trace == nullptr) return {};
+  if (!marks_) {
+    const std::size_t chosen = *document_.chosen();
+    marks_ = FindingMarks(document_.Findings(), chosen,
+                          document_.ConnectionAt(chosen));
+  }
+  const auto record = trace->RecordIndexOf(position);
+  return record ? marks_->Of(list_, *record) : std::nullopt;
 }
 
 std::string RowModel::Text(std::uint32_t position, RowColumn column) {
@@ -105,6 +130,10 @@ std::string RowModel::Text(std::uint32_t position, RowColumn column) {
   if (row == nullptr) return {};
   const WireRecord* wire = Wire(position);
   switch (column) {
+    case RowColumn::kFinding: {
+      const auto found = Found(position);
+      return found ? std::string(SeverityText(*found)) : std::string();
+    }
     case RowColumn::kTime:
       return wire ? TimeOfDay(wire->time) : std::string();
     case RowColumn::kSince:
@@ -115,8 +144,23 @@ std::string RowModel::Text(std::uint32_t position, RowColumn column) {
       return NumberText(row->length);
     case RowColumn::kSummary:
       return PrintableFromCodePage1252(row->summary);
+    case RowColumn::kOutcome:
+      return OutcomeText(wire);
     default:
       return DetailText(*row, wire);
+  }
+}
+
+// Bytes that cannot be read back are said where the outcome would stand.
+std::string RowModel::OutcomeText(const WireRecord* wire) {
+  if (wire == nullptr) return {};
+  if (!outcomes_) {
+    outcomes_.emplace(document_.ConnectionAt(*document_.chosen()), list_);
+  }
+  try {
+    return outcomes_->Text(*wire);
+  } catch (const Failure& failure) {
+    return failure.what();
   }
 }
 

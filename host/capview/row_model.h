@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "host/capview/capture_document.h"
+#include "host/rows/finding_marks.h"
 #include "host/rows/row_filter.h"
+#include "host/rows/row_outcome.h"
 #include "host/rows/row_pages.h"
 #include "host/rows/row_text.h"
 
@@ -16,14 +18,16 @@ namespace host {
 // The columns of the list, from left to right.
 enum class RowColumn {
   kNumber,
+  kFinding,  // how bad what was found about the row is
   kTime,
   kSince,
   kDirection,
   kLength,
   kSummary,
   kDetail,
+  kOutcome,
 };
-inline constexpr int kRowColumns = 7;
+inline constexpr int kRowColumns = 9;
 
 // The rows of the list that is being looked at, and which of them the filter
 // lets pass. A position counts the list's rows from 0, an index the shown ones.
@@ -55,6 +59,7 @@ class RowModel {
   const ListedRow* Row(std::uint32_t position) { return pages_.At(position); }
   // What stands in the column, UTF-8; empty for a row that is not there now.
   std::string Text(std::uint32_t position, RowColumn column);
+  // By the row, or by what was found about it.
   RowKind Kind(std::uint32_t position);
   // Where the row was in the capture; null when it is not known.
   const WireRecord* Wire(std::uint32_t position) const;
@@ -73,6 +78,11 @@ class RowModel {
   std::string DirectionText(const ListedRow& row) const;
   std::string DetailText(const ListedRow& row, const WireRecord* wire) const;
   std::string SinceText(std::uint32_t position) const;
+  std::string OutcomeText(const WireRecord* wire);
+  // Of the worst finding about the row; empty without one.
+  std::optional<Severity> Found(std::uint32_t position);
+  // What is said of rows beside their texts has to be made anew.
+  void ForgetSayings();
   std::optional<std::uint32_t> SearchPartner(const ListedRow& row,
                                              std::uint32_t from,
                                              bool backwards);
@@ -85,6 +95,9 @@ class RowModel {
   std::vector<std::uint32_t> passing_;  // positions, in order
   std::uint32_t filtered_ = 0;          // positions that the filter has seen
   std::uint32_t count_ = 0;
+  // Of the chosen connection, made when they are first asked for.
+  std::optional<RowOutcomes> outcomes_;
+  std::optional<FindingMarks> marks_;
 };
 
 }  // namespace host

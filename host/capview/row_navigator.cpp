@@ -10,7 +10,6 @@
 #include "host/text/wide_text.h"
 
 namespace host {
-namespace {}  // namespace
 
 RowNavigator::RowNavigator(CaptureDocument& document, RowModel& model,
                            Panes& panes, WorkLoop& work)
@@ -112,6 +111,7 @@ void RowNavigator::ShowAgain() {
 // Inside a slice it stays pending until the next one.
 void RowNavigator::Show(std::uint32_t row) {
   pending_ = row;
+  wanted_byte_.reset();
   panes_.status.Hush();
   if (!work_.IsInside()) ShowPending();
 }
@@ -126,6 +126,9 @@ bool RowNavigator::ShowPending() {
   shown_ = row;
   const std::string stopped =
       panes_.decode.Show(document_, {model_.list(), row});
+  if (const auto byte = std::exchange(wanted_byte_, {})) {
+    panes_.decode.Tree().SelectByte(*byte);
+  }
   if (on_shown_) on_shown_();
   if (stopped.empty()) return true;
   panes_.status.Say("Row " + std::to_string(row + 1) +

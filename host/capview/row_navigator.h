@@ -36,8 +36,13 @@ class RowNavigator {
   // Rows have come or changed. When nothing was shown or wanted, the first row
   // is.
   void Update();
-  // The row is selected and shown as soon as there is one; empty: the first.
-  void Want(std::optional<std::uint32_t> row) { wanted_ = row; }
+  // The row is selected and shown as soon as there is one; empty: the first. If
+  // a byte of it is named, the line that describes it is selected then.
+  void Want(std::optional<std::uint32_t> row,
+            std::optional<std::uint32_t> byte = {}) {
+    wanted_ = row;
+    wanted_byte_ = byte;
+  }
 
   // PDUs or messages; at the same place of the capture.
   void ShowList(ListKind list);
@@ -73,6 +78,7 @@ class RowNavigator {
   std::optional<std::uint32_t> wanted_;
   std::optional<std::uint32_t> pending_;
   std::optional<std::uint32_t> shown_;
+  std::optional<std::uint32_t> wanted_byte_;  // of the wanted or pending row
 };
 
 }  // namespace host

@@ -37,6 +37,14 @@ std::span<const FindingKind> FindingKinds();
 // `slug` is one of the table's.
 const FindingKind& KindOf(std::string_view slug);
 
+// Where in a capture something shows: indices of its connections, and of
+// Connection::pdus and Connection::messages.
+struct FindingPlace {
+  std::size_t connection = 0;
+  std::optional<std::uint32_t> pdu;
+  std::optional<std::uint32_t> message;
+};
+
 // Something that was found, or several equal ones. All texts are UTF-8.
 struct Finding {
   const FindingKind* kind = nullptr;
@@ -50,6 +58,11 @@ struct Finding {
   std::optional<std::uint32_t> message;
   std::uint32_t first_frame = 0;
   std::uint32_t last_frame = 0;
+  // The ID of the presentation context that it is about.
+  std::optional<std::uint8_t> context;
+  // Where the others show, of which the first are kept.
+  static constexpr std::size_t kPlacesKept = 1000;
+  std::vector<FindingPlace> others;
   // How many there are, and in which connections, of which the first are kept.
   static constexpr std::size_t kConnectionsKept = 100;
   std::uint64_t count = 1;

@@ -13,6 +13,8 @@ bool IsCause(const Finding& finding) {
 
 void Merge(Finding&& more, Finding& known) {
   known.count += more.count;
+  AddPlace({more.connection, more.pdu, more.message}, known);
+  for (const FindingPlace& place : more.others) AddPlace(place, known);
   if (known.connections.size() < Finding::kConnectionsKept &&
       known.connections.back() != more.connection) {
     known.connections.push_back(more.connection);
@@ -70,6 +72,12 @@ std::vector<Finding> FindingList::TakeSorted() {
   });
   by_likeness_.clear();
   return std::exchange(folded_, {});
+}
+
+void AddPlace(const FindingPlace& place, Finding& finding) {
+  const bool is_any = place.pdu || place.message;
+  if (!is_any || finding.others.size() >= Finding::kPlacesKept) return;
+  finding.others.push_back(place);
 }
 
 void SetPlace(const WirePlace& place, Finding& finding) {

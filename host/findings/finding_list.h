@@ -40,6 +40,9 @@ class FindingList {
   std::map<std::pair<std::string_view, std::string>, std::size_t> by_likeness_;
 };
 
+// Another one of the same finding shows there.
+void AddPlace(const FindingPlace& place, Finding& finding);
+
 // Where a finding shows.
 void SetPlace(const WirePlace& place, Finding& finding);
 void SetPlace(const DialogueMessage& message, Finding& finding);

@@ -268,6 +268,9 @@ void AddRow(const Case& c, const std::string& peer, FindingList& list) {
                      (count > 1 ? " (" + NumberText(count) + " times)." : "."));
   SetPlace(c.what.place, found);
   found.likeness = c.at.Address(1 - c.at.client) + row->text(c);
+  if (row->slug.starts_with("context-")) {
+    found.context = static_cast<std::uint8_t>(c.what.found);
+  }
   // A release that comes early or twice, and is answered, hurts nobody.
   if (c.what.kind == IrregularityKind::kUnexpectedPdu &&
       c.what.found == kReleaseRq && c.association != nullptr &&

@@ -13,6 +13,7 @@ namespace {
 struct Answers {
   std::uint64_t count = 0;
   std::uint32_t first = 0;  // index of the message
+  std::vector<FindingPlace> others;
   SubOperations sub_operations;
 };
 using AnswerKey =
@@ -71,7 +72,11 @@ class StatusRule {
       }
       Answers& answers = answers_[{message.association, message.command_field,
                                    message.sop_class, *message.status}];
-      if (answers.count++ == 0) answers.first = i;
+      if (answers.count++ == 0) {
+        answers.first = i;
+      } else if (answers.others.size() < Finding::kPlacesKept) {
+        answers.others.push_back({at_.index, {}, message.record});
+      }
     }
   }
 
@@ -134,6 +139,7 @@ class StatusRule {
     sentence += Destination(first);
     Finding& found = list_.Add(slug, sentence + ".");
     SetPlace(first, found);
+    found.others = answers.others;
     found.likeness = at_.Address(first.direction) + '\n' +
                      StatusWithText(code, command, sop_class) +
                      set.error_comment;

@@ -134,6 +134,7 @@ struct Negotiation {
                 AcceptedElsewhere(sop_class) +
                 (HasMessages() ? "" : "; so nothing was sent"),
             sop_class);
+    found.context = result.id;
     if (results.size() > 1) {
       found.evidence.push_back(NumberText(results.size()) +
                                " SOP classes were proposed.");
@@ -148,7 +149,8 @@ struct Negotiation {
             " only, not with " + SyntaxesText(result.proposed) +
             "; the requestor then sent nothing: likely its data are "
             "compressed and it does not convert them",
-        sop_class);
+        sop_class)
+        .context = result.id;
   }
 
   void RefusedClass(const std::string& sop_class,
@@ -168,6 +170,7 @@ struct Negotiation {
                       "), so nothing of it could be sent" +
                       AcceptedElsewhere(sop_class),
                   sop_class);
+    found.context = result.id;
     if (fatal) found.severity = Severity::kFault;
   }
 };
@@ -201,12 +204,14 @@ void FindRefusedContexts(const Scene& scene, const SceneConnection& at,
       } else if (!result.accepted) {
         negotiation.RefusedClass(sop_class, result);
       } else if (result.refused != 0) {
-        negotiation.Add("class-accepted-in-another-context",
-                        "refused " + UidText(sop_class) + " with " +
-                            SyntaxesText(result.proposed) +
-                            " but accepted it in another context with " +
-                            UidText(result.chosen),
-                        sop_class);
+        negotiation
+            .Add("class-accepted-in-another-context",
+                 "refused " + UidText(sop_class) + " with " +
+                     SyntaxesText(result.proposed) +
+                     " but accepted it in another context with " +
+                     UidText(result.chosen),
+                 sop_class)
+            .context = result.id;
       }
     }
   }
