@@ -11,6 +11,8 @@
 #include "host/capture/capture_reader.h"
 #include "host/capture/wire_bytes.h"
 #include "host/dialogue/dialogue_reader.h"
+#include "host/findings/findings.h"
+#include "host/findings/story.h"
 #include "host/streams/capture_loader.h"
 #include "host/streams/pdu_header.h"
 #include "host/streams/tcp_connections.h"
@@ -254,6 +256,30 @@ void CheckConnection(const Connection& connection, HandOver hand_over,
   digest->See(connection.payload_bytes);
 }
 
+// What is told of them: whole sentences, of what is there.
+void CheckFindings(const std::vector<const Connection*>& connections,
+                   Digest* digest) {
+  const host::Scene scene(connections, {});
+  for (const host::Finding& finding : host::FindAll(scene)) {
+    Require(finding.sentence.ends_with('.'), "a finding is a sentence");
+    Require(finding.connection < connections.size(),
+            "a finding has a connection");
+    const Connection& at = *connections[finding.connection];
+    Require(finding.pdu.value_or(0) <= at.pdus.size() &&
+                finding.message.value_or(0) <= at.messages.size(),
+            "a finding's place is there");
+    Require(finding.first_frame <= finding.last_frame,
+            "a finding's frames are in order");
+    digest->See(finding.sentence);
+  }
+  constexpr std::size_t kMostSteps = 40;
+  for (const host::SceneConnection& at : scene.connections()) {
+    const host::Story story = host::StoryOf(at, kMostSteps);
+    Require(story.steps.size() <= kMostSteps, "a story has its limit");
+    for (const host::StoryStep& step : story.steps) digest->See(step.text);
+  }
+}
+
 // A frame that outlives its reader.
 struct KeptFrame {
   TcpFrame frame;
@@ -304,11 +330,14 @@ std::uint64_t Connect(const std::vector<KeptFrame>& frames, HandOver hand_over,
   connections.Finish();
   look(true);
   Digest digest;
+  std::vector<const Connection*> shown;
   for (std::size_t i = 0; i < connections.size(); ++i) {
+    shown.push_back(&connections.at(i));
     CheckConnection(connections.at(i), hand_over,
                     frames.empty() ? 0 : frames.back().frame.number, &digest);
     for (std::uint64_t packet : watched[i].Packets()) digest.See(packet);
   }
+  CheckFindings(shown, &digest);
   if (!watched.empty()) *packets = watched[0].Packets();
   return digest.value();
 }
