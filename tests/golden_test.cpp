@@ -1,5 +1,4 @@
-// The decoders against the files of tests/golden: bytes, and the lines that
-// show them.
+// The decoders against files of bytes and the lines that show them.
 //
 // A case begins with the decoder (`pdu`, `command:NAME`, `implicit`,
 // `explicit`, `big` or `unaccepted` for data sets of such a context,
@@ -335,12 +334,12 @@ TEST_P(GoldenTest, BytesBecomeTheseLines) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Decoders, GoldenTest,
-                         ::testing::Values("command_set_decoder.txt",
-                                           "data_set_decoder.txt",
-                                           "message_decoder.txt",
-                                           "upper_layer_decoder.txt",
-                                           "value_format.txt"));
+INSTANTIATE_TEST_SUITE_P(
+    Decoders, GoldenTest,
+    ::testing::Values("dimse/command_set_decoder.txt",
+                      "dimse/data_set_decoder.txt", "dimse/message_decoder.txt",
+                      "upper_layer/upper_layer_decoder.txt",
+                      "dimse/value_format.txt"));
 
 }  // namespace
 }  // namespace dicom::testing

@@ -9,7 +9,6 @@
 #include "host/rows/row_text.h"
 #include "host/rows/row_trace.h"
 #include "host/rows/tree_search.h"
-#include "host/streams/dimse_status.h"
 
 namespace host {
 namespace {
@@ -170,18 +169,6 @@ TEST(RowTextTest, KindsAndCounterparts) {
                                  Row("C-ECHO-RSP", "Message Id: 7", 1, 1),
                                  Row("C-SEND-RSP", "", 1, 1)}) {
     EXPECT_FALSE(AreCommandAndResponse(command, other)) << other.summary;
-  }
-}
-
-TEST(DimseStatusTest, IsFoundBehindOtherElements) {
-  const std::vector<std::uint8_t> command = {
-      0x00, 0x00, 0x00, 0x01, 0x02, 0x00, 0x00, 0x00, 0x01, 0x80,   // command
-      0x00, 0x00, 0x00, 0x09, 0x02, 0x00, 0x00, 0x00, 0x00, 0xA7};  // status
-  EXPECT_EQ(FindStatus(command), 0xA700);
-  EXPECT_EQ(StatusNote(0xA700), "status A700h, a failure");
-  EXPECT_EQ(StatusNote(0xFF00), "");
-  for (std::size_t cut = 0; cut < command.size(); ++cut) {
-    EXPECT_FALSE(FindStatus(std::span(command).first(cut))) << cut;
   }
 }
 

@@ -4,7 +4,6 @@
 
 #include "host/capdump/report.h"
 #include "host/rows/reported_row.h"
-#include "host/text/text_encoding.h"
 
 namespace host {
 namespace {
@@ -22,48 +21,6 @@ WireRecord Wire(std::uint32_t direction, std::uint64_t length,
           .time = time,
           .note = note,
           .complete_time = time};
-}
-
-class OnePacketFeed final : public PacketFeed {
- public:
-  explicit OnePacketFeed(std::string packet) : packet_(std::move(packet)) {}
-  std::uint32_t PacketCount() const override { return 2; }
-  CopiedPacket CopyPacket(std::uint32_t number,
-                          PacketRoom room) const override {
-    const std::string packet = number == 1 ? packet_ : packet_.substr(0, 20);
-    std::copy(packet.begin(), packet.end(), room.begin());
-    return {static_cast<std::uint32_t>(packet.size()), number};
-  }
-
- private:
-  std::string packet_;
-};
-
-TEST(TextEncodingTest, CodePage1252BecomesUtf8WithoutTerminalCodes) {
-  EXPECT_EQ(Utf8FromCodePage1252("M\xFCller \x80 \x9F\x81\x1F"),
-            "M\u00FCller \u20AC \u0178\u0081\x1F");
-  EXPECT_EQ(PrintableFromCodePage1252("a\r\nb\t\x1B[2J\x7F\x90 1\\2"),
-            "a\\r\\nb\\t\\x1B[2J\\x7F\\x90 1\\2");
-  EXPECT_EQ(DumpFromCodePage1252("0000  1B\x90\r\n"), "0000  1B\uFFFD\r\n");
-}
-
-TEST(TextEncodingTest, JsonStringsAreValidWhateverIsPutIn) {
-  EXPECT_EQ(JsonString("a\"b\\c\n\x01"), R"("a\"b\\c\n\u0001")");
-  EXPECT_EQ(JsonString("\u20AC\U0001F600"), "\"\u20AC\U0001F600\"");
-  for (const char* broken : {"\xFF", "\xC0", "\x80", "\xF5"}) {
-    SCOPED_TRACE(broken);
-    EXPECT_EQ(JsonString(broken), "\"\uFFFD\"");
-  }
-  EXPECT_EQ(JsonString("\xE2\x82"), "\"\uFFFD\uFFFD\"");  // cut
-  EXPECT_EQ(JsonString("\xED\xA0\x80"),                   // a surrogate
-            "\"\uFFFD\uFFFD\uFFFD\"");
-}
-
-TEST(ReportTimeTest, TimesAreUtcWithTheAskedDigits) {
-  EXPECT_EQ(UtcTime(kNoon + 123'456'789, 9), "2024-05-03T12:00:00.123456789Z");
-  EXPECT_EQ(UtcTime(-1, 6), "1969-12-31T23:59:59.999999Z");
-  EXPECT_EQ(Seconds(61'000'500'000, 6), "61.000500");
-  EXPECT_EQ(Seconds(-1'500'000, 6), "-0.001500");
 }
 
 std::vector<ReportedRow> Reported(const std::vector<ListedRow>& rows,
@@ -100,22 +57,6 @@ TEST(ReportedRowTest, TheTimeBetweenRowsIsNeverNegative) {
   EXPECT_EQ(rows[1].since_previous, Nanoseconds{0});
   EXPECT_EQ(rows[2].since_previous, Nanoseconds{0});
   EXPECT_EQ(rows[3].since_previous, Nanoseconds{10'000});
-}
-
-TEST(AeTitlesTest, TitlesComeFromTheFirstAssociateRequest) {
-  std::string packet(20, '\0');
-  packet[12] = 0x50;  // data offset 20
-  packet += std::string("\x01\x00\x00\x00\x00\xC8\x00\x01\x00\x00", 10);
-  packet += "ARCHIVE         CT 1            ";
-  const auto titles = FindAeTitles(OnePacketFeed(packet));
-  ASSERT_TRUE(titles);
-  EXPECT_EQ(titles->called, "ARCHIVE");
-  EXPECT_EQ(titles->calling, "CT 1");
-  EXPECT_EQ(titles->caller_direction, 1U);
-  packet[20] = '\x04';
-  EXPECT_FALSE(FindAeTitles(OnePacketFeed(packet)));
-  packet[12] = '\xF0';  // claims more header than there is
-  EXPECT_FALSE(FindAeTitles(OnePacketFeed(packet.substr(0, 20))));
 }
 
 // One connection with two PDUs, the second decoded up to a failure.
