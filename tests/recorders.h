@@ -17,6 +17,7 @@ struct ShownBox {
   HWND owner;
   std::string text;
   std::string caption;
+  UINT type = MB_OK;
   bool operator==(const ShownBox&) const = default;
 };
 
@@ -33,6 +34,10 @@ class MessageBoxRecorder {
   // `action` runs while a box is open, before it is answered.
   void WhileBoxIsOpen(std::function<void()> action);
 };
+
+// What every beep answers, and the types of those since the last call.
+constexpr BOOL kBeepAnswer = 77;
+std::vector<UINT> TakeBeeps();
 
 // A printer device context that notes what is drawn on it. At most one at a
 // time.

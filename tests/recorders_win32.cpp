@@ -12,6 +12,8 @@ namespace {
 std::vector<ShownBox> shown_boxes;
 std::function<void()> box_action;
 HHOOK box_hook;
+UINT box_type;  // of the box that is open
+std::vector<UINT> beeps;
 DWORD tick_count = 1000;
 std::size_t global_blocks;
 unsigned allocations_to_failure;
@@ -40,6 +42,19 @@ HGLOBAL WINAPI CountedGlobalFree(HGLOBAL block) {
   return free(block);
 }
 
+int WINAPI NotedBox(HWND owner, LPCSTR text, LPCSTR caption, UINT type) {
+  static auto* const box =
+      SystemFunction<int WINAPI(HWND, LPCSTR, LPCSTR, UINT)>("user32",
+                                                             "MessageBoxA");
+  box_type = type;
+  return box(owner, text, caption, type);
+}
+
+BOOL WINAPI NotedBeep(UINT type) {
+  beeps.push_back(type);
+  return kBeepAnswer;
+}
+
 DWORD WINAPI AdvancedTickCount() { return tick_count; }
 
 // A metafile has no pages: comments stand for them.
@@ -63,7 +78,7 @@ LRESULT CALLBACK BoxHook(int code, WPARAM window, LPARAM details) {
   char caption[256] = {}, text[1024] = {};
   ::GetWindowTextA(box, caption, sizeof(caption));
   ::GetDlgItemTextA(box, kTextOfBox, text, sizeof(text));
-  shown_boxes.push_back({::GetWindow(box, GW_OWNER), text, caption});
+  shown_boxes.push_back({::GetWindow(box, GW_OWNER), text, caption, box_type});
   if (box_action) box_action();
   ::PostMessageA(box, WM_COMMAND, IDOK, 0);
   return 0;
@@ -99,6 +114,10 @@ extern "C" {
     "__imp__GlobalAlloc@8") = reinterpret_cast<void*>(&CountedGlobalAlloc);
 [[gnu::used]] extern void* const import_global_free asm("__imp__GlobalFree@4") =
     reinterpret_cast<void*>(&CountedGlobalFree);
+[[gnu::used]] extern void* const import_message_box asm(
+    "__imp__MessageBoxA@16") = reinterpret_cast<void*>(&NotedBox);
+[[gnu::used]] extern void* const import_message_beep asm(
+    "__imp__MessageBeep@4") = reinterpret_cast<void*>(&NotedBeep);
 [[gnu::used]] extern void* const import_tick_count asm(
     "__imp__GetTickCount@0") = reinterpret_cast<void*>(&AdvancedTickCount);
 [[gnu::used]] extern void* const import_start_page asm("__imp__StartPage@4") =
@@ -126,6 +145,8 @@ const std::vector<ShownBox>& MessageBoxRecorder::Boxes() const {
 void MessageBoxRecorder::WhileBoxIsOpen(std::function<void()> action) {
   box_action = std::move(action);
 }
+
+std::vector<UINT> TakeBeeps() { return std::exchange(beeps, {}); }
 
 PrinterRecorder::PrinterRecorder()
     : dc_(::CreateEnhMetaFileA(nullptr, nullptr, nullptr, nullptr)) {}

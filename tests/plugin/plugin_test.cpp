@@ -15,46 +15,6 @@
 #include "tests/test_module.h"
 #include "tree/tree_lines.h"
 
-namespace {
-
-// The types of what the module shows and sounds.
-std::vector<UINT> box_types, beep_types;
-constexpr BOOL kBeepAnswer = 77;
-
-}  // namespace
-
-// Both are put before the system's own.
-extern "C" {
-#ifdef _WIN32
-BOOL WINAPI NotedBeep(UINT type) {
-  beep_types.push_back(type);
-  return kBeepAnswer;
-}
-int WINAPI NotedBox(HWND owner, LPCSTR text, LPCSTR caption, UINT type) {
-  using Box = int(WINAPI*)(HWND, LPCSTR, LPCSTR, UINT);
-  static const auto box = reinterpret_cast<Box>(reinterpret_cast<void*>(
-      ::GetProcAddress(::GetModuleHandleA("user32"), "MessageBoxA")));
-  box_types.push_back(type);
-  return box(owner, text, caption, type);
-}
-[[gnu::used]] extern void* const import_message_beep asm(
-    "__imp__MessageBeep@4") = reinterpret_cast<void*>(&NotedBeep);
-[[gnu::used]] extern void* const import_message_box asm(
-    "__imp__MessageBoxA@16") = reinterpret_cast<void*>(&NotedBox);
-#else
-BOOL WINAPI __wrap_MessageBeep(UINT type) {
-  beep_types.push_back(type);
-  return kBeepAnswer;
-}
-int WINAPI __real_MessageBoxA(HWND, LPCSTR, LPCSTR, UINT);
-int WINAPI __wrap_MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption,
-                              UINT type) {
-  box_types.push_back(type);
-  return __real_MessageBoxA(owner, text, caption, type);
-}
-#endif
-}
-
 namespace dicom::testing {
 namespace {
 
@@ -112,12 +72,10 @@ TEST_F(PluginTest, AnswersItsVersionAndRefusesToSaveAndPrint) {
   DicomPacketCaptureStart(1);
   EXPECT_EQ(GetDicomDllVersion(), 257);
   MessageBoxRecorder recorder;
-  box_types.clear();
-  beep_types.clear();
+  TakeBeeps();
   EXPECT_EQ(SaveDicomDecodeToFile(host_.Window()), kBeepAnswer);
   EXPECT_EQ(PrintDicomDecode(host_.Window(), 1), kBeepAnswer);
-  EXPECT_EQ(beep_types, (std::vector<UINT>{0, 0}));
-  EXPECT_EQ(box_types, (std::vector<UINT>{MB_OK, MB_OK}));
+  EXPECT_EQ(TakeBeeps(), (std::vector<UINT>{0, 0}));
   const ShownBox refusal{host_.Window(), "Not supported in this Version!", " "};
   EXPECT_EQ(recorder.Boxes(), (std::vector<ShownBox>{refusal, refusal}));
 }
@@ -227,11 +185,16 @@ TEST_F(PluginTest, RowsAreClampedToTheListAndToForty) {
   EXPECT_EQ(call.count, 100u);
   EXPECT_EQ(call.Written(), 40u);
   EXPECT_EQ(call.rows[39].number, 40u);
-  // Null pointers are not written through.
-  EXPECT_EQ(GetDicomPacketList(host_.Window(), nullptr, nullptr, nullptr,
-                               nullptr, nullptr, 0, 1) &
-                0xFFFF,
-            DICOM_LIST_UP_TO_DATE);
+  // Null pointers are not written through, and no count is a count of 0.
+  PacketListRow untouched{};
+  for (PacketListRow* rows :
+       {static_cast<PacketListRow*>(nullptr), &untouched}) {
+    EXPECT_EQ(GetDicomPacketList(host_.Window(), rows, nullptr, nullptr,
+                                 nullptr, nullptr, 0, 1) &
+                  0xFFFF,
+              DICOM_LIST_UP_TO_DATE);
+  }
+  EXPECT_EQ(untouched.number, 0u);
 }
 
 TEST_F(PluginTest, ReadsSixtySegmentsACallAndClosesOnlyAtTheEnd) {
@@ -564,7 +527,6 @@ TEST_F(PluginTest, EveryThirdFailureIsShownAndKeepsWhatThereIs) {
     EXPECT_EQ(recorder.Boxes().back(),
               (ShownBox{host_.Window(), "Packet too short for Tcp Header!",
                         "Exception"}));
-    EXPECT_EQ(box_types.back(), UINT{MB_OK});
     // The runt is behind us: what was read before it is there now.
     EXPECT_EQ(LastRow(), 5u);
     RefreshDicomDecode(host_.Window());

@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "interface/host_interface.h"
-#include "port/message_box.h"
 #include "port/raised_exception.h"
 #include "tests/recorders.h"
 
@@ -21,6 +20,8 @@ namespace {
 
 std::vector<ShownBox> shown_boxes;
 std::function<void()> box_action;
+bool boxes_are_noted = false;
+std::vector<UINT> beeps;
 std::string printed;  // "X,Y TEXT\n", "start page\n", ...
 DWORD ticks = 1000;
 // That GlobalAlloc gave and GlobalFree has not got back. A free of anything
@@ -37,13 +38,13 @@ int quit_code = 0;
 MessageBoxRecorder::MessageBoxRecorder() {
   shown_boxes.clear();
   box_action = nullptr;
-  port::OnMessageBox([](HWND owner, const char* text, const char* caption) {
-    shown_boxes.push_back({owner, text, caption});
-    if (box_action) box_action();
-  });
+  boxes_are_noted = true;
 }
 
-MessageBoxRecorder::~MessageBoxRecorder() { port::OnMessageBox(nullptr); }
+MessageBoxRecorder::~MessageBoxRecorder() {
+  box_action = nullptr;
+  boxes_are_noted = false;
+}
 
 const std::vector<ShownBox>& MessageBoxRecorder::Boxes() const {
   return shown_boxes;
@@ -52,6 +53,8 @@ const std::vector<ShownBox>& MessageBoxRecorder::Boxes() const {
 void MessageBoxRecorder::WhileBoxIsOpen(std::function<void()> action) {
   box_action = std::move(action);
 }
+
+std::vector<UINT> TakeBeeps() { return std::exchange(beeps, {}); }
 
 PrinterRecorder::PrinterRecorder() : dc_(reinterpret_cast<HDC>(0x1234)) {
   printed.clear();
@@ -85,6 +88,17 @@ std::string RaisedText(const std::function<void()>& action) {
 }  // namespace dicom::testing
 
 using namespace dicom::testing;  // NOLINT: the system's names are global
+
+int WINAPI MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT type) {
+  if (boxes_are_noted) shown_boxes.push_back({owner, text, caption, type});
+  if (box_action) box_action();
+  return IDOK;
+}
+
+BOOL WINAPI MessageBeep(UINT type) {
+  beeps.push_back(type);
+  return kBeepAnswer;
+}
 
 DWORD WINAPI GetTickCount() { return ticks; }
 

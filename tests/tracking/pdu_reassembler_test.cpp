@@ -354,6 +354,7 @@ TEST_F(PduReassemblerTest, HeaderCutByASegmentsEndThrowsAndIsLost) {
   EXPECT_THROW(Send(ReleaseRequest().First(5)), OutOfRange);
   Send(ReleaseRequest());
   EXPECT_THROW(Send(ReleaseRequest() + ReleaseRequest().First(1)), OutOfRange);
+  reassembler_.Flush();
   EXPECT_EQ(Pdus(),
             "2 A-RELEASE-RQ PDU 1:20+10\n"
             "3 A-RELEASE-RQ PDU 2:20+10\n");

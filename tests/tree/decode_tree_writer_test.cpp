@@ -159,15 +159,6 @@ TEST_F(DecodeTreeWriterTest, SectionsBehindTheMaskAreCollapsed) {
   EXPECT_EQ(host_.TreeText(kExpansion), expected);
 }
 
-TEST_F(DecodeTreeWriterTest, LineWithoutMemoryForItsRecordIsShown) {
-  Begin();
-  Add("one", LevelStep::kSection, 0, 4);
-  testing::FailGlobalAlloc(1);
-  Add("two", LevelStep::kLine, 1, 2);
-  Add("three", LevelStep::kLine, 3, 1);
-  EXPECT_EQ(host_.TreeText(), "0 [0+4] one\n1 [-] two\n1 [3+1] three\n");
-}
-
 TEST_F(DecodeTreeWriterTest, SavedDecodeIndentsEveryLowerLineOnce) {
   host_.StartSaving();
   Begin(~0u);

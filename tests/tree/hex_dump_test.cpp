@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "tests/recorders.h"
 #include "tests/test_host.h"
 
@@ -77,16 +75,6 @@ TEST_F(HexDumpTest, LastFullRowOfAHexSectionHasNoBytes) {
             "0 [12+32] expanded Data\n"
             "1 [12+16] 0000" +
                 blanks + "1 [44+0] 0010" + blanks);
-}
-
-TEST_F(HexDumpTest, HexSectionRangesEndAtTheHighlightLimit) {
-  AddSection(13780, Repeat(0, 50));
-  std::string ranges;
-  std::istringstream lines(host_.TreeText());
-  for (std::string line; std::getline(lines, line);) {
-    ranges += line.substr(0, line.find(']')) + "]";
-  }
-  EXPECT_EQ(ranges, "0 [13780+28]1 [13780+16]1 [13796+12]1 [0+0]1 [0+0]");
 }
 
 TEST_F(HexDumpTest, HexSectionsMayBeLeftOut) {
