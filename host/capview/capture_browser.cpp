@@ -97,7 +97,10 @@ void CaptureBrowser::GoToFinding(std::size_t index) {
   const auto record = finding.message ? finding.message : finding.pdu;
   const ListKind list = finding.message ? ListKind::kMessages : ListKind::kPdus;
   panes_.bar.ClearFilter();
-  if (record) rows_.ShowList(list);
+  if (record) {
+    rows_.ShowList(list);
+    panes_.tabs.Choose(DetailTab::kDecode);
+  }
   document_.Choose(finding.connection);
   if (record) {
     rows_.Want(
@@ -145,11 +148,13 @@ void CaptureBrowser::ShowNothing() {
 bool CaptureBrowser::Work() {
   if (loop_.IsInside()) return false;
   if (rows_.ShowPending()) return true;
+  DataSetPane& data_set = panes_.data_set;
+  if (data_set.IsBusy()) data_set.Work(kSliceMilliseconds);
   const bool empty = model_.Count() == 0;
   if (loop_.Slice(empty ? kFirstSliceMilliseconds : kSliceMilliseconds)) {
     ShowProgress();
   }
-  return loop_.IsBusy() || rows_.IsPendingThere();
+  return loop_.IsBusy() || rows_.IsPendingThere() || data_set.IsBusy();
 }
 
 // Painting takes longer than reading; what comes first is shown at once.

@@ -189,6 +189,57 @@ std::vector<std::string> CaptureDocument::Notes() const {
   return notes;
 }
 
+std::optional<CaptureDocument::DialoguePart> CaptureDocument::RecordOf(
+    RowRef row) const {
+  const RowTrace* trace = Trace(row.list);
+  if (trace == nullptr) return {};
+  const Dialogue* const dialogue = DialogueOf(ConnectionAt(*chosen_));
+  const auto record = trace->RecordIndexOf(row.index);
+  if (dialogue == nullptr || !record) return {};
+  return DialoguePart{dialogue, static_cast<std::uint32_t>(*record)};
+}
+
+std::optional<CaptureDocument::DialoguePart> CaptureDocument::MessageOf(
+    RowRef row) const {
+  const auto record = RecordOf(row);
+  if (!record) return {};
+  const auto is_it = [&](const DialogueMessage& message) {
+    if (row.list == ListKind::kMessages) {
+      return message.record == record->index;
+    }
+    return std::ranges::find(message.pieces, record->index, &PdvPiece::pdu) !=
+           message.pieces.end();
+  };
+  const auto& messages = record->dialogue->messages;
+  const auto found = std::ranges::find_if(messages, is_it);
+  if (found == messages.end()) return {};
+  return DialoguePart{record->dialogue,
+                      static_cast<std::uint32_t>(found - messages.begin())};
+}
+
+std::optional<CaptureDocument::DialoguePart> CaptureDocument::AssociationOf(
+    RowRef row) const {
+  auto part = row.list == ListKind::kPdus ? RecordOf(row) : MessageOf(row);
+  if (!part) return {};
+  const auto association =
+      row.list == ListKind::kPdus
+          ? part->dialogue->AssociationOfPdu(part->index)
+          : part->dialogue->messages[part->index].association;
+  if (!association || *association >= part->dialogue->associations.size()) {
+    return {};
+  }
+  return DialoguePart{part->dialogue, *association};
+}
+
+Acceptances CaptureDocument::AllAcceptances() const {
+  Acceptances all;
+  for (std::size_t i = 0; i < ConnectionCount(); ++i) {
+    const Dialogue* const dialogue = DialogueOf(ConnectionAt(i));
+    if (dialogue != nullptr) all.Add(i, *dialogue);
+  }
+  return all;
+}
+
 CaptureDocument::Failures CaptureDocument::FailedMessages(
     std::size_t connection) const {
   const auto& messages = ConnectionAt(connection).messages;

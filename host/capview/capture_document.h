@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "host/dialogue/dialogue.h"
+#include "host/dialogue/negotiation.h"
 #include "host/findings/finding.h"
 #include "host/module/decode_controls.h"
 #include "host/module/module.h"
@@ -80,6 +82,18 @@ class CaptureDocument {
   };
   Failures FailedMessages(std::size_t connection) const;
 
+  // A part of a connection's dialogue.
+  struct DialoguePart {
+    const Dialogue* dialogue = nullptr;
+    std::uint32_t index = 0;  // of a message or an association in it
+  };
+  // The message that is the row, or the one that its PDU has a part of; of the
+  // chosen connection. Empty when there is none.
+  std::optional<DialoguePart> MessageOf(RowRef row) const;
+  std::optional<DialoguePart> AssociationOf(RowRef row) const;
+  // Of what was read by now.
+  Acceptances AllAcceptances() const;
+
   // What is wrong in the capture, worst first; empty until all of it was read.
   const std::vector<Finding>& Findings() const { return findings_; }
 
@@ -108,6 +122,9 @@ class CaptureDocument {
   ModuleSession* Current() const;
   // Whether the feed of the chosen connection may get more packets.
   bool IsGrowing() const;
+  // The dialogue of the chosen connection, and the row's record in it; empty
+  // when either is not known.
+  std::optional<DialoguePart> RecordOf(RowRef row) const;
   void ListSome(ModuleSession& session, const TimeIsUp& time_is_up);
   void ChooseFirstDicom();
   // Once, when the capture was read to its end.

@@ -88,8 +88,8 @@ int Run(MainWindow& window) {
 int Main(int show) {
   INITCOMMONCONTROLSEX controls{sizeof controls,
                                 ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES |
-                                    ICC_BAR_CLASSES | ICC_PROGRESS_CLASS |
-                                    ICC_STANDARD_CLASSES};
+                                    ICC_BAR_CLASSES | ICC_TAB_CLASSES |
+                                    ICC_PROGRESS_CLASS | ICC_STANDARD_CLASSES};
   InitCommonControlsEx(&controls);
   const Arguments arguments = ReadArguments();
   MainWindow window(arguments.module, arguments.settings);

@@ -118,17 +118,17 @@ Commands FileCommands(const Targets& t) {
 
 Commands EditCommands(const Targets& t) {
   const auto has_line = [t] {
-    return TreeView_GetSelection(t.panes.decode.Tree().Handle()) != nullptr;
+    return t.panes.tabs.Active().Copied(LinePart::kWhole).has_value();
   };
-  DecodePanes& decode = t.panes.decode;
+  const auto copy = [t](LinePart part) {
+    return [t, part] { CopyPart(t.window, t.panes, part); };
+  };
   return {
       {IDCANCEL, [t] { Escape(t); }},
       {IDM_COPY_LINE, [t] { CopyLine(t.window, t.panes, t.model); }},
-      {IDM_COPY_VALUE, [t, &decode] { CopyValue(t.window, decode.Tree()); },
-       has_line},
-      {IDM_COPY_SUBTREE, [t, &decode] { CopySubtree(t.window, decode.Tree()); },
-       has_line},
-      {IDM_COPY_BYTES, [t, &decode] { CopyBytes(t.window, decode); }, has_line},
+      {IDM_COPY_VALUE, copy(LinePart::kValue), has_line},
+      {IDM_COPY_SUBTREE, copy(LinePart::kSubtree), has_line},
+      {IDM_COPY_BYTES, copy(LinePart::kBytes), has_line},
       {IDM_FILTER, [t] { t.panes.bar.FocusFilter(); }},
       {IDM_FIND, [t] { t.find.Ask(); }},
       {IDM_FIND_NEXT, [t] { t.find.Again(false); }},
@@ -169,12 +169,12 @@ Commands ViewCommands(const Targets& t) {
   const auto move = [t](Splitter splitter, int by) {
     return [t, splitter, by] { t.sizes.MoveSplitter(splitter, by); };
   };
-  DecodeTreePane& tree = t.panes.decode.Tree();
+  const DetailTabs& tabs = t.panes.tabs;
   return {
       {IDM_SHOW_MESSAGE_DATA, [t] { ToggleMessageData(t); }, nullptr,
        [t] { return t.panes.decode.Chosen().show_message_data; }},
-      {IDM_EXPAND_ALL, [&tree] { tree.ExpandAll(true); }},
-      {IDM_COLLAPSE_ALL, [&tree] { tree.ExpandAll(false); }},
+      {IDM_EXPAND_ALL, [&tabs] { tabs.Active().ExpandAll(true); }},
+      {IDM_COLLAPSE_ALL, [&tabs] { tabs.Active().ExpandAll(false); }},
       {IDM_LARGER, [t] { t.sizes.ChangeFont(+1); }},
       {IDM_SMALLER, [t] { t.sizes.ChangeFont(-1); }},
       {IDM_TALLER_LIST, move(Splitter::kBelowList, +kShareStep)},
@@ -184,6 +184,23 @@ Commands ViewCommands(const Targets& t) {
       {IDM_KEYS, [t] { ShowText(t.window, IDD_KEYS); }},
       {IDM_ABOUT, [t] { ShowVersions(t); }},
   };
+}
+
+// What is shown of the row.
+Commands TabCommands(const Targets& t) {
+  Commands commands;
+  for (const auto& [id, tab] : {std::pair{IDM_DECODE_TAB, DetailTab::kDecode},
+                                {IDM_DATA_SET_TAB, DetailTab::kDataSet},
+                                {IDM_CONTEXTS_TAB, DetailTab::kContexts}}) {
+    commands.push_back({id,
+                        [t, tab] {
+                          t.panes.tabs.Choose(tab);
+                          SetFocus(t.panes.tabs.Active().Handle());
+                        },
+                        nullptr,
+                        [t, tab] { return t.panes.tabs.Chosen() == tab; }});
+  }
+  return commands;
 }
 
 // The items that a menu has several of.
@@ -209,7 +226,7 @@ Commands NumberedCommands(const Targets& t) {
 CommandTable MakeCommands(const CommandTargets& targets) {
   Commands all;
   for (Commands (*const part)(const Targets&) :
-       {FileCommands, EditCommands, ListCommands, ViewCommands,
+       {FileCommands, EditCommands, ListCommands, ViewCommands, TabCommands,
         NumberedCommands}) {
     Commands commands = part(targets);
     std::move(commands.begin(), commands.end(), std::back_inserter(all));

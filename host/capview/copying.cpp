@@ -2,12 +2,9 @@
 
 #include <algorithm>
 #include <string>
-#include <string_view>
 
 #include "host/capview/owned_handles.h"
-#include "host/rows/tree_search.h"
 #include "host/text/failure.h"
-#include "host/text/text_encoding.h"
 #include "host/text/wide_text.h"
 
 namespace host {
@@ -29,8 +26,11 @@ void Copy(HWND owner, const std::wstring& text) {
   if (SetClipboardData(CF_UNICODETEXT, block.get())) block.release();
 }
 
-void CopyModuleText(HWND owner, std::string_view code_page_1252) {
-  Copy(owner, WideFromUtf8(Utf8FromCodePage1252(code_page_1252)));
+bool IsEdit(HWND control) {
+  constexpr int kMostLetters = 16;
+  wchar_t name[kMostLetters] = L"";
+  GetClassNameW(control, name, kMostLetters);
+  return lstrcmpiW(name, WC_EDITW) == 0;
 }
 
 std::wstring RowText(RowModel& model, std::uint32_t row) {
@@ -46,7 +46,7 @@ std::wstring RowText(RowModel& model, std::uint32_t row) {
 
 void CopyLine(HWND owner, Panes& panes, RowModel& model) {
   const HWND focus = GetFocus();
-  if (focus == panes.bar.Filter() || focus == panes.decode.Hex().Handle()) {
+  if (IsEdit(focus)) {
     SendMessageW(focus, WM_COPY, 0, 0);
     return;
   }
@@ -54,28 +54,11 @@ void CopyLine(HWND owner, Panes& panes, RowModel& model) {
   if (focus == panes.rows.Handle() && row) {
     return Copy(owner, RowText(model, *row));
   }
-  DecodeTreePane& tree = panes.decode.Tree();
-  if (const auto line = tree.SelectedLine()) {
-    CopyModuleText(owner, tree.Lines()[*line].text);
-  }
+  CopyPart(owner, panes, LinePart::kWhole);
 }
 
-void CopyValue(HWND owner, DecodeTreePane& tree) {
-  if (const auto line = tree.SelectedLine()) {
-    CopyModuleText(owner, LineValue(tree.Lines()[*line].text));
-  }
-}
-
-void CopySubtree(HWND owner, DecodeTreePane& tree) {
-  if (const auto line = tree.SelectedLine()) {
-    CopyModuleText(owner, SubtreeText(tree.Lines(), *line));
-  }
-}
-
-void CopyBytes(HWND owner, DecodePanes& decode) {
-  if (const auto bytes = decode.Tree().SelectedBytes()) {
-    Copy(owner, decode.Hex().Digits(*bytes));
-  }
+void CopyPart(HWND owner, const Panes& panes, LinePart part) {
+  if (const auto text = panes.tabs.Active().Copied(part)) Copy(owner, *text);
 }
 
 }  // namespace host

@@ -13,14 +13,10 @@ namespace host {
 // program has the clipboard.
 
 // Of the pane that has the focus: the row's cells, with tabs between, the text
-// of an edit control; of the tree's line in every other case.
+// of an edit control; of the line in the tab in every other case.
 void CopyLine(HWND owner, Panes& panes, RowModel& model);
-// What stands behind the name in the line of the tree.
-void CopyValue(HWND owner, DecodeTreePane& tree);
-// The line and all below it.
-void CopySubtree(HWND owner, DecodeTreePane& tree);
-// The bytes of the line, as hex digits with blanks between.
-void CopyBytes(HWND owner, DecodePanes& decode);
+// Of the line in the tab that is in sight.
+void CopyPart(HWND owner, const Panes& panes, LinePart part);
 
 }  // namespace host
 

@@ -2,6 +2,9 @@
 
 #include "host/capview/control.h"
 #include "host/capview/resource.h"
+#include "host/rows/tree_search.h"
+#include "host/text/text_encoding.h"
+#include "host/text/wide_text.h"
 
 namespace host {
 
@@ -18,6 +21,31 @@ void DecodePanes::SetFonts(const UiFonts& fonts) {
 void DecodePanes::Place(const PaneLayout& layout) {
   MoveControl(tree_.Handle(), layout.tree);
   MoveControl(hex_.Handle(), layout.hex);
+}
+
+void DecodePanes::SetVisible(bool visible) {
+  ShowWindow(tree_.Handle(), visible ? SW_SHOWNA : SW_HIDE);
+  ShowWindow(hex_.Handle(), visible ? SW_SHOWNA : SW_HIDE);
+  if (visible) Mark(tree_.SelectedBytes());
+}
+
+bool DecodePanes::SelectNext(const std::wstring& text, bool backwards) {
+  return tree_.SelectNext(CodePage1252FromWide(text), backwards);
+}
+
+std::optional<std::wstring> DecodePanes::Copied(LinePart part) {
+  const auto line = tree_.SelectedLine();
+  if (!line) return {};
+  if (part == LinePart::kBytes) {
+    const auto bytes = tree_.SelectedBytes();
+    if (!bytes) return {};
+    return hex_.Digits(*bytes);
+  }
+  const std::string& text = tree_.Lines()[*line].text;
+  return WideFromUtf8(Utf8FromCodePage1252(
+      part == LinePart::kSubtree ? SubtreeText(tree_.Lines(), *line)
+      : part == LinePart::kValue ? std::string(LineValue(text))
+                                 : text));
 }
 
 std::string DecodePanes::Show(CaptureDocument& document, RowRef row) {
@@ -38,7 +66,7 @@ void DecodePanes::Clear(CaptureDocument& document) {
 
 LRESULT DecodePanes::Notify(NMHDR* header) {
   if (header->code == TVN_SELCHANGEDW) Mark(tree_.SelectedBytes());
-  return tree_.Notify(header);
+  return DrawTreeSelection(header);
 }
 
 void DecodePanes::Mark(const std::optional<ByteRange>& bytes) {

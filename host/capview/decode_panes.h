@@ -11,6 +11,7 @@
 
 #include "host/capview/capture_document.h"
 #include "host/capview/decode_tree_pane.h"
+#include "host/capview/detail_view.h"
 #include "host/capview/hex_pane.h"
 #include "host/capview/pane_layout.h"
 #include "host/capview/ui_fonts.h"
@@ -20,7 +21,7 @@ namespace host {
 // The decode of one row: the module's tree and its hex dump side by side. A
 // line that is selected marks its bytes, a byte that is clicked selects the
 // line that describes it.
-class DecodePanes {
+class DecodePanes final : public DetailView {
  public:
   // The module numbers the sections of a tree from 1 to this.
   static constexpr int kSections = 8;
@@ -28,8 +29,16 @@ class DecodePanes {
   // Throws Failure.
   explicit DecodePanes(HWND parent);
 
-  void SetFonts(const UiFonts& fonts);
-  void Place(const PaneLayout& layout);
+  void SetFonts(const UiFonts& fonts) override;
+  void Place(const PaneLayout& layout) override;
+  void SetVisible(bool visible) override;
+  HWND Handle() const override { return tree_.Handle(); }
+  // Does nothing: the module shows each row as soon as it is selected, whatever
+  // is in sight, by Show().
+  void ShowRow(const std::optional<RowRef>&) override {}
+  bool SelectNext(const std::wstring& text, bool backwards) override;
+  void ExpandAll(bool expand) override { tree_.ExpandAll(expand); }
+  std::optional<std::wstring> Copied(LinePart part) override;
 
   // What of a decode the person wants to see, from the next display on.
   using Choice = CaptureDocument::Switches;

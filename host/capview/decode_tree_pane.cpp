@@ -18,11 +18,7 @@ constexpr std::uint32_t kHexDumpSection = 8;
 }  // namespace
 
 DecodeTreePane::DecodeTreePane(HWND parent, int id)
-    : window_(MakeControl(parent, {WC_TREEVIEWW, id,
-                                   WS_VISIBLE | WS_TABSTOP | TVS_HASLINES |
-                                       TVS_HASBUTTONS | TVS_LINESATROOT |
-                                       TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP,
-                                   WS_EX_CLIENTEDGE})) {}
+    : window_(MakeTree(parent, id)) {}
 
 void DecodeTreePane::SetFonts(const UiFonts& fonts) {
   SetWindowFont(window_, fonts.pane.get(), TRUE);
@@ -105,17 +101,6 @@ bool DecodeTreePane::SelectNext(std::string_view text, bool backwards) {
   const auto line = FindLine(Lines(), SelectedLine(), text, backwards);
   if (line) SelectLine(*line);
   return line.has_value();
-}
-
-LRESULT DecodeTreePane::Notify(NMHDR* header) {
-  if (header->code != NM_CUSTOMDRAW) return 0;
-  auto& draw = *reinterpret_cast<NMTVCUSTOMDRAW*>(header);
-  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
-  if ((draw.nmcd.uItemState & CDIS_SELECTED) != 0 && GetFocus() != window_) {
-    draw.clrText = kRestingText;
-    draw.clrTextBk = kRestingGround;
-  }
-  return CDRF_DODEFAULT;
 }
 
 const std::vector<TreeLine>& DecodeTreePane::Lines() {

@@ -53,9 +53,6 @@ class DecodeTreePane {
   // round at the end; false when there is none.
   bool SelectNext(std::string_view text, bool backwards);
 
-  // Answers what the control tells its parent by WM_NOTIFY.
-  LRESULT Notify(NMHDR* header);
-
  private:
   void ExpandSections(std::uint32_t mask);
   // Reads all lines from the control, unless that was done since BeginFilling.

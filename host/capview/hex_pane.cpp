@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "host/capview/control.h"
+#include "host/text/wide_text.h"
 
 namespace host {
 namespace {
@@ -36,6 +37,30 @@ void HexPane::SetFonts(const UiFonts& fonts) {
   const SelectedFont selected = UseFont(device.get(), font_);
   GetTextExtentPoint32W(device.get(), L"0", 1, &cell_);
   SetWindowFont(window_, font_, TRUE);
+}
+
+void HexPane::ShowBytes(std::span<const std::uint8_t> bytes,
+                        std::uint64_t address) {
+  extra_columns_ = ExtraAddressColumns(bytes.size(), address);
+  bytes_.reset();
+  SetWindowTextW(window_, WideFromUtf8(DumpText(bytes, address)).c_str());
+}
+
+std::optional<DumpHighlight> HexPane::RunsIn(std::uint32_t line,
+                                             const ByteRange& bytes) const {
+  auto runs = HighlightInLine(line, bytes.offset, bytes.length);
+  if (!runs) return {};
+  for (ColumnRun* const run : {&runs->digits, &runs->characters}) {
+    run->first += extra_columns_;
+    run->end += extra_columns_;
+  }
+  return runs;
+}
+
+std::optional<std::uint32_t> HexPane::ByteIn(std::uint32_t line,
+                                             std::uint32_t column) const {
+  if (column < extra_columns_) return {};
+  return ByteAt(line, column - extra_columns_);
 }
 
 void HexPane::Highlight(const std::optional<ByteRange>& bytes) {
@@ -99,7 +124,7 @@ std::wstring HexPane::Digits(const ByteRange& bytes) const {
     const std::uint32_t line = at / kDumpBytesPerLine;
     if (text.empty() || at % kDumpBytesPerLine == 0) text = LineText(line);
     if (!digits.empty()) digits += L' ';
-    digits += text.substr(HighlightInLine(line, at, 1)->digits.first, 2);
+    digits += text.substr(RunsIn(line, {0, at, 1})->digits.first, 2);
   }
   return digits;
 }
@@ -111,7 +136,7 @@ std::uint32_t HexPane::ByteCount() const {
     const std::wstring text = LineText(line);
     const std::uint32_t first = line * kDumpBytesPerLine;
     for (std::uint32_t byte = first + kDumpBytesPerLine; byte-- > first;) {
-      const std::uint32_t at = HighlightInLine(line, byte, 1)->digits.first;
+      const std::uint32_t at = RunsIn(line, {0, byte, 1})->digits.first;
       if (at < text.size() && text[at] != L' ') return byte + 1;
     }
   }
@@ -165,8 +190,7 @@ void HexPane::Paint() {
     SetBkColor(device.get(), GetSysColor(COLOR_HIGHLIGHT));
     const std::uint32_t first = FirstLine();
     for (std::uint32_t i = 0; i <= LinesInSight(); ++i) {
-      const auto runs =
-          HighlightInLine(first + i, bytes_->offset, bytes_->length);
+      const auto runs = RunsIn(first + i, *bytes_);
       if (!runs) continue;
       PaintRun(device.get(), first + i, runs->digits);
       PaintRun(device.get(), first + i, runs->characters);
@@ -190,7 +214,7 @@ void HexPane::Click(POINT point) {
   const LONG y = point.y - origin.y;
   if (x < 0 || y < 0 || !on_byte_) return;
   const auto line = FirstLine() + static_cast<std::uint32_t>(y / cell_.cy);
-  const auto byte = ByteAt(line, static_cast<std::uint32_t>(x / cell_.cx));
+  const auto byte = ByteIn(line, static_cast<std::uint32_t>(x / cell_.cx));
   if (byte && *byte < ByteCount()) on_byte_(*byte);
 }
 

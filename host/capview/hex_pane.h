@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -32,6 +33,10 @@ class HexPane {
   // A fixed font is what makes the bytes' places known.
   void SetFonts(const UiFonts& fonts);
 
+  // In place of what the module writes: these bytes, of which the first stands
+  // at `address`, a multiple of 16. The pane counts them from 0.
+  void ShowBytes(std::span<const std::uint8_t> bytes, std::uint64_t address);
+
   // Marks the bytes and scrolls the first of them into sight; empty marks
   // none.
   void Highlight(const std::optional<ByteRange>& bytes);
@@ -55,6 +60,11 @@ class HexPane {
   // Unless the line is in sight already.
   void ScrollTo(std::uint32_t line);
 
+  // As HighlightInLine() and ByteAt(), in the columns of this dump.
+  std::optional<DumpHighlight> RunsIn(std::uint32_t line,
+                                      const ByteRange& bytes) const;
+  std::optional<std::uint32_t> ByteIn(std::uint32_t line,
+                                      std::uint32_t column) const;
   // Lines of the dump count from 0.
   std::wstring LineText(std::uint32_t line) const;
   // How many bytes the dump shows.
@@ -67,8 +77,9 @@ class HexPane {
   RECT RunRect(std::uint32_t line, ColumnRun run) const;
 
   HWND window_;
-  HFONT font_ = nullptr;  // the window's
-  SIZE cell_{8, 16};      // of one character, in pixels
+  HFONT font_ = nullptr;             // the window's
+  SIZE cell_{8, 16};                 // of one character, in pixels
+  std::uint32_t extra_columns_ = 0;  // that addresses take
   std::optional<ByteRange> bytes_;
   std::function<void(std::uint32_t)> on_byte_;
 };

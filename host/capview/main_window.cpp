@@ -38,7 +38,7 @@ MainWindow::MainWindow(const std::wstring& module_path,
       sizes_(window_.get(), panes_, first_settings_.sizes),
       browser_(window_.get(), document_, model_, panes_,
                first_settings_.clean_streams),
-      find_(window_.get(), panes_.decode.Tree(), panes_.status),
+      find_(window_.get(), panes_.tabs, panes_.status),
       recent_(first_settings_.recent_files),
       commands_(MakeCommands({window_.get(), document_, model_, panes_, sizes_,
                               browser_, find_, recent_})) {
@@ -65,6 +65,8 @@ void MainWindow::Connect() {
   panes_.findings.OnChosen([this](std::size_t finding) {
     Run([=, this] { browser_.GoToFinding(finding); });
   });
+  panes_.tabs.OnClicked(
+      [this](DetailTab tab) { Run([=, this] { panes_.tabs.Choose(tab); }); });
   browser_.OnFindings([this] { sizes_.Place(); });
   browser_.OnOpened([this] { OnOpened(); });
   browser_.Rows().OnShown([this] { find_.Shown(); });
@@ -155,7 +157,7 @@ LRESULT MainWindow::Answer(UINT message, WPARAM wide, LPARAM data) {
       return TRUE;
     case WM_CTLCOLORSTATIC:
       // A control that only shows text is grey unless it is told otherwise.
-      if (reinterpret_cast<HWND>(data) != panes_.decode.Hex().Handle()) break;
+      if (!panes_.IsReadOnlyText(reinterpret_cast<HWND>(data))) break;
       return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_WINDOW));
     case WM_DROPFILES:
       DropFile(reinterpret_cast<HDROP>(wide));

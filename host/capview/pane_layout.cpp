@@ -22,25 +22,29 @@ void PaneShares::Set(Splitter splitter, int share) {
 }
 
 PaneLayout::PaneLayout(SIZE client, unsigned dpi, const PaneShares& shares,
-                       int findings_height) {
+                       const PaneHeights& heights) {
   const LONG bar = Scaled(kBarHeight, dpi);
   const LONG bottom = std::max<LONG>(client.cy, bar);
   // Findings take a third of the room at the most.
-  const LONG top = bar + std::min<LONG>(findings_height, (bottom - bar) / 3);
+  const LONG top = bar + std::min<LONG>(heights.findings, (bottom - bar) / 3);
   findings = {0, bar, client.cx, top};
   panes_ = {0, top, client.cx, bottom};
   PlaceBar(client.cx, dpi);
-  PlacePanes(dpi, shares);
+  PlacePanes(dpi, shares, heights.tabs);
 }
 
-void PaneLayout::PlacePanes(unsigned dpi, const PaneShares& shares) {
+void PaneLayout::PlacePanes(unsigned dpi, const PaneShares& shares,
+                            int tabs_height) {
   const auto& [left, top, right, bottom] = panes_;
   const int gap = Scaled(kGap, dpi);
   const LONG list_end = top + (bottom - top) * shares.list / 100;
   const LONG tree_end = right * shares.tree / 100;
   list = {left, top, right, std::max<LONG>(list_end - gap, top)};
-  tree = {left, list_end, std::max<LONG>(tree_end - gap, left), bottom};
-  hex = {tree_end, list_end, right, bottom};
+  const LONG tabs_end = std::min<LONG>(list_end + tabs_height, bottom);
+  tabs = {left, list_end, right, tabs_end};
+  tree = {left, tabs_end, std::max<LONG>(tree_end - gap, left), bottom};
+  hex = {tree_end, tabs_end, right, bottom};
+  contexts = {left, tabs_end, right, bottom};
 }
 
 // From right to left; what is left over is the chooser's.
@@ -66,7 +70,7 @@ void PaneLayout::PlaceBar(int width, unsigned dpi) {
 
 std::optional<Splitter> PaneLayout::SplitterAt(POINT point) const {
   if (!PtInRect(&panes_, point)) return {};
-  if (point.y >= list.bottom && point.y < tree.top) return Splitter::kBelowList;
+  if (point.y >= list.bottom && point.y < tabs.top) return Splitter::kBelowList;
   if (point.y >= tree.top && point.x >= tree.right && point.x < hex.left) {
     return Splitter::kBesideTree;
   }

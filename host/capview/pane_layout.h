@@ -24,21 +24,28 @@ struct PaneShares {
   void Set(Splitter splitter, int share);
 };
 
+// What parts want for themselves, in pixels.
+struct PaneHeights {
+  int findings = 0;  // 0: there are none
+  int tabs = 0;
+};
+
 // Where everything stands in the window: a bar with the chooser, below it the
-// findings if there are any, then the list, tree and hex dump side by side.
+// findings if there are any, then the list, the tabs, and of the tab either
+// tree and hex dump side by side or the contexts in their place.
 // What is below all of them, the status line, places itself. Everything in
 // pixels of the window's client area; no place has a negative height, however
 // small the window is.
 class PaneLayout {
  public:
   // `client` without the status line; `dpi` of the screen; the findings get
-  // `findings_height` if that leaves room for the other panes.
+  // their height if that leaves room for the other panes.
   PaneLayout(SIZE client, unsigned dpi, const PaneShares& shares,
-             int findings_height = 0);
+             const PaneHeights& heights = {});
 
   RECT connections, pdus, messages, filter_label, filter;
   RECT findings;
-  RECT list, tree, hex;
+  RECT list, tabs, tree, hex, contexts;
 
   // The bar between panes at a point, if there is one.
   std::optional<Splitter> SplitterAt(POINT point) const;
@@ -47,11 +54,11 @@ class PaneLayout {
   int ShareAt(Splitter splitter, POINT point) const;
 
  private:
-  // The controls of the bar; those of the list, the tree and the hex dump.
+  // The controls of the bar; those below it.
   void PlaceBar(int width, unsigned dpi);
-  void PlacePanes(unsigned dpi, const PaneShares& shares);
+  void PlacePanes(unsigned dpi, const PaneShares& shares, int tabs_height);
 
-  RECT panes_;  // all three with the bars
+  RECT panes_;  // all of them with the bars between
 };
 
 }  // namespace host

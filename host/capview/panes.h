@@ -4,7 +4,10 @@
 #include <windows.h>
 
 #include "host/capview/capture_document.h"
+#include "host/capview/contexts_pane.h"
+#include "host/capview/data_set_pane.h"
 #include "host/capview/decode_panes.h"
+#include "host/capview/detail_tabs.h"
 #include "host/capview/finding_pane.h"
 #include "host/capview/pane_layout.h"
 #include "host/capview/row_list.h"
@@ -29,11 +32,16 @@ struct Panes {
   void Place(const PaneLayout& layout);
   // Hands WM_NOTIFY to the pane that it comes from.
   LRESULT Notify(NMHDR* header);
+  // Whether the control is white although nobody can write into it.
+  bool IsReadOnlyText(HWND control) const;
 
   TopBar bar;
   FindingPane findings;
   RowList rows;
+  DetailTabs tabs;  // of the three below
   DecodePanes decode;
+  DataSetPane data_set;
+  ContextsPane contexts;
   StatusLine status;
 };
 

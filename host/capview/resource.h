@@ -25,6 +25,10 @@
 #define IDC_HEX 208
 #define IDC_STATUS 209
 #define IDC_FINDINGS 210
+#define IDC_TABS 211
+#define IDC_DATA_TREE 212
+#define IDC_DATA_HEX 213
+#define IDC_CONTEXTS 214
 
 /* The commands, menu by menu. */
 #define IDM_OPEN 1001
@@ -63,6 +67,9 @@
 #define IDM_SHORTER_LIST 1052
 #define IDM_WIDER_TREE 1053
 #define IDM_NARROWER_TREE 1054
+#define IDM_DECODE_TAB 1055
+#define IDM_DATA_SET_TAB 1056
+#define IDM_CONTEXTS_TAB 1057
 #define IDM_KEYS 1060
 #define IDM_ABOUT 1061
 #define IDM_NO_RECENT 1070

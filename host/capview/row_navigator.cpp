@@ -21,6 +21,7 @@ void RowNavigator::Clear() {
   pending_.reset();
   shown_.reset();
   panes_.decode.Clear(document_);
+  panes_.tabs.ShowRow({});
   model_.Reset();
   panes_.rows.Select({});
   panes_.rows.SetHint(
@@ -126,6 +127,7 @@ bool RowNavigator::ShowPending() {
   shown_ = row;
   const std::string stopped =
       panes_.decode.Show(document_, {model_.list(), row});
+  panes_.tabs.ShowRow(RowRef{model_.list(), row});
   if (const auto byte = std::exchange(wanted_byte_, {})) {
     panes_.decode.Tree().SelectByte(*byte);
   }

@@ -7,12 +7,12 @@
 
 namespace host {
 
-TreeFind::TreeFind(HWND owner, DecodeTreePane& tree, StatusLine& status)
-    : owner_(owner), tree_(tree), status_(status) {}
+TreeFind::TreeFind(HWND owner, const DetailTabs& tabs, StatusLine& status)
+    : owner_(owner), tabs_(tabs), status_(status) {}
 
 void TreeFind::Ask() {
-  const auto text = AskForText(owner_, L"Find in Tree",
-                               L"Text in a line of the decode:", text_);
+  const auto text =
+      AskForText(owner_, L"Find in Tree", L"Text in a line of the tab:", text_);
   if (!text || text->empty()) return;
   text_ = *text;
   Again(false);
@@ -20,10 +20,10 @@ void TreeFind::Ask() {
 
 void TreeFind::Again(bool backwards) {
   if (text_.empty()) return Ask();
-  if (tree_.SelectNext(CodePage1252FromWide(text_), backwards)) {
+  if (tabs_.Active().SelectNext(text_, backwards)) {
     status_.Hush();
   } else {
-    status_.Say("No line of this decode contains \"" + Utf8FromWide(text_) +
+    status_.Say("No line that is shown here contains \"" + Utf8FromWide(text_) +
                 "\".");
   }
 }

@@ -5,17 +5,17 @@
 
 #include <string>
 
-#include "host/capview/decode_tree_pane.h"
+#include "host/capview/detail_tabs.h"
 #include "host/capview/status_line.h"
 
 namespace host {
 
-// Finds a text in the tree's lines, again and again the same one. What is not
-// there is said in the status line.
+// Finds a text in the lines of the tab that is in sight, again and again the
+// same one. What is not there is said in the status line.
 class TreeFind {
  public:
-  // Tree and status line must outlive this; `owner` is asked for the text.
-  TreeFind(HWND owner, DecodeTreePane& tree, StatusLine& status);
+  // Tabs and status line must outlive this; `owner` is asked for the text.
+  TreeFind(HWND owner, const DetailTabs& tabs, StatusLine& status);
 
   // Asks the person for a text and finds it.
   void Ask();
@@ -30,7 +30,7 @@ class TreeFind {
 
  private:
   HWND owner_;
-  DecodeTreePane& tree_;
+  const DetailTabs& tabs_;
   StatusLine& status_;
   std::wstring text_;
   bool waits_ = false;  // for a decode

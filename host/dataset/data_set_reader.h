@@ -83,7 +83,8 @@ struct DataSetEvent {
 
 // Reads a data set from front to back, whatever is in it, and hands over one
 // event after another. Time is linear in the bytes; memory is that of one
-// window and, for each level of nesting, less than 100 bytes.
+// window and, for each level of nesting, less than 100 bytes. A copy reads on
+// by itself from the same place; its event is there with its first Next().
 class DataSetReader {
  public:
   // Sequences nested deeper are not read.

@@ -6,11 +6,9 @@
 #include <vector>
 
 #include "host/dataset/data_set_reader.h"
-#include "host/dataset/value_text.h"
-#include "host/dialogue/outcome.h"
+#include "host/objects/element_text.h"
 #include "host/objects/message_data.h"
 #include "host/text/number_text.h"
-#include "host/text/text_encoding.h"
 
 namespace host {
 namespace {
@@ -41,69 +39,15 @@ std::string Place(const DataSetReader& reader) {
   return line + "  ";
 }
 
-std::string Name(const DataSetEvent& event) {
-  if (event.entry) return std::string(event.entry->name);
-  if (event.tag.IsPrivate()) {
-    return event.creator.empty()
-               ? "private"
-               : "private, " + PrintableFromUtf8(event.creator);
-  }
-  return "not in the registry";
-}
-
-std::string Value(DataSetReader& reader) {
-  const DataSetEvent& event = reader.event();
-  const ShownValue shown =
-      ShowValue(event, reader.Value(kShownBytes), *reader.characters());
-  std::string text = PrintableFromUtf8(shown.text);
-  if (!shown.meaning.empty()) {
-    text +=
-        (text.empty() ? "(" : " (") + PrintableFromUtf8(shown.meaning) + ")";
-  }
-  if (!shown.finding.empty()) text += "  ! " + shown.finding;
-  return text;
-}
-
-// What the event says behind its place; empty when it has no line.
-std::string Content(DataSetReader& reader) {
-  using Kind = DataSetEvent::Kind;
-  const DataSetEvent& event = reader.event();
-  const std::string number = std::to_string(event.item + 1);
-  switch (event.kind) {
-    case Kind::kElement:
-      return Name(event) + ": " + Value(reader);
-    case Kind::kSequenceBegin:
-    case Kind::kFragmentsBegin:
-      return Name(event);
-    case Kind::kItemBegin:
-      return "item " + number;
-    case Kind::kFragment:
-      return event.item == 0 ? "offset table: " + Value(reader)
-                             : "fragment " + std::to_string(event.item) + ": " +
-                                   Value(reader);
-    default:
-      return "";
-  }
-}
-
 void DumpElements(DataSetReader& reader, const LineSink& sink) {
   while (reader.Next().kind != DataSetEvent::Kind::kEnd) {
-    const std::string content = Content(reader);
+    const std::string content = ElementText(reader);
     if (!content.empty()) sink(Place(reader) + content + "\n");
     const std::string problem = reader.ProblemSentence();
     if (!problem.empty()) sink("! " + problem + "\n");
   }
   const std::string problem = reader.ProblemSentence();
   if (!problem.empty()) sink("! " + problem + "\n");
-}
-
-std::string DataSetTitle(const DialogueMessage& message,
-                         const MessageData& data) {
-  std::string title = "  data set, " + BytesText(message.data_bytes) + ", " +
-                      UidText(data.TransferSyntax()) + " (" +
-                      std::string(data.OriginText()) + ")";
-  if (!message.data_set_complete) title += ", its end is missing";
-  return title + "\n";
 }
 
 }  // namespace
@@ -117,7 +61,7 @@ void DumpMessage(const Dialogue& dialogue, const DialogueMessage& message,
   DumpElements(reader, sink);
   if (message.data_bytes == 0) return;
   MessageData data(dialogue, message);
-  sink(DataSetTitle(message, data));
+  sink("  " + DataSetTitle(message, data) + "\n");
   DataSetReader elements(data.Readable(), data.Chosen().encoding);
   DumpElements(elements, sink);
   for (const DataRange& lost : LostRanges(dialogue, message)) {

@@ -28,6 +28,45 @@ std::optional<std::uint32_t> ByteInLine(std::uint32_t column) {
 
 }  // namespace
 
+std::uint32_t ExtraAddressColumns(std::uint64_t bytes, std::uint64_t address) {
+  return address + bytes > 0x10000 ? 4 : 0;
+}
+
+std::string HexDigits(std::span<const std::uint8_t> bytes) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string text;
+  for (const std::uint8_t byte : bytes) {
+    if (!text.empty()) text += ' ';
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
+  }
+  return text;
+}
+
+std::string DumpText(std::span<const std::uint8_t> bytes,
+                     std::uint64_t address) {
+  const std::uint32_t extra = ExtraAddressColumns(bytes.size(), address);
+  std::string text;
+  for (std::size_t at = 0; at < bytes.size(); at += kDumpBytesPerLine) {
+    const auto line = bytes.subspan(
+        at, std::min<std::size_t>(kDumpBytesPerLine, bytes.size() - at));
+    std::string place(4 + extra, '0');
+    std::uint64_t rest = address + at;
+    for (std::size_t i = place.size(); i-- > 0; rest >>= 4) {
+      place[i] = "0123456789ABCDEF"[rest & 15];
+    }
+    const std::size_t half = std::min<std::size_t>(kHalf, line.size());
+    place += "  " + HexDigits(line.first(half)) + "  " +
+             HexDigits(line.subspan(half));
+    place.resize(kFirstCharacter + extra, ' ');
+    for (const std::uint8_t byte : line) {
+      place += byte >= 0x20 && byte < 0x7F ? static_cast<char>(byte) : '.';
+    }
+    text += place + "\r\n";
+  }
+  return text;
+}
+
 std::optional<DumpHighlight> HighlightInLine(std::uint32_t line,
                                              std::uint32_t offset,
                                              std::uint32_t length) {

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
+#include <string>
 
 namespace host {
 
@@ -34,6 +36,16 @@ std::optional<DumpHighlight> HighlightInLine(std::uint32_t line,
 // blank behind a byte's digits counts as the byte's. The dump may have fewer
 // bytes. Nothing beside and between the two columns.
 std::optional<std::uint32_t> ByteAt(std::uint32_t line, std::uint32_t column);
+
+// The dump of bytes whose first stands at `address`, a multiple of 16, with CR
+// LF. All columns stand further right by ExtraAddressColumns() than above, as
+// addresses that do not fit into 4 digits have 8.
+std::string DumpText(std::span<const std::uint8_t> bytes,
+                     std::uint64_t address);
+std::uint32_t ExtraAddressColumns(std::uint64_t bytes, std::uint64_t address);
+
+// "38 2E 31".
+std::string HexDigits(std::span<const std::uint8_t> bytes);
 
 }  // namespace host
 

@@ -83,7 +83,7 @@ class CapviewTest : public testing::Test {
         DispatchMessageW(&message);
       }
     } while (window_->Work());
-    UpdateWindow(Control(IDC_HEX));
+    UpdateWindow(Control(hex_));
   }
 
   // What the person does.
@@ -127,8 +127,8 @@ class CapviewTest : public testing::Test {
   void Click(std::uint32_t byte) {
     const POINT place = PlaceOf(byte).characters;
     const LPARAM point = MAKELPARAM(place.x + 1, place.y + 1);
-    SendMessageW(Control(IDC_HEX), WM_LBUTTONDOWN, MK_LBUTTON, point);
-    SendMessageW(Control(IDC_HEX), WM_LBUTTONUP, 0, point);
+    SendMessageW(Control(hex_), WM_LBUTTONDOWN, MK_LBUTTON, point);
+    SendMessageW(Control(hex_), WM_LBUTTONUP, 0, point);
     Settle();
   }
 
@@ -164,14 +164,14 @@ class CapviewTest : public testing::Test {
     return Utf8FromWide(cells);
   }
   std::vector<TreeLine> Lines() { return ReadTree(Control(IDC_TREE)).lines; }
-  std::string SelectedLine() {
+  std::string SelectedLine(int tree = IDC_TREE) {
     wchar_t text[256] = L"";
     TVITEMW item{};
     item.mask = TVIF_TEXT;
-    item.hItem = TreeView_GetSelection(Control(IDC_TREE));
+    item.hItem = TreeView_GetSelection(Control(tree));
     item.pszText = text;
     item.cchTextMax = 256;
-    TreeView_GetItem(Control(IDC_TREE), &item);
+    TreeView_GetItem(Control(tree), &item);
     return Utf8FromWide(text);
   }
   // The sentence, the percentage, the rows, the bytes.
@@ -193,10 +193,9 @@ class CapviewTest : public testing::Test {
   BytePlace PlaceOf(std::uint32_t byte) {
     const std::uint32_t line = byte / kDumpBytesPerLine;
     const auto at = [&](std::uint32_t column) {
-      const LRESULT first =
-          SendMessageW(Control(IDC_HEX), EM_LINEINDEX, line, 0);
+      const LRESULT first = SendMessageW(Control(hex_), EM_LINEINDEX, line, 0);
       const LRESULT place =
-          SendMessageW(Control(IDC_HEX), EM_POSFROMCHAR,
+          SendMessageW(Control(hex_), EM_POSFROMCHAR,
                        static_cast<WPARAM>(first) + column, 0);
       return POINT{GET_X_LPARAM(place), GET_Y_LPARAM(place)};
     };
@@ -206,7 +205,7 @@ class CapviewTest : public testing::Test {
   // Of bytes from < to: # where both the digits and the character are marked on
   // the screen, . where neither is.
   std::string MarkedBytes(std::uint32_t from, std::uint32_t to) {
-    const HDC device = GetDC(Control(IDC_HEX));
+    const HDC device = GetDC(Control(hex_));
     const auto is_marked = [&](POINT place) {
       return GetPixel(device, place.x, place.y) == GetSysColor(COLOR_HIGHLIGHT);
     };
@@ -216,11 +215,12 @@ class CapviewTest : public testing::Test {
       const int count = is_marked(digits) + is_marked(characters);
       marked += ".?#"[count];
     }
-    ReleaseDC(Control(IDC_HEX), device);
+    ReleaseDC(Control(hex_), device);
     return marked;
   }
 
   inline static std::pair<int, std::wstring> answer_;
+  int hex_ = IDC_HEX;  // the dump that is in sight
   fs::path folder_;
   std::unique_ptr<MainWindow> window_;
 };
@@ -250,6 +250,35 @@ TEST_F(CapviewTest, ShowsRowsTreeAndBytesOfASample) {
   EXPECT_EQ(SelectedRow(), 0);
   Command(IDM_PDU_VIEW);  // the place is kept: the message's first PDU
   EXPECT_EQ(SelectedRow(), 2);
+}
+
+TEST_F(CapviewTest, ShowsADataSetWholeAndWhatWasNegotiated) {
+  Open("samples/find_worklist.pcapng");
+  Command(IDM_MESSAGE_VIEW);
+  Command(IDM_DATA_SET_TAB);
+  SelectRow(2);
+  hex_ = IDC_DATA_HEX;
+  // Both parts, 6 and 7 elements: nothing below the sequences was read.
+  EXPECT_EQ(TreeView_GetCount(Control(IDC_DATA_TREE)), 2u + 6u + 7u);
+  Find(L"protocol EXTRA");  // three levels down, byte 376 behind the 82 before
+  EXPECT_EQ(SelectedLine(IDC_DATA_TREE),
+            "(0008,0104) LO Code Meaning: Protocol extra");
+  EXPECT_EQ(Bytes(), "bytes 458 to 479 (22)");
+  EXPECT_EQ(MarkedBytes(448, 484), "..........######################....");
+  Click(495);
+  EXPECT_EQ(SelectedLine(IDC_DATA_TREE),
+            "(0040,1001) SH Requested Procedure ID: RPID2");
+  Command(IDM_COLLAPSE_ALL);
+  Command(IDM_EXPAND_ALL);
+  EXPECT_EQ(TreeView_GetCount(Control(IDC_DATA_TREE)), 2u + 6u + 28u);
+
+  Command(IDM_CONTEXTS_TAB);
+  EXPECT_FALSE(IsWindowVisible(Control(IDC_DATA_TREE)));
+  wchar_t text[4096] = L"";
+  GetWindowTextW(Control(IDC_CONTEXTS), text, 4096);
+  EXPECT_PRED_FORMAT2(testing::IsSubstring,
+                      "1   Modality Worklist Information Model - FIND",
+                      Utf8FromWide(text));
 }
 
 TEST_F(CapviewTest, FilterKeepsMatchingRowsAndEscapeClearsIt) {

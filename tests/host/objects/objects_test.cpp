@@ -14,6 +14,8 @@
 #include "host/objects/element_values.h"
 #include "host/objects/object_export.h"
 #include "host/objects/sha256.h"
+#include "host/rows/hex_layout.h"
+#include "host/rows/message_outline.h"
 #include "host/text/failure.h"
 #include "tests/wire_builder.h"
 
@@ -162,6 +164,63 @@ TEST_F(ObjectsTest, ShowsWhatAMessageCarries) {
        {"", "0010", "0010,002g", "0010,0020.", ".00100020"}) {
     EXPECT_FALSE(ParseElementPath(none)) << none;
   }
+}
+
+// A sequence of 1,200 items, each with one element, and one behind it.
+TEST_F(ObjectsTest, AnOutlineIsReadWhereItIsLookedAt) {
+  Bytes items;
+  for (int i = 0; i < 1200; ++i) {
+    const std::string value = "V" + std::to_string(1000 + i) + " ";
+    items = items +
+            ImplicitElement(0xFFFE, 0xE000,
+                            ExplicitElement(0x0008, 0x0100, "SH", Text(value)));
+  }
+  const Bytes data = ExplicitElement(0x0010, 0x0020, "LO", Text("ID")) +
+                     ExplicitElement(0x0032, 0x1064, "SQ", items) +
+                     ExplicitElement(0x0040, 0x1001, "SH", Text("END "));
+  wire_.Begin();
+  Store("1.2.3", data);
+  const Dialogue& dialogue = Read();
+  MessageOutline outline(dialogue, dialogue.messages.at(0));
+  const auto always = [] { return true; };
+
+  OutlineCursor cursor = outline.PartAt(MessageOutline::kDataSet);
+  std::vector<std::string> lines;
+  std::optional<OutlineCursor> below;
+  while (cursor.Next(always).value_or(false)) {
+    if (cursor.level() > 0) continue;
+    lines.push_back(cursor.Line().text);
+    if (cursor.Line().opens) below.emplace(cursor.Below());
+  }
+  EXPECT_EQ(lines, (std::vector<std::string>{
+                       "(0010,0020) LO Patient ID: ID",
+                       "(0032,1064) SQ Requested Procedure Code Sequence",
+                       "(0040,1001) SH Requested Procedure ID: END"}));
+  ASSERT_TRUE(below);
+  std::size_t children = 0;
+  while (below->Next(always).value_or(false)) children += below->level() == 0;
+  EXPECT_EQ(children, 1200u);
+
+  const OutlinePath kLast{MessageOutline::kDataSet, 1, 1199, 0};
+  EXPECT_EQ(outline.Find("v2199", {}, false, always), kLast);
+  EXPECT_EQ(outline.Find("code VALUE: v", {0}, true, always), kLast);
+  EXPECT_EQ(outline.Find("code VALUE: v", kLast, true, always),
+            (OutlinePath{MessageOutline::kDataSet, 1, 1198, 0}));
+  EXPECT_EQ(outline.Find("code VALUE: v", kLast, false, always),
+            (OutlinePath{MessageOutline::kDataSet, 1, 0, 0}));
+  const std::uint64_t end = outline.size();
+  EXPECT_EQ(outline.LineAt(end - 1, always),
+            (OutlinePath{MessageOutline::kDataSet, 2}));
+  EXPECT_EQ(outline.LineAt(end - 13, always), kLast);
+  const auto is_time_up = [] { return false; };
+  EXPECT_EQ(outline.Find("v2199", {}, false, is_time_up), std::nullopt);
+
+  std::vector<std::uint8_t> bytes(100);
+  EXPECT_EQ(outline.Copy(end - 4, bytes), 4u);
+  EXPECT_EQ(bytes[0], 'E');
+  // Addresses of 8 digits where 4 are too few for the last one.
+  EXPECT_EQ(DumpText(std::span(bytes).first(2), 0x10000),
+            "00010000  45 4E" + std::string(47, ' ') + "EN\r\n");
 }
 
 TEST_F(ObjectsTest, SavesEachObjectOnce) {
