@@ -116,6 +116,26 @@ for way in "cat echo.pcap" "gzip -c echo.pcap"; do
     fail "$way: the text differs"
 done
 
+# A folder is one capture, from which parts can be taken: together they are the whole.
+mkdir "$work/ring"
+cp echo.pcap find_worklist.pcapng "$work/ring"
+gzip -c store_explicit_le.pcap >"$work/ring/store"
+expect 0 "" --json --tree "$work/ring"
+grep -v '"kind":"finding"' "$work/out" | sort >"$work/whole"
+[[ $(jq -r 'select(.kind == "pdu") | .first_file' "$work/whole" | sort -u | wc -l) == 3 ]] ||
+  fail "frames do not name their files"
+for part in 1/3 2/3 3/3; do
+  capdump --json --tree --part "$part" "$work/ring" 2>"$work/err"
+done | grep -v '"kind":"finding"' | sort | cmp "$work/whole" - || fail "the parts are not the whole"
+cp ../README.md "$work/ring"
+run skipping "$program" --pdus "$work/ring"
+grep -q "README.md was skipped: it begins like no capture" "$work/skipping.err" ||
+  fail "nothing says that a file was skipped"
+expect 1 "no_such.pcap" --pdus echo.pcap no_such.pcap
+grep -q "A-ASSOCIATE-AC PDU" "$work/out" || fail "a file that is not there stops the other"
+capdump --pdus echo.pcap >"$work/text"
+capdump --pdus "ech?.pcap" | cmp "$work/text" - || fail "a pattern is not expanded"
+
 # What is wrong comes first, and scripts can ask for it.
 expect 0 "" --check echo.pcap
 grep -q "^No fault: 1 association" "$work/out" || fail "a healthy capture is not called so"

@@ -19,6 +19,7 @@
 #include "host/streams/capture_loader.h"
 #include "host/text/failure.h"
 #include "host/text/file_name.h"
+#include "host/text/number_text.h"
 
 namespace host {
 namespace {
@@ -71,25 +72,48 @@ std::optional<std::uint64_t> MostTemporaryBytes(const Options& options) {
 }
 
 // What is wrong and what happened, or the lists.
-void ShowRest(const Options& options,
+void ShowRest(const Options& options, const std::string& name,
               const std::vector<Connection>& connections,
               const Overview& overview) {
   if (options.json) overview.ShowJson(options, WriteOutput);
   if (options.ShowsLists()) {
-    Dump(options).Show(connections);
+    Dump(options).Show(name, connections);
   } else if (!options.json) {
-    overview.Show(options, WriteOutput);
+    overview.Show(options, name, WriteOutput);
   }
 }
 
+CaptureInputs FindInputs(const Options& options) {
+  std::vector<std::filesystem::path> names;
+  for (const std::string& name : options.captures) {
+    names.push_back(PathFromUtf8(name));
+  }
+  CaptureInputs inputs = FindCaptures(names);
+  if (inputs.files.empty()) throw CaptureError(inputs.failures.front());
+  return inputs;
+}
+
+// "a.pcap", or "3 files, ring_1.pcap to ring_3.pcap".
+std::string NameOf(const Options& options, const CaptureInputs& inputs,
+                   const FrameNames& names) {
+  if (names.HasSeveralFiles()) {
+    return NumberText(names.size()) + " files, " + names.file(0) + " to " +
+           names.file(names.size() - 1);
+  }
+  const auto& path = inputs.files.front().path;
+  const std::string& named = options.captures.front();
+  return path == PathFromUtf8(named) ? named : Utf8FromPath(path);
+}
+
 ExitCode DumpCapture(const Options& options) {
+  const CaptureInputs inputs = FindInputs(options);
   CaptureLoader loader(
-      PathFromUtf8(options.capture),
-      {.hand_over = options.as_captured ? HandOver::kAsCaptured
-                                        : HandOver::kCleanStreams,
-       .filter = options.filter,
-       .most_temporary = MostTemporaryBytes(options),
-       .observe = ReadDialogues()});
+      inputs.files, {.hand_over = options.as_captured ? HandOver::kAsCaptured
+                                                      : HandOver::kCleanStreams,
+                     .filter = options.filter,
+                     .most_temporary = MostTemporaryBytes(options),
+                     .part = options.part,
+                     .observe = ReadDialogues()});
   const std::vector<Connection> connections = ReadConnections(loader);
   const Overview overview(connections, {.damage = loader.Damage()});
   if (!options.export_folder.empty() || DataOutput::IsWanted(options)) {
@@ -97,10 +121,15 @@ ExitCode DumpCapture(const Options& options) {
   } else if (options.contexts) {
     ShowContexts(options, connections);
   } else {
-    ShowRest(options, connections, overview);
+    if (options.connection) {
+      RequireConnection(*options.connection, loader.connections().whole_size());
+    }
+    ShowRest(options, NameOf(options, inputs, loader.names()), connections,
+             overview);
   }
+  for (const std::string& failure : inputs.failures) Complain(failure);
   for (const std::string& note : loader.Notes()) Complain(note);
-  if (!loader.Damage().empty()) return kUnreadable;
+  if (!inputs.failures.empty() || !loader.Damage().empty()) return kUnreadable;
   return options.check && overview.HasFault() ? kFaultFound : kSuccess;
 }
 

@@ -32,13 +32,16 @@ void ForEach(const std::vector<Connection>& connections,
   Acceptances all;
   for (std::size_t i = 0; i < connections.size(); ++i) {
     const Dialogue* const dialogue = DialogueOf(connections[i]);
-    if (dialogue != nullptr) all.Add(i, *dialogue);
+    if (dialogue != nullptr) all.Add(connections[i].index, *dialogue);
   }
   for (std::size_t i = 0; i < connections.size(); ++i) {
     const Dialogue* const dialogue = DialogueOf(connections[i]);
-    if (dialogue == nullptr || (only && *only != i)) continue;
+    if (dialogue == nullptr || (only && *only != connections[i].index))
+      continue;
     for (std::uint32_t k = 0; k < dialogue->associations.size(); ++k) {
-      take(Negotiated{i, &connections[i], dialogue, k, k == 0}, all);
+      take(Negotiated{connections[i].index, &connections[i], dialogue, k,
+                      k == 0},
+           all);
     }
   }
 }

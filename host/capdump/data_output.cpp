@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "host/capdump/frame_json.h"
 #include "host/dialogue/outcome.h"
 #include "host/objects/data_set_dump.h"
 #include "host/objects/dicom_json.h"
@@ -20,15 +21,16 @@ std::string NumberOrDash(std::optional<std::size_t> index) {
   return index ? std::to_string(*index + 1) : "-";
 }
 
-std::string Title(std::size_t connection, std::optional<std::size_t> row,
+std::string Title(const FrameNames& names, std::size_t connection,
+                  std::optional<std::size_t> row,
                   const DialogueMessage& message) {
   std::string title = "connection " + std::to_string(connection + 1) +
                       ", message " + NumberOrDash(row) + ": " +
                       CommandFieldText(message.command_field);
   if (!message.sop_class.empty()) title += " " + UidText(message.sop_class);
   return title + ", " + TimeOfDay(message.last_time) + ", frames " +
-         std::to_string(message.first_frame) + " to " +
-         std::to_string(message.last_frame) + "\n";
+         names.Text(message.first_frame) + " to " +
+         names.Text(message.last_frame) + "\n";
 }
 
 // The row of each message that has one in the module's list.
@@ -68,13 +70,16 @@ void DataOutput::ForEachChosen(
   for (std::size_t i = 0; i < connections.size(); ++i) {
     const Dialogue* const dialogue = DialogueOf(connections[i]);
     if (dialogue == nullptr) continue;
-    if (options_.connection && i != *options_.connection) continue;
+    if (options_.connection && connections[i].index != *options_.connection) {
+      continue;
+    }
     const auto rows = RowsOf(connections[i].messages);
     for (std::size_t j = 0; j < dialogue->messages.size(); ++j) {
       const DialogueMessage& message = dialogue->messages[j];
       const auto row = message.record ? rows[*message.record] : std::nullopt;
       if (options_.row && row != *options_.row) continue;
-      take({i, row, j, *dialogue, message});
+      take({connections[i].index, row, j, *dialogue, message,
+            connections[i].names()});
     }
   }
 }
@@ -88,7 +93,7 @@ void DataOutput::ShowMessage(const Chosen& chosen) const {
   if (!elements_.empty()) ShowValues(chosen);
   if (options_.dicom_json) ShowJson(chosen);
   if (!options_.dump) return;
-  sink_(Title(chosen.connection, chosen.row, chosen.message));
+  sink_(Title(chosen.names, chosen.connection, chosen.row, chosen.message));
   DumpMessage(chosen.dialogue, chosen.message, sink_);
 }
 
@@ -113,8 +118,7 @@ void DataOutput::ShowJson(const Chosen& chosen) const {
   if (chosen.row) object.Number("row", *chosen.row + 1);
   object.Text("command_field", CommandFieldText(message.command_field));
   object.Text("time", UtcTime(message.last_time, 9));
-  object.Number("first_frame", message.first_frame);
-  object.Number("last_frame", message.last_frame);
+  AddFrames(chosen.names, message.first_frame, message.last_frame, object);
   sink_(std::move(object).Open() + ",");
   DicomJson(sink_, options_.most_inline.value_or(0))
       .Write(chosen.dialogue, message);
@@ -126,7 +130,8 @@ void DataOutput::Export(const std::vector<Connection>& connections) const {
       PathFromUtf8(options_.export_folder),
       {.objects = true, .identifiers = options_.export_identifiers});
   ForEachChosen(connections, [&files](const Chosen& chosen) {
-    files.Add({chosen.connection, chosen.row, chosen.index}, chosen.dialogue);
+    files.Add({chosen.connection, chosen.row, chosen.index, &chosen.names},
+              chosen.dialogue);
   });
   files.WriteManifest();
   if (options_.json) {

@@ -39,6 +39,7 @@ class DataOutput {
     std::size_t index;               // in the dialogue
     const Dialogue& dialogue;
     const DialogueMessage& message;
+    const FrameNames& names;
   };
 
   // In the order of the capture. Linear.

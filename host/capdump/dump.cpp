@@ -37,26 +37,24 @@ Dump::Dump(const Options& options)
   }
 }
 
-void Dump::Show(const std::vector<Connection>& connections) {
+void Dump::Show(const std::string& name,
+                const std::vector<Connection>& connections) {
   connections_ = connections.size();
-  if (options_.connection) {
-    RequireConnection(*options_.connection, connections_);
-  }
-  report_->BeginCapture(options_.capture, connections.size(),
-                        CountDicom(connections));
+  report_->BeginCapture(name, connections.size(), CountDicom(connections));
   for (std::size_t i = 0; i < connections.size(); ++i) {
-    if (IsWanted(i, connections[i])) ShowConnection(i, connections[i]);
+    if (IsWanted(connections[i])) ShowConnection(i, connections[i]);
   }
   RequireRow();
 }
 
-bool Dump::IsWanted(std::size_t index, const Connection& connection) const {
-  if (options_.connection) return index == *options_.connection;
+bool Dump::IsWanted(const Connection& connection) const {
+  if (options_.connection) return connection.index == *options_.connection;
   return options_.all_connections || connection.carries_dicom;
 }
 
 void Dump::RequireRow() const {
-  if (!options_.row || row_was_found_) return;
+  const bool may_be_elsewhere = options_.part.count > 1;
+  if (!options_.row || row_was_found_ || may_be_elsewhere) return;
   throw UsageError("No list has a row " + std::to_string(*options_.row + 1) +
                    ": without --row all rows are shown.");
 }
@@ -73,7 +71,7 @@ void Dump::ShowConnection(std::size_t index, const Connection& connection) {
   auto pdus = session.AllRows(ListKind::kPdus);
   auto messages = session.AllRows(ListKind::kMessages);
   ReportedConnection reported;
-  reported.index = index;
+  reported.index = connection.index;
   reported.connection = &connection;
   reported.ae_titles = FindAeTitles(*connection.feed);
   reported.pdus = pdus.size();

@@ -29,13 +29,13 @@ class Dump {
   // loaded or the file for --save cannot be written.
   explicit Dump(const Options& options);
 
-  // Throws UsageError when the connection or the row that was asked for is not
-  // there, and Failure as ModuleSession and the output do.
-  void Show(const std::vector<Connection>& connections);
+  // Throws UsageError when the row that was asked for is not there, and Failure
+  // as ModuleSession and the output do. `name` is that of the capture.
+  void Show(const std::string& name,
+            const std::vector<Connection>& connections);
 
  private:
-  // Connections are known by their index in the capture, from 0.
-  bool IsWanted(std::size_t index, const Connection& connection) const;
+  bool IsWanted(const Connection& connection) const;
   // Throws UsageError, when all is shown.
   void RequireRow() const;
 
@@ -55,7 +55,7 @@ class Dump {
   std::unique_ptr<SaveFile> save_file_;  // null without --save
   ProgressLine progress_;
   std::size_t connections_ = 0;  // in the capture
-  std::size_t shown_ = 0;        // index of the one that is being shown
+  std::size_t shown_ = 0;        // the index there of the one being shown
   bool row_was_found_ = false;
 };
 

@@ -1,4 +1,5 @@
 #include "host/capdump/findings_report.h"
+#include "host/capdump/frame_json.h"
 #include "host/text/json_object.h"
 
 namespace host {
@@ -22,9 +23,8 @@ std::string FindingJson(const Scene& scene, const Finding& finding) {
   object.Text("advice", finding.kind->advice);
   object.Texts("evidence", finding.evidence);
   object.Number("count", finding.count);
-  if (finding.connection < scene.connections().size()) {
-    const Connection& connection =
-        *scene.connections()[finding.connection].connection;
+  if (const SceneConnection* at = scene.Find(finding.connection)) {
+    const Connection& connection = *at->connection;
     object.Value("connections", ConnectionsJson(finding));
     if (const auto row = RowOf(connection.pdus, finding.pdu)) {
       object.Number("pdu", *row + 1);
@@ -34,8 +34,7 @@ std::string FindingJson(const Scene& scene, const Finding& finding) {
     }
   }
   if (finding.first_frame != 0) {
-    object.Number("first_frame", finding.first_frame);
-    object.Number("last_frame", finding.last_frame);
+    AddFrames(scene.names(), finding.first_frame, finding.last_frame, object);
   }
   return std::move(object).Close();
 }

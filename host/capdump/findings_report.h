@@ -19,7 +19,7 @@ namespace host {
 // on its text in few pieces.
 
 // Which connections are told about, by their index.
-using IsWantedConnection = std::function<bool(std::size_t)>;
+using IsWantedConnection = std::function<bool(const SceneConnection&)>;
 
 // The position in the module's list of the record `index`; none when it has no
 // row there.

@@ -46,18 +46,18 @@ void AppendWrapped(std::string_view words, std::size_t column,
   text += '\n';
 }
 
-std::string FramesText(const Finding& finding) {
+std::string FramesText(const FrameNames& names, const Finding& finding) {
   if (finding.first_frame == 0) return {};
-  const std::string first = std::to_string(finding.first_frame);
-  if (finding.first_frame == finding.last_frame) return ", frame " + first;
-  return ", frames " + first + "-" + std::to_string(finding.last_frame);
+  const bool is_one = finding.first_frame == finding.last_frame;
+  return (is_one ? ", frame " : ", frames ") +
+         names.Text(finding.first_frame, finding.last_frame);
 }
 
 // "[connection 3, PDU 2, frame 6]".
 std::string PlaceText(const Scene& scene, const Finding& finding) {
-  if (finding.connection >= scene.connections().size()) return {};
-  const Connection& connection =
-      *scene.connections()[finding.connection].connection;
+  const SceneConnection* const at = scene.Find(finding.connection);
+  if (at == nullptr) return {};
+  const Connection& connection = *at->connection;
   std::string text = "[";
   if (finding.count > 1) {
     text += NumberText(finding.count) + " times in ";
@@ -80,7 +80,7 @@ std::string PlaceText(const Scene& scene, const Finding& finding) {
   if (const auto row = RowOf(connection.messages, finding.message)) {
     where += ", message " + std::to_string(*row + 1);
   }
-  where += FramesText(finding);
+  where += FramesText(connection.names(), finding);
   if (where.empty()) {
     text.resize(text.size() - 1);
     return text + "]";
@@ -153,7 +153,7 @@ struct StoryGroup {
 
 void AppendStory(const Scene& scene, const StoryGroup& group,
                  std::string& text) {
-  const SceneConnection& at = scene.connections()[group.first];
+  const SceneConnection& at = *scene.Find(group.first);
   const Connection& connection = *at.connection;
   std::string begin = UtcTime(connection.first_time, 3);
   begin.replace(10, 1, " ").replace(begin.size() - 1, 1, " UTC");
@@ -215,7 +215,7 @@ void WriteStories(const Scene& scene, const IsWantedConnection& is_wanted,
   std::map<std::string, std::size_t> by_shape;
   std::size_t left_out = 0;
   for (const SceneConnection& at : scene.connections()) {
-    if (!is_wanted(at.index)) continue;
+    if (!is_wanted(at)) continue;
     Story story = StoryOf(at, kMostSteps);
     const auto [known, is_new] =
         by_shape.try_emplace(story.shape, groups.size());

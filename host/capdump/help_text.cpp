@@ -11,12 +11,16 @@ namespace {
 constexpr std::size_t kColumns = 79;
 constexpr std::size_t kMargin = 2;
 
-constexpr std::string_view kUsage = "usage: capdump [options] CAPTURE\n\n";
+constexpr std::string_view kUsage = "usage: capdump [options] CAPTURE...\n\n";
 
 constexpr std::string_view kIntroduction =
     R"(Shows what is wrong in the DICOM traffic of a capture file (pcap or pcapng),
 and what happened in each connection; on demand lists the PDUs and the DIMSE
 messages, and decodes each, field by field.
+
+Several files, folders and names with * or ? are read as one capture, in the
+order of their first packets; frames are then named as FILE:12. Files may be
+compressed with gzip, and - is standard input.
 )";
 
 constexpr std::string_view kClosing =

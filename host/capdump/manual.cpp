@@ -55,7 +55,7 @@ std::string ManualPage() {
       ".SH NAME\n"
       "capdump \\- list and decode the DICOM traffic of a capture file\n"
       ".SH SYNOPSIS\n"
-      "\\fBcapdump\\fR [\\fIoptions\\fR] \\fICAPTURE\\fR\n"
+      "\\fBcapdump\\fR [\\fIoptions\\fR] \\fICAPTURE\\fR...\n"
       ".SH DESCRIPTION\n";
   page += Paragraphs(HelpIntroduction());
   page += ".SH OPTIONS\n";

@@ -63,6 +63,10 @@ constexpr OptionRow kRows[] = {
      "hand the captured packets to the module as they are, not as clean "
      "streams",
      &Options::as_captured},
+    {kRead, "--part", "", "K/N", "a part as 2/4",
+     "only the connections of part K of N, by their addresses and ports; they "
+     "keep their numbers, so that N processes can share a capture",
+     &Options::part},
     {kRead, "--max-temporary", "", "MB", "a number",
      "keep at most MB megabytes of a pipe or a compressed capture in the "
      "folder for temporary files; without it half of the room there",

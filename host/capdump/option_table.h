@@ -23,6 +23,7 @@ struct OptionRow {
   using Text = std::string Options::*;
   using Number = std::optional<std::uint32_t> Options::*;
   using Amount = std::optional<std::uint64_t> Options::*;  // from 0 on
+  using Part = CapturePart Options::*;                     // "K/N"
   using Texts = std::vector<std::string> Options::*;       // one more each time
 
   std::string_view group;   // a heading; rows of a group stand together
@@ -32,7 +33,7 @@ struct OptionRow {
   // What the value is, in "The option --row wants a number behind it."
   std::string_view wanted;
   std::string_view help;  // what it does, without a capital and a full stop
-  std::variant<Switch, Text, Number, Amount, Texts> target;
+  std::variant<Switch, Text, Number, Amount, Part, Texts> target;
 
   constexpr bool TakesValue() const { return !value.empty(); }
 };

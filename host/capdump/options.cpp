@@ -41,6 +41,21 @@ std::uint64_t ParseAmount(std::string_view option, std::string_view text) {
                    ".");
 }
 
+// "2/4", counted from 1.
+CapturePart ParsePart(std::string_view option, std::string_view text) {
+  const std::size_t slash = std::min(text.find('/'), text.size());
+  const auto index = IndexFromText(text.substr(0, slash));
+  const auto last =
+      IndexFromText(text.substr(std::min(slash + 1, text.size())));
+  if (!index || !last || *index > *last) {
+    throw UsageError(OptionText(option) +
+                     " wants a part as 2/4, of which the first number is not "
+                     "the greater one, not " +
+                     Quoted(text) + ".");
+  }
+  return {*index, *last + 1};
+}
+
 // The arguments one after the other; "--option=value" is two of them.
 class Arguments {
  public:
@@ -120,17 +135,23 @@ struct OptionTaker {
   void operator()(OptionRow::Amount target) const {
     options.*target = ParseAmount(option.name, arguments.TakeValue(option));
   }
+  void operator()(OptionRow::Part target) const {
+    options.*target = ParsePart(option.name, arguments.TakeValue(option));
+  }
   void operator()(OptionRow::Number target) const {
     options.*target = ParseIndex(option.name, arguments.TakeValue(option));
   }
 };
 
-void TakeCapture(std::string name, Options& options) {
-  if (!options.capture.empty()) {
-    throw UsageError("Only one capture at a time can be opened, not " +
-                     Quoted(options.capture) + " and " + Quoted(name) + ".");
+void RequireCaptures(const Options& options) {
+  const auto& captures = options.captures;
+  if (captures.empty() && !options.help && !options.version) {
+    throw UsageError("Name a capture file to read" + std::string(kSeeHelp));
   }
-  options.capture = std::move(name);
+  if (captures.size() > 1 && std::ranges::count(captures, "-") != 0) {
+    throw UsageError(
+        "Standard input is read alone: name no other capture beside -.");
+  }
 }
 
 }  // namespace
@@ -155,7 +176,7 @@ Options ParseOptions(const std::vector<std::string>& argument_list) {
   while (!arguments.AtEnd()) {
     std::string name = only_names ? arguments.Take() : arguments.TakeName();
     if (only_names || name.size() < 2 || name[0] != '-') {
-      TakeCapture(std::move(name), options);
+      options.captures.push_back(std::move(name));
     } else if (name == "--") {
       only_names = true;
     } else {
@@ -163,9 +184,7 @@ Options ParseOptions(const std::vector<std::string>& argument_list) {
       std::visit(OptionTaker{option, arguments, options}, option.target);
     }
   }
-  if (options.capture.empty() && !options.help && !options.version) {
-    throw UsageError("Name a capture file to read" + std::string(kSeeHelp));
-  }
+  RequireCaptures(options);
   return options;
 }
 

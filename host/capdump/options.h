@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/rows/decoded_row.h"
+#include "host/streams/capture_part.h"
 #include "host/text/failure.h"
 
 namespace host {
@@ -20,7 +21,8 @@ class UsageError : public Failure {
 
 // What capdump was asked for. Texts are UTF-8; an empty one was not given.
 struct Options {
-  std::string capture;  // the file's name; "-" for standard input
+  // The names of files and folders, or "-" for standard input.
+  std::vector<std::string> captures;
 
   // What is shown.
   bool tree = false;
@@ -45,6 +47,7 @@ struct Options {
   // What is read, and what is written besides.
   std::string filter;  // in tcpdump's language
   bool as_captured = false;
+  CapturePart part;  // of the connections
   // Of a pipe or a compressed capture in the folder for temporary files.
   std::optional<std::uint64_t> most_temporary_megabytes;
   std::string module;         // DicomDecode.dll

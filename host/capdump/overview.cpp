@@ -45,19 +45,17 @@ std::vector<Finding> Overview::Wanted(const Options& options) const {
   return wanted;
 }
 
-void Overview::Show(const Options& options, const Sink& sink) const {
+void Overview::Show(const Options& options, const std::string& name,
+                    const Sink& sink) const {
   const auto& connections = scene_.connections();
-  if (options.connection) {
-    RequireConnection(*options.connection, connections.size());
-  }
-  const auto is_told = [&](std::size_t index) {
-    if (options.connection) return index == *options.connection;
-    return options.all_connections || connections[index].concerns_dicom;
+  const auto is_told = [&](const SceneConnection& at) {
+    if (options.connection) return at.index == *options.connection;
+    return options.all_connections || at.concerns_dicom;
   };
   const auto with_dicom = static_cast<std::size_t>(std::ranges::count_if(
       connections,
       [](const SceneConnection& at) { return at.connection->carries_dicom; }));
-  sink(options.capture + ": " +
+  sink(name + ": " +
        CountText(connections.size(), "TCP connection", "TCP connections") +
        ", " + NumberText(with_dicom) + " with DICOM\n\n");
   FindingsShown shown;

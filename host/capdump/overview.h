@@ -19,9 +19,10 @@ class Overview {
            CaptureCondition condition);
 
   bool HasFault() const;
-  // The findings, and unless only they are asked for, the stories. Throws
-  // UsageError when the connection that was asked for is not there.
-  void Show(const Options& options, const Sink& sink) const;
+  // The findings, and unless only they are asked for, the stories. `name` is
+  // that of the capture.
+  void Show(const Options& options, const std::string& name,
+            const Sink& sink) const;
   // The findings as JSON.
   void ShowJson(const Options& options, const Sink& sink) const;
 

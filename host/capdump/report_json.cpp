@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "host/capdump/frame_json.h"
 #include "host/capdump/report.h"
 #include "host/dataset/registry.h"
 #include "host/dialogue/outcome.h"
@@ -80,7 +81,9 @@ class JsonReport final : public Report {
     JsonObject object;
     object.Text("kind", Kind(row));
     AddListed(row, object);
-    if (row.wire != nullptr) AddWire(row, object);
+    if (row.wire != nullptr) {
+      AddWire(reported_->connection->names(), row, object);
+    }
     if (!row.outcome.empty()) object.Text("outcome", row.outcome);
     if (row.message) AddMessage(*row.message, object);
     if (decode.tree) object.Value("tree", TreeJson(*decode.tree));
@@ -116,9 +119,9 @@ class JsonReport final : public Report {
     object.Text("detail", Utf8FromCodePage1252(row.listed.detail));
   }
 
-  static void AddWire(const ReportedRow& row, JsonObject& object) {
-    object.Number("first_frame", row.wire->first_frame);
-    object.Number("last_frame", row.wire->last_frame);
+  static void AddWire(const FrameNames& names, const ReportedRow& row,
+                      JsonObject& object) {
+    AddFrames(names, row.wire->first_frame, row.wire->last_frame, object);
     object.Text("time", UtcTime(row.wire->time, 9));
     if (row.since_previous) {
       object.Value("since_previous", Seconds(*row.since_previous, 9));

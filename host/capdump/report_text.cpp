@@ -16,70 +16,67 @@ constexpr std::size_t kRangeColumns = 16;
 constexpr std::string_view kRowMargin = "  ";
 constexpr std::string_view kDecodeMargin = "      ";
 
-std::string FrameText(const WireRecord& wire) {
-  std::string text = std::to_string(wire.first_frame);
-  if (wire.last_frame != wire.first_frame) {
-    text += "-" + std::to_string(wire.last_frame);
-  }
-  return text;
-}
-
 // The columns of a list; a column in which no row has anything is left out.
 struct Column {
   std::string_view title;
   bool right_aligned;
-  std::string (*text)(const ReportedRow&);
+  std::string (*text)(const ReportedRow&, const FrameNames&);
 };
 
 constexpr Column kColumns[] = {
     {"row", true,
-     [](const ReportedRow& row) {
+     [](const ReportedRow& row, const FrameNames&) {
        return row.index ? std::to_string(*row.index + 1) : std::string("-");
      }},
     {"number", true,
      // The module's own number is worth a column only where it differs.
-     [](const ReportedRow& row) {
+     [](const ReportedRow& row, const FrameNames&) {
        return !row.index || row.listed.number == *row.index + 1
                   ? std::string()
                   : "#" + std::to_string(row.listed.number);
      }},
     {"time (UTC)", false,
-     [](const ReportedRow& row) {
+     [](const ReportedRow& row, const FrameNames&) {
        return row.wire ? TimeOfDay(row.wire->time) : std::string();
      }},
     {"since row", true,
-     [](const ReportedRow& row) {
+     [](const ReportedRow& row, const FrameNames&) {
        return row.since_previous ? Seconds(*row.since_previous, 6)
                                  : std::string();
      }},
     {"dir", false,
-     [](const ReportedRow& row) {
+     [](const ReportedRow& row, const FrameNames&) {
        return std::string(row.listed.direction == 0 ? "-->" : "<--");
      }},
     {"length", true,
-     [](const ReportedRow& row) { return NumberText(row.listed.length); }},
+     [](const ReportedRow& row, const FrameNames&) {
+       return NumberText(row.listed.length);
+     }},
     {"summary", false,
-     [](const ReportedRow& row) {
+     [](const ReportedRow& row, const FrameNames&) {
        return row.index ? PrintableFromCodePage1252(row.listed.summary)
                         : std::string("(not in the list)");
      }},
     {"detail", false,
-     [](const ReportedRow& row) {
+     [](const ReportedRow& row, const FrameNames&) {
        return PrintableFromCodePage1252(row.listed.detail);
      }},
     {"frames", false,
-     [](const ReportedRow& row) {
-       return row.wire ? FrameText(*row.wire) : std::string();
+     [](const ReportedRow& row, const FrameNames& names) {
+       return row.wire ? names.Text(row.wire->first_frame, row.wire->last_frame)
+                       : std::string();
      }},
-    {"outcome", false, [](const ReportedRow& row) { return row.outcome; }},
+    {"outcome", false,
+     [](const ReportedRow& row, const FrameNames&) { return row.outcome; }},
 };
 using Widths = std::array<std::size_t, std::size(kColumns)>;
 
-Widths MeasureColumns(const std::vector<ReportedRow>& rows) {
+Widths MeasureColumns(const std::vector<ReportedRow>& rows,
+                      const FrameNames& names) {
   Widths widths{};
   for (std::size_t i = 0; i < widths.size(); ++i) {
     for (const ReportedRow& row : rows) {
-      widths[i] = std::max(widths[i], ColumnsOf(kColumns[i].text(row)));
+      widths[i] = std::max(widths[i], ColumnsOf(kColumns[i].text(row, names)));
     }
     if (widths[i] != 0) {
       widths[i] = std::max(widths[i], kColumns[i].title.size());
@@ -108,6 +105,7 @@ class TextReport final : public Report {
 
   void BeginConnection(const ReportedConnection& reported) override {
     const Connection& connection = *reported.connection;
+    names_ = &connection.names();
     BlankLine();
     Line("Connection " + std::to_string(reported.index + 1) + "  " +
          connection.first_endpoint + " --> " + connection.second_endpoint);
@@ -132,14 +130,14 @@ class TextReport final : public Report {
       Line(std::string(kRowMargin) + name + ": none");
     } else {
       Line(std::string(kRowMargin) + name);
-      widths_ = MeasureColumns(rows);
+      widths_ = MeasureColumns(rows, *names_);
       Columns([](const Column& column) { return std::string(column.title); });
     }
     Flush();
   }
 
   void Row(const ReportedRow& row, const DecodedRow& decode) override {
-    Columns([&row](const Column& column) { return column.text(row); });
+    Columns([&](const Column& column) { return column.text(row, *names_); });
     if (row.wire != nullptr && !row.wire->note.empty()) {
       Line(std::string(kDecodeMargin) + "note: " + row.wire->note);
     }
@@ -215,6 +213,7 @@ class TextReport final : public Report {
 
   Sink sink_;
   std::string buffer_;
+  const FrameNames* names_ = nullptr;  // of the connection
   Widths widths_{};
   bool after_blank_ = false;
 };

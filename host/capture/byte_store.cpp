@@ -41,10 +41,24 @@ void ByteStore::MoveOut() {
   appended_.clear();
 }
 
+// Of thousands of files those that were not asked lately hold no memory. All
+// but a few have been read in order to their end by then.
+void ByteStore::KeepAwake(std::size_t file) const {
+  if (awake_.front() == file) return;
+  auto found = std::ranges::find(awake_, file);
+  if (found == awake_.end()) {
+    found = std::prev(found);
+    if (*found != 0) files_[*found - 1]->RestAgain();
+    *found = file;
+  }
+  std::rotate(awake_.begin(), found, std::next(found));
+}
+
 std::span<const std::uint8_t> ByteStore::At(Offset offset,
                                             std::size_t length) const {
   const Offset place = PlaceOf(offset);
   if (const auto file = static_cast<std::size_t>(offset >> kPlaceBits)) {
+    KeepAwake(file);
     return files_[file - 1]->Again(place, length);
   }
   if (place < moved_out_) return moved_->Again(place, length);

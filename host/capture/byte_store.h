@@ -1,6 +1,7 @@
 #ifndef HOST_CAPTURE_BYTE_STORE_H_
 #define HOST_CAPTURE_BYTE_STORE_H_
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -36,10 +37,14 @@ class ByteStore {
  private:
   // Valid until the next call.
   std::span<const std::uint8_t> At(Offset offset, std::size_t length) const;
+  // Makes the file the one that was asked last.
+  void KeepAwake(std::size_t file) const;
   // Writes the appended bytes that are in memory to the temporary file.
   void MoveOut();
 
   std::vector<std::shared_ptr<FileBytes>> files_;
+  // Files that may hold memory, counted from 1, the one asked last first.
+  mutable std::array<std::size_t, 16> awake_{};
   std::vector<std::uint8_t> appended_;  // the newest
   std::uint64_t moved_out_ = 0;         // bytes that were appended before them
   SystemFile* temporary_ = nullptr;     // moved_'s; null as long as it is

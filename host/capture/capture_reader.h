@@ -6,65 +6,63 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/capture/byte_store.h"
 #include "host/capture/capture_error.h"
+#include "host/capture/capture_series.h"
 #include "host/capture/frame_parser.h"
-#include "host/capture/frame_records.h"
 #include "host/capture/packet_filter.h"
 
 namespace host {
 
-// Reads the TCP segments of a pcap or pcapng file one after the other. Where it
-// had to stop, a later call goes on, should the file have grown meanwhile.
+// Reads the TCP segments of a capture, one after the other. Where a capture of
+// one file had to stop, a later call goes on, should the file have grown
+// meanwhile.
 class CaptureReader {
  public:
   // `filter` is a BPF expression, empty for all frames; `most_temporary` bounds
-  // what is kept of a pipe or a compressed file, see OpenCaptureBytes(). Throws
-  // CaptureError when the file cannot be read at all, FilterError for a bad
-  // filter.
-  CaptureReader(const std::filesystem::path& path, const std::string& filter,
+  // what is kept of pipes and compressed files. Throws CaptureError when
+  // nothing can be read at all, FilterError for a bad filter.
+  CaptureReader(const std::vector<CaptureInput>& inputs,
+                const std::string& filter,
                 std::optional<std::uint64_t> most_temporary = {});
+  // Of one file.
+  CaptureReader(const std::filesystem::path& path, const std::string& filter,
+                std::optional<std::uint64_t> most_temporary = {})
+      : CaptureReader(std::vector<CaptureInput>{{path}}, filter,
+                      most_temporary) {}
 
-  // The next TCP segment that passes the filter; null at the end of the file
+  // The next TCP segment that passes the filter; null at the end of the capture
   // or where it is damaged. Lasts until the next call, as its bytes do.
   const TcpFrame* Next();
 
   // Where the bytes of all segments can be read again.
   const std::shared_ptr<ByteStore>& store() const { return store_; }
+  // What its frames are called. Grows with Next().
+  std::shared_ptr<const FrameNames> names() const { return series_.names(); }
 
   // IP fragments of TCP packets that passed the filter so far: they are left
   // out.
   std::uint32_t fragments() const { return fragments_; }
-  // Bytes of the file read so far, and its size as far as it is known; for a
-  // progress display.
-  std::uint64_t bytes_read() const { return records_->position(); }
-  std::uint64_t file_bytes() const { return file_->known_size(); }
-  // One sentence when the file broke off or is damaged; else empty.
-  const std::string& damage() const { return damage_; }
-  // The damage is that the file ends too early.
-  bool EndsInsideFrame() const { return ends_inside_frame_; }
+  unsigned percent() const { return series_.percent(); }  // that is read
+  // One sentence for each file that cannot be read, breaks off or is damaged.
+  std::vector<std::string> Failures() const { return series_.Failures(); }
+  // One sentence for each thing else.
+  std::vector<std::string> Notes() const { return series_.Notes(); }
+  // The failure is that the one file ends too early.
+  bool EndsInsideFrame() const { return series_.EndsInsideFrame(); }
 
  private:
-  // Throws CaptureError unless frames of the link type can be read; `name` is
-  // that of the capture.
-  void RequireKnownLinkType(const std::string& name) const;
-  // Reads one frame into frame_ and answers what it holds: kOther if it does
-  // not pass the filter, none when there is no frame to be read now.
-  std::optional<FrameKind> ReadFrame();
-  // There is no frame now: notes why.
-  void NoteEnd(FrameRecords::Next answer);
+  // What the frame holds that the series has come to, in frame_ if it is a
+  // segment; kOther if it does not pass the filter.
+  FrameKind ReadFrame();
 
   std::shared_ptr<ByteStore> store_ = std::make_shared<ByteStore>();
-  std::shared_ptr<FileBytes> file_;
-  ByteStore::Offset file_begin_ = 0;
-  std::unique_ptr<FrameRecords> records_;
-  std::optional<PacketFilter> filter_;  // always there once it is built
-  TcpFrame frame_;                      // the newest
-  std::uint32_t frames_ = 0;            // read, whatever they hold
+  CaptureSeries series_;
+  PacketFilter filter_;
+  TcpFrame frame_;  // the newest
   std::uint32_t fragments_ = 0;
-  std::string damage_;
-  bool ends_inside_frame_ = false;
 };
 
 }  // namespace host

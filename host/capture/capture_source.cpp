@@ -50,9 +50,15 @@ std::string CaptureName(const std::filesystem::path& path) {
   return path == kStandardInput ? "standard input" : Utf8FromPath(path);
 }
 
+std::shared_ptr<TemporaryRoom> MakeTemporaryRoom(
+    std::optional<std::uint64_t> most) {
+  return std::make_shared<TemporaryRoom>(
+      TemporaryRoom{most ? *most : HalfOfTheRoom()});
+}
+
 std::shared_ptr<FileBytes> OpenCaptureBytes(
     const std::filesystem::path& path,
-    std::optional<std::uint64_t> most_temporary) {
+    const std::shared_ptr<TemporaryRoom>& room) {
   SystemFile::Opened opened = path == kStandardInput
                                   ? SystemFile::OpenStandardInput()
                                   : SystemFile::Open(path);
@@ -71,8 +77,7 @@ std::shared_ptr<FileBytes> OpenCaptureBytes(
   const bool is_gzip = GzipInflow::IsGzip(file->Peek(2));
   std::unique_ptr<ByteInflow> inflow = std::move(file);
   if (is_gzip) inflow = std::make_unique<GzipInflow>(std::move(inflow));
-  return std::make_shared<FileBytes>(
-      std::move(inflow), most_temporary ? *most_temporary : HalfOfTheRoom());
+  return std::make_shared<FileBytes>(std::move(inflow), room);
 }
 
 std::string OtherFormatText(std::span<const std::uint8_t> first_bytes,

@@ -20,13 +20,17 @@ inline constexpr std::string_view kStandardInput = "-";
 // What a capture is called in a sentence: its file's name, in UTF-8.
 std::string CaptureName(const std::filesystem::path& path);
 
+// Room for `most` bytes; without that number for half of what is left in the
+// folder for temporary files.
+std::shared_ptr<TemporaryRoom> MakeTemporaryRoom(
+    std::optional<std::uint64_t> most);
+
 // The bytes of a capture, whatever has to be done to get at them. What cannot
-// be read twice, a pipe or a compressed file, is kept in a temporary file of at
-// most `most_temporary` bytes; without that number half of the room that is
-// left there. Throws CaptureError when there are none.
+// be read twice, a pipe or a compressed file, is kept in a temporary file.
+// Throws CaptureError when there are none.
 std::shared_ptr<FileBytes> OpenCaptureBytes(
     const std::filesystem::path& path,
-    std::optional<std::uint64_t> most_temporary);
+    const std::shared_ptr<TemporaryRoom>& room);
 
 // What a file is that begins like this and is no capture that we can read, and
 // what to do with it, as a sentence without its beginning: " is compressed with

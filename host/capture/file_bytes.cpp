@@ -10,9 +10,10 @@ namespace host {
 namespace {
 
 // What is read at once: enough for few calls of the system, and little enough
-// for the processor's cache. The others' windows begin small, since a
-// connection may be one of many in its capture, and grow while they are read
-// on in order.
+// for the processor's cache. All windows begin small, since a file may be one
+// of many in its capture, as a connection may, and grow while they are read on
+// in order.
+constexpr std::size_t kLeastAheadBytes = std::size_t{1} << 14;
 constexpr std::size_t kAheadBytes = std::size_t{1} << 18;
 constexpr std::size_t kLeastAgainBytes = std::size_t{1} << 12;
 constexpr std::size_t kMostAgainBytes = std::size_t{1} << 17;
@@ -22,25 +23,40 @@ constexpr std::size_t kMostAgainBytes = std::size_t{1} << 17;
 FileBytes::FileBytes(std::unique_ptr<SystemFile> file)
     : file_(std::move(file)), known_size_(file_->Size()) {}
 
-FileBytes::FileBytes(std::unique_ptr<ByteInflow> inflow, std::uint64_t most)
+FileBytes::FileBytes(std::unique_ptr<ByteInflow> inflow,
+                     std::shared_ptr<TemporaryRoom> room)
     : file_(SystemFile::MakeTemporary()),
       known_size_(0),
       inflow_(std::move(inflow)),
-      most_(most) {}
+      room_(std::move(room)) {}
+
+FileBytes::~FileBytes() {
+  if (room_) room_->used -= known_size_;
+}
+
+void FileBytes::Rest() {
+  ahead_ = {};
+  RestAgain();
+}
+
+void FileBytes::RestAgain() { again_ = {}; }
 
 void FileBytes::Pull(std::uint64_t end) {
   std::vector<std::uint8_t> piece;
   while (inflow_ && known_size_ < end) {
     piece.resize(kAheadBytes);
     piece.resize(inflow_->Read(piece));
-    const bool too_much = piece.size() > most_ - known_size_;
-    if (too_much) piece.resize(static_cast<std::size_t>(most_ - known_size_));
+    const std::uint64_t left = room_->most - room_->used;
+    const bool too_much = piece.size() > left;
+    if (too_much) piece.resize(static_cast<std::size_t>(left));
     file_->Write(known_size_, piece);
     known_size_ += piece.size();
+    room_->used += piece.size();
     if (!too_much && !piece.empty()) continue;
-    damage_ = too_much ? "the limit for temporary files, " + BytesText(most_) +
-                             ", is reached: --max-temporary sets another one"
-                       : inflow_->damage();
+    damage_ = too_much
+                  ? "the limit for temporary files, " + BytesText(room_->most) +
+                        ", is reached: --max-temporary sets another one"
+                  : inflow_->damage();
     inflow_.reset();
   }
 }
@@ -56,7 +72,9 @@ void FileBytes::Fill(Window& window, std::uint64_t offset, std::size_t length) {
 std::span<const std::uint8_t> FileBytes::ReadAhead(std::uint64_t offset,
                                                    std::size_t least) {
   Pull(offset + least);
-  Fill(ahead_, offset, std::max(least, kAheadBytes));
+  const std::size_t wanted =
+      std::clamp(2 * ahead_.size, kLeastAheadBytes, kAheadBytes);
+  Fill(ahead_, offset, std::max(least, wanted));
   return ahead_.bytes();
 }
 

@@ -14,6 +14,12 @@
 
 namespace host {
 
+// What the temporary files of one capture may hold together, in bytes.
+struct TemporaryRoom {
+  std::uint64_t most = 0;
+  std::uint64_t used = 0;
+};
+
 // The bytes of a capture file, which stay in the file: memory holds a few
 // windows of it. One reader goes through the file in order; others ask for what
 // it has seen, most of it in order as well and near to each other. Read and not
@@ -22,9 +28,11 @@ namespace host {
 class FileBytes {
  public:
   explicit FileBytes(std::unique_ptr<SystemFile> file);
-  // What `inflow` brings, kept in a temporary file of at most `most` bytes. The
-  // reader in order waits for it as far as it has to.
-  FileBytes(std::unique_ptr<ByteInflow> inflow, std::uint64_t most);
+  // What `inflow` brings, kept in a temporary file as long as there is room.
+  // The reader in order waits for it as far as it has to.
+  FileBytes(std::unique_ptr<ByteInflow> inflow,
+            std::shared_ptr<TemporaryRoom> room);
+  ~FileBytes();
 
   // For the reader in order: the bytes from `offset` on, at least `least` of
   // them unless the file ends before. Valid until its next call. Asks the
@@ -41,6 +49,10 @@ class FileBytes {
   std::span<const std::uint8_t> Again(std::uint64_t offset, std::size_t length);
   // Whether the file, once that has flowed in, reaches to `end` by now.
   bool Reaches(std::uint64_t end);
+  // Free what is in memory: all for a file that has been read in order, or
+  // what was asked for again.
+  void Rest();
+  void RestAgain();
   // Why the bytes end before what they come from, as a clause; else empty.
   const std::string& damage() const { return damage_; }
   // As long as the file was when it was looked at last.
@@ -73,9 +85,9 @@ class FileBytes {
 
   std::unique_ptr<SystemFile> file_;
   std::uint64_t known_size_;
-  std::unique_ptr<ByteInflow> inflow_;  // null for a file, and at its end
-  std::uint64_t most_ = 0;              // bytes to be kept of it
-  std::string damage_;                  // of the inflow
+  std::unique_ptr<ByteInflow> inflow_;   // null for a file, and at its end
+  std::shared_ptr<TemporaryRoom> room_;  // null for a file
+  std::string damage_;                   // of the inflow
   Window ahead_;
   std::array<Window, 4> again_;
   std::uint64_t uses_ = 0;

@@ -33,11 +33,18 @@ struct TcpHeader {
   static std::optional<TcpHeader> Parse(std::span<const std::uint8_t> tcp);
 };
 
+// What one frame brought of a segment that came in IP fragments.
+struct FramePart {
+  std::uint32_t length = 0;  // in bytes
+  std::uint32_t frame = 0;   // its number
+  Nanoseconds time = 0;
+};
+
 // A captured frame that holds (the beginning of) a TCP segment. The bytes
 // belong to the capture reader and are gone with its next frame; from then on
 // they are in its byte store.
 struct TcpFrame {
-  std::uint32_t number = 0;  // counted from 1 over all frames of the capture
+  std::uint32_t number = 0;  // from 1 on over all frames of the capture
   Nanoseconds time = 0;
   Endpoint source;
   Endpoint destination;
@@ -47,6 +54,10 @@ struct TcpFrame {
   std::uint32_t wire_length = 0;
   std::optional<TcpHeader> header;  // TcpHeader::Parse(tcp)
   std::uint64_t stored = 0;         // the ByteStore::Offset of `tcp`
+  // The frames that brought it, in the order of its bytes, if it came in
+  // fragments; `number` and `time` are those of the frame that completed it.
+  // Gone with the next frame.
+  std::span<const FramePart> parts = {};
   // The IPv4 identification, new in each packet that a host sends; IPv6 has
   // none.
   std::optional<std::uint16_t> ip_identification = {};

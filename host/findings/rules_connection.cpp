@@ -89,7 +89,8 @@ void FindVanishedPeer(const Scene&, const SceneConnection& at,
     Finding& found = list.Add(
         "peer-vanished",
         "The " + PeerText(at, 1 - direction, nullptr) +
-            " fell silent after frame " + std::to_string(silent.last->frame) +
+            " fell silent after frame " +
+            at.connection->names().Text(silent.last->frame) +
             ": the other side sent its data again " +
             CountText(sender.unheard_retransmissions, "time", "times") +
             " in " + DurationText(sender.last->time - silent.last->time) +

@@ -96,12 +96,14 @@ class EndingRule {
     Finding& cause = *list_.Cause();
     if (ending_.kind == Kind::kReleased || ending_.kind == Kind::kNone) return;
     const std::string what = Actor() + " " + EndingText(ending_, association_) +
-                             " in frame " + std::to_string(ending_.frame) + ".";
+                             " in frame " +
+                             at_.connection->names().Text(ending_.frame) + ".";
     cause.evidence.push_back("Then the " + what);
     if (open_ != nullptr) {
       cause.evidence.push_back(
           "The " + CommandText(open_->command_field) + " of frame " +
-          std::to_string(open_->first_frame) + " was never answered.");
+          at_.connection->names().Text(open_->first_frame) +
+          " was never answered.");
     }
   }
 

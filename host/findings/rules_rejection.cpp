@@ -50,7 +50,7 @@ std::string WhatMatched(const Scene& scene, const SceneConnection& at,
   std::set<std::string> titles;
   for (const Scene::Accepted& other : scene.AcceptedAt(at.Address(acceptor))) {
     const AssociationSide& took = *other.association->request;
-    const SceneConnection& there = scene.connections()[other.connection];
+    const SceneConnection& there = *scene.Find(other.connection);
     if (called && took.called_ae_title != asked.called_ae_title) {
       titles.insert(PrintableFromCodePage1252(took.called_ae_title));
     }

@@ -83,7 +83,7 @@ Scene::Scene(const std::vector<const Connection*>& connections,
   connections_.reserve(connections.size());
   for (const Connection* connection : connections) {
     SceneConnection at;
-    at.index = connections_.size();
+    at.index = connection->index;
     at.connection = connection;
     at.dialogue = DialogueOf(*connection);
     at.client = ClientOf(*connection, at.dialogue);
@@ -123,6 +123,19 @@ void Scene::FindServers() {
   }
 }
 
+const SceneConnection* Scene::Find(std::size_t index) const {
+  const auto found = std::ranges::lower_bound(connections_, index, {},
+                                              &SceneConnection::index);
+  const bool is_there = found != connections_.end() && found->index == index;
+  return is_there ? &*found : nullptr;
+}
+
+const FrameNames& Scene::names() const {
+  static const FrameNames kNumbers;
+  return connections_.empty() ? kNumbers
+                              : connections_.front().connection->names();
+}
+
 const std::vector<Scene::Accepted>& Scene::AcceptedAt(
     const std::string& address) const {
   static const std::vector<Accepted> kNobody;
@@ -134,7 +147,7 @@ const SceneConnection* Scene::FailedBetween(Nanoseconds from,
                                             Nanoseconds to) const {
   const auto found = failed_.lower_bound(from);
   if (found == failed_.end() || found->first > to) return nullptr;
-  return &connections_[found->second];
+  return Find(found->second);
 }
 
 std::string PeerText(const SceneConnection& at, std::uint32_t direction,

@@ -21,7 +21,7 @@ struct CaptureCondition {
 
 // One connection, as rules look at it.
 struct SceneConnection {
-  std::size_t index = 0;  // in the capture
+  std::size_t index = 0;  // in the whole capture
   const Connection* connection = nullptr;
   const Dialogue* dialogue = nullptr;  // null when there is none
   // The direction of the side that opened the connection, as far as is known.
@@ -49,8 +49,12 @@ class Scene {
   const std::vector<SceneConnection>& connections() const {
     return connections_;
   }
+  // By its index in the whole capture; null for one of another part.
+  const SceneConnection* Find(std::size_t index) const;
   const CaptureCondition& condition() const { return condition_; }
   Nanoseconds end() const { return end_; }  // of the last packet
+  // What the capture's frames are called.
+  const FrameNames& names() const;
 
   // An association that an acceptor has accepted.
   struct Accepted {

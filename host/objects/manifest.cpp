@@ -1,5 +1,6 @@
 #include "host/objects/manifest.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -8,9 +9,17 @@
 namespace host {
 namespace {
 
+// Whether the capture consists of several files, so that frames need theirs.
+bool HasFiles(const std::vector<ExportedObject>& objects) {
+  return std::ranges::any_of(objects, [](const ExportedObject& object) {
+    return !object.first_file.empty();
+  });
+}
+
 // Calls `add` with each column's name and value, and whether it is a number.
 template <class Add>
-void ForEachColumn(const ExportedObject& object, const Add& add) {
+void ForEachColumn(const ExportedObject& object, bool has_files,
+                   const Add& add) {
   const auto text = [&](const char* name, const std::string& value) {
     add(name, value, false);
   };
@@ -25,6 +34,10 @@ void ForEachColumn(const ExportedObject& object, const Add& add) {
   text("command", object.command);
   number("first_frame", object.first_frame);
   number("last_frame", object.last_frame);
+  if (has_files) {
+    text("first_file", object.first_file);
+    text("last_file", object.last_file);
+  }
   text("first_time", UtcTime(object.first_time, 9));
   text("last_time", UtcTime(object.last_time, 9));
   text("calling_ae_title", object.calling_ae_title);
@@ -86,16 +99,18 @@ std::string RangesJson(const std::vector<DataRange>& ranges) {
 }  // namespace
 
 std::string ManifestCsv(const std::vector<ExportedObject>& objects) {
+  const bool has_files = HasFiles(objects);
   CsvLine names;
-  ForEachColumn(
-      {}, [&](const char* name, const std::string&, bool) { names.Add(name); });
+  ForEachColumn({}, has_files, [&](const char* name, const std::string&, bool) {
+    names.Add(name);
+  });
   names.Add("filled_ranges");
   std::string csv = std::move(names).End();
   for (const ExportedObject& object : objects) {
     CsvLine line;
-    ForEachColumn(object, [&](const char*, const std::string& value, bool) {
-      line.Add(value);
-    });
+    ForEachColumn(
+        object, has_files,
+        [&](const char*, const std::string& value, bool) { line.Add(value); });
     line.Add(RangesText(object.filled));
     csv += std::move(line).End();
   }
@@ -103,17 +118,19 @@ std::string ManifestCsv(const std::vector<ExportedObject>& objects) {
 }
 
 std::string ManifestJson(const std::vector<ExportedObject>& objects) {
+  const bool has_files = HasFiles(objects);
   std::string json = "[";
   for (const ExportedObject& object : objects) {
     JsonObject row;
-    ForEachColumn(object, [&](const char* name, const std::string& value,
-                              bool is_number) {
-      if (is_number) {
-        row.Value(name, value);
-      } else {
-        row.Text(name, value);
-      }
-    });
+    ForEachColumn(
+        object, has_files,
+        [&](const char* name, const std::string& value, bool is_number) {
+          if (is_number) {
+            row.Value(name, value);
+          } else {
+            row.Text(name, value);
+          }
+        });
     row.Value("filled_ranges", RangesJson(object.filled));
     json += (json.size() > 1 ? ",\n " : "\n ") + std::move(row).Close();
   }

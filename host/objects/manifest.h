@@ -19,8 +19,10 @@ struct ExportedObject {
   std::size_t connection = 0;      // both count from 0
   std::optional<std::size_t> row;  // in the module's message list
   std::string command;             // "C-STORE-RQ"
-  std::uint32_t first_frame = 0;
+  std::uint32_t first_frame = 0;   // as their file counts them
   std::uint32_t last_frame = 0;
+  std::string first_file;  // of these frames; empty if the capture is one file
+  std::string last_file;
   Nanoseconds first_time = 0;
   Nanoseconds last_time = 0;
   std::string calling_ae_title;

@@ -86,6 +86,13 @@ ExportedObject Describe(const Dialogue& dialogue,
   return object;
 }
 
+void NameFrames(const FrameNames& names, ExportedObject& object) {
+  object.first_file = names.FileOf(object.first_frame);
+  object.last_file = names.FileOf(object.last_frame);
+  object.first_frame = names.PlaceOf(object.first_frame).number;
+  object.last_frame = names.PlaceOf(object.last_frame).number;
+}
+
 // Of identifiers, which have no UID, the frame that they begin in.
 std::string NameOf(const ExportedObject& object) {
   if (!object.sop_instance.empty()) return SafeFileName(object.sop_instance);
@@ -119,6 +126,7 @@ void ObjectExport::Add(const MessagePlace& place, const Dialogue& dialogue) {
   ExportedObject object = Describe(dialogue, message);
   object.connection = place.connection;
   object.row = place.row;
+  if (place.names != nullptr) NameFrames(*place.names, object);
   object.filled = LostRanges(dialogue, message);
   object.incomplete = Incomplete(message, object);
   if (message.data_bytes > 0) WriteFile(dialogue, message, object);

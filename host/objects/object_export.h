@@ -22,11 +22,12 @@ struct ExportChoice {
   bool identifiers = false;  // of all other messages
 };
 
-// Which message of the capture; all count from 0.
+// Which message of the capture; all count from 0. Null names are numbers.
 struct MessagePlace {
   std::size_t connection = 0;
-  std::optional<std::size_t> row;  // in the module's list, if it has one
-  std::size_t index = 0;           // in the dialogue
+  std::optional<std::size_t> row;     // in the module's list, if it has one
+  std::size_t index = 0;              // in the dialogue
+  const FrameNames* names = nullptr;  // of the capture
 };
 
 // Saves data sets as DICOM files, each as it was sent, one file a data set, and

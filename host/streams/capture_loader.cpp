@@ -1,7 +1,8 @@
 #include "host/streams/capture_loader.h"
 
-#include <algorithm>
+#include <utility>
 
+#include "host/streams/file_gaps.h"
 #include "host/text/number_text.h"
 
 namespace host {
@@ -11,10 +12,11 @@ constexpr unsigned kFramesBetweenLooks = 32;  // at the clock
 
 }  // namespace
 
-CaptureLoader::CaptureLoader(const std::filesystem::path& path,
+CaptureLoader::CaptureLoader(const std::vector<CaptureInput>& inputs,
                              const LoadOptions& options)
-    : reader_(path, options.filter, options.most_temporary),
-      connections_(options.hand_over, reader_.store(), options.observe),
+    : reader_(inputs, options.filter, options.most_temporary),
+      connections_(options.hand_over, reader_.store(), options.observe,
+                   reader_.names(), options.part),
       follow_(options.follow) {}
 
 CaptureLoader::State CaptureLoader::Read(const TimeIsUp& time_is_up) {
@@ -39,25 +41,26 @@ CaptureLoader::State CaptureLoader::Read(const TimeIsUp& time_is_up) {
 void CaptureLoader::End() {
   if (state_ == State::kDone) return;
   connections_.Finish();
+  gaps_ = DescribeFileGaps(connections_, *reader_.names());
   state_ = State::kDone;
 }
 
-unsigned CaptureLoader::percent() const {
-  const std::uint64_t size = std::max<std::uint64_t>(reader_.file_bytes(), 1);
-  return static_cast<unsigned>(
-      std::min<std::uint64_t>(reader_.bytes_read() * 100 / size, 100));
+unsigned CaptureLoader::percent() const { return reader_.percent(); }
+
+std::vector<std::string> CaptureLoader::Failures() const {
+  const bool grows = state_ == State::kFollowing && reader_.EndsInsideFrame();
+  return grows ? std::vector<std::string>() : reader_.Failures();
 }
 
 std::string CaptureLoader::Damage() const {
-  const bool grows = state_ == State::kFollowing && reader_.EndsInsideFrame();
-  return grows ? std::string() : reader_.damage();
+  const std::vector<std::string> failures = Failures();
+  return failures.empty() ? std::string() : failures.front();
 }
 
 std::vector<std::string> CaptureLoader::Notes() const {
-  std::vector<std::string> notes;
-  if (std::string damage = Damage(); !damage.empty()) {
-    notes.push_back(std::move(damage));
-  }
+  std::vector<std::string> notes = Failures();
+  for (auto& note : reader_.Notes()) notes.push_back(std::move(note));
+  notes.insert(notes.end(), gaps_.begin(), gaps_.end());
   if (const std::uint32_t fragments = reader_.fragments(); fragments != 0) {
     notes.push_back(CountText(fragments, "IP fragment", "IP fragments") +
                     (fragments == 1 ? " was" : " were") +

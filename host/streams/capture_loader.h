@@ -21,10 +21,11 @@ struct LoadOptions {
   bool follow = false;      // the file may grow while it is read
   // Bounds what is kept of a pipe or a compressed file: see OpenCaptureBytes().
   std::optional<std::uint64_t> most_temporary = {};
+  CapturePart part = {};         // no connections but those in it
   MakePduObserver observe = {};  // of each connection; may be empty
 };
 
-// Reads a capture file into its connections: the one way in which both programs
+// Reads a capture into its connections: the one way in which both programs
 // do it. Can be done in slices, so that what was read so far is shown
 // meanwhile.
 class CaptureLoader {
@@ -35,9 +36,13 @@ class CaptureLoader {
     kDone,       // the connections are as they stay
   };
 
-  // Throws CaptureError when the file cannot be read at all, FilterError for a
-  // bad filter.
-  CaptureLoader(const std::filesystem::path& path, const LoadOptions& options);
+  // Throws CaptureError when nothing can be read at all, FilterError for a bad
+  // filter.
+  CaptureLoader(const std::vector<CaptureInput>& inputs,
+                const LoadOptions& options);
+  // Of one file.
+  CaptureLoader(const std::filesystem::path& path, const LoadOptions& options)
+      : CaptureLoader(std::vector<CaptureInput>{{path}}, options) {}
 
   // Reads on until the time is up or the file ends for now, and lets the
   // connections show what has become settled. Throws Failure when the file
@@ -48,18 +53,23 @@ class CaptureLoader {
 
   State state() const { return state_; }
   unsigned percent() const;  // of the file as long as it was when opened
-  // One sentence when the file is damaged or breaks off, else empty. A file
-  // that is followed may end inside a frame for now.
+  // One sentence for each file that cannot be read, is damaged or breaks off.
+  // A file that is followed may end inside a frame for now.
+  std::vector<std::string> Failures() const;
+  // The first of them, or nothing.
   std::string Damage() const;
-  // One sentence each about the whole capture: the damage, and what was in it
-  // and is in no connection.
+  // One sentence each about the whole capture: the failures, what is missing
+  // between its files, and what was in it and is in no connection.
   std::vector<std::string> Notes() const;
+  // What the capture's frames and files are called.
+  const FrameNames& names() const { return *reader_.names(); }
   // Grow with Read() and End() only.
   TcpConnections& connections() { return connections_; }
 
  private:
   CaptureReader reader_;
   TcpConnections connections_;
+  std::vector<std::string> gaps_;  // between files, known at the end
   bool follow_;
   State state_ = State::kReading;
 };

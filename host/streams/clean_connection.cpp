@@ -50,9 +50,9 @@ CleanConnection::CleanConnection(const std::shared_ptr<ByteStore>& store,
 bool CleanConnection::BeginsAnother(const TcpFrame& frame,
                                     std::uint32_t direction) const {
   if (!frame.header || !frame.header->Has(kSyn)) return false;
-  const auto begun = sides_[direction].stream.beginning_number();
-  if (begun) return *begun != frame.header->sequence + 1;
-  return !frame.header->Has(kAck) && sides_[1 - direction].stream.has_payload();
+  return BeginsAnotherStream(*frame.header,
+                             sides_[direction].stream.beginning_number(),
+                             sides_[1 - direction].stream.has_payload());
 }
 
 void CleanConnection::AddSegment(const TcpFrame& frame,
@@ -107,14 +107,37 @@ void CleanConnection::AddPayload(const TcpFrame& frame,
   const TcpHeader& header = *frame.header;
   const std::uint32_t sequence = header.sequence + (header.Has(kSyn) ? 1 : 0);
   const std::uint32_t wire_length = frame.wire_length - header.length;
-  side.stream.Add(sequence, *payload, wire_length,
-                  {frame.stored + header.length, frame.number, frame.time});
+  if (frame.parts.empty()) {
+    side.stream.Add(sequence, *payload, wire_length,
+                    {frame.stored + header.length, frame.number, frame.time});
+  } else {
+    AddParts(frame, sequence, side.stream);
+  }
   if (header.Has(kFin)) {
     side.stream.Close(sequence + wire_length);
     side.fin_seen = true;
   }
   connection_.payload_bytes =
       sides_[0].stream.payload_bytes() + sides_[1].stream.payload_bytes();
+}
+
+// Each part's bytes are those of its own frame.
+void CleanConnection::AddParts(const TcpFrame& frame, std::uint32_t sequence,
+                               StreamAssembler& stream) {
+  const std::uint32_t header_bytes = frame.header->length;
+  std::uint32_t at = 0;  // in frame.tcp
+  for (const FramePart& part : frame.parts) {
+    const std::uint32_t end = at + part.length;
+    const std::uint32_t from = std::max(at, header_bytes);
+    const bool is_last = &part == &frame.parts.back();
+    const std::uint32_t wire_end = is_last ? frame.wire_length : end;
+    if (from < wire_end) {
+      const auto bytes = frame.tcp.subspan(from, std::max(end, from) - from);
+      stream.Add(sequence + (from - header_bytes), bytes, wire_end - from,
+                 {frame.stored + from, part.frame, part.time});
+    }
+    at = end;
+  }
 }
 
 bool CleanConnection::Update() {
@@ -137,11 +160,24 @@ void CleanConnection::Finish() {
   Cut(true);
   OpenFeed({});
   feed_->Close();
-  for (Side& side : sides_) side.follower.Finish();
+  for (Side& side : sides_) {
+    side.follower.Finish();
+    NoteFileGaps(side.stream);
+  }
   if (connection_.observer) {
     connection_.observer->SeeEnd(sides_[0].cutter, sides_[1].cutter);
   }
   Describe();
+}
+
+void CleanConnection::NoteFileGaps(const StreamAssembler& stream) {
+  const FrameNames& names = connection_.names();
+  if (!names.HasSeveralFiles()) return;
+  stream.ForEachGap([&](const StreamGap& gap) {
+    const bool is_between = names.PlaceOf(gap.frame_before).file !=
+                            names.PlaceOf(gap.frame_behind).file;
+    if (is_between) connection_.gaps.push_back(gap);
+  });
 }
 
 void CleanConnection::Cut(bool over) {
@@ -267,7 +303,7 @@ void CleanConnection::Describe() {
   if (reset_) {
     notes.push_back(EndpointOf(reset_->direction) +
                     " reset the connection (RST) in frame " +
-                    std::to_string(reset_->frame) + ".");
+                    connection_.names().Text(reset_->frame) + ".");
   }
 }
 

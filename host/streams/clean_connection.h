@@ -72,6 +72,8 @@ class CleanConnection final : public ConnectionBuilder {
   // missing before `number` is lost, unless it comes within the next packets.
   void NoteAcknowledgement(std::uint32_t direction, std::uint32_t number);
   void AddPayload(const TcpFrame& frame, std::uint32_t direction);
+  void AddParts(const TcpFrame& frame, std::uint32_t sequence,
+                StreamAssembler& stream);
   // Cuts what can be cut in both directions and reports it in the order in
   // which it was complete. `over`: nothing will follow.
   void Cut(bool over);
@@ -87,6 +89,8 @@ class CleanConnection final : public ConnectionBuilder {
   PduFate HandOverPdu(std::uint32_t direction, const CutPdu& pdu);
   // Completes the facts about one side by what its stream shows.
   void NoteStream(std::uint32_t direction);
+  // What is missing between bytes of different files.
+  void NoteFileGaps(const StreamAssembler& stream);
   // Lets the direction's follower see the packets of an item of the PDU, and
   // the observer the item.
   void FollowItem(Side& side, const PacketRun& run, const PdvItem& item,

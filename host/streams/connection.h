@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "host/capture/frame_names.h"
 #include "host/streams/transport_facts.h"
 #include "host/text/time_text.h"
 #include "interface/host_interface.h"
@@ -35,8 +36,8 @@ class PacketFeed {
 };
 
 // Where a PDU or message of the wire was in the capture. Frames are numbered
-// from 1, as capture tools show them, and are 0 when nothing of it was
-// captured.
+// from 1 over the capture, whose names say what they are called, and are 0 when
+// nothing of it was captured.
 struct WireRecord {
   std::uint32_t direction = 0;
   // As the module's list shows it: PDU bytes, or the sum of both set lengths.
@@ -54,11 +55,20 @@ struct WireRecord {
   Nanoseconds complete_time = 0;
 };
 
+// Bytes of one direction that nobody captured, and the frames with those before
+// and behind them.
+struct StreamGap {
+  std::uint32_t frame_before = 0;
+  std::uint32_t frame_behind = 0;
+  std::uint64_t bytes = 0;
+};
+
 class PduObserver;
 
 // One TCP connection of the capture, ready to be offered to the module as a
 // host window of its own.
 struct Connection {
+  std::uint32_t index = 0;  // in the capture, all parts of it, from 0
   // Direction 0 sent the first captured packet: "192.0.2.10:41522" or
   // "[2001:db8::1]:104".
   std::string first_endpoint;
@@ -81,8 +91,18 @@ struct Connection {
   std::vector<WireRecord> messages;
   // One clear sentence each: losses, skipped bytes, streams that are no DICOM.
   std::vector<std::string> notes;
+  // Where bytes are missing between such as came from different files of the
+  // capture; known at the end of clean streams.
+  std::vector<StreamGap> gaps;
+  // What its frames are called; null where their numbers do.
+  std::shared_ptr<const FrameNames> frame_names;
   // Its streams' beginnings and losses are known for clean streams only.
   TransportFacts transport;
+
+  const FrameNames& names() const {
+    static const FrameNames kNumbers;
+    return frame_names ? *frame_names : kNumbers;
+  }
 };
 
 }  // namespace host

@@ -5,9 +5,6 @@
 namespace host {
 namespace {
 
-constexpr StreamPosition kFarthestAhead = StreamPosition{64} << 20;
-constexpr StreamPosition kFarthestBefore = StreamPosition{1} << 20;
-
 // What `extent` holds before `end` and from there on.
 Extent FirstOf(Extent extent, StreamPosition end) {
   extent.length = static_cast<std::uint32_t>(end - extent.position);
@@ -36,70 +33,18 @@ void FrameRange::Include(const FrameRange& other) {
 StreamAssembler::StreamAssembler(std::shared_ptr<ByteStore> store)
     : store_(std::move(store)) {}
 
-void StreamAssembler::Begin(std::uint32_t number) {
-  syn_seen_ = true;
-  if (base_known_) return;  // the SYN of bytes that came before it
-  base_known_ = true;
-  base_ = number;
-}
-
-std::optional<std::uint32_t> StreamAssembler::beginning_number() const {
-  if (!base_known_) return std::nullopt;
-  return base_ + static_cast<std::uint32_t>(lowest_);
-}
-
-// The signed difference to the highest position: right for any number of wraps
-// as long as a segment is less than 2 GiB away from it.
-std::optional<StreamPosition> StreamAssembler::PositionOf(
-    std::uint32_t number) const {
-  if (!base_known_) return std::nullopt;
-  const std::uint32_t highest = base_ + static_cast<std::uint32_t>(highest_);
-  return highest_ + static_cast<std::int32_t>(number - highest);
-}
-
-bool StreamAssembler::Accepts(StreamPosition position) const {
-  return position <= highest_ + kFarthestAhead &&
-         (syn_seen_ || position >= -kFarthestBefore);
-}
-
 void StreamAssembler::Add(std::uint32_t sequence,
                           std::span<const std::uint8_t> bytes,
                           std::uint32_t wire_length,
                           const PayloadOrigin& origin) {
-  if (wire_length == 0) return;
-  if (!base_known_) {
-    base_known_ = true;
-    base_ = sequence;
-  }
-  StreamPosition from = *PositionOf(sequence);
-  if (!Accepts(from)) return;
-  StreamPosition wire_end = from + wire_length;
-  if (fin_) wire_end = std::min(wire_end, *fin_);
-  highest_ = std::max(highest_, wire_end);
-  StreamPosition to =
-      std::min(from + static_cast<StreamPosition>(bytes.size()), wire_end);
-  StreamPosition skipped = 0;
-  if (syn_seen_ && from < lowest_) {
-    skipped = std::max<StreamPosition>(std::min(lowest_, to) - from, 0);
-    from = lowest_;
-  }
-  if (from >= to) return;
-  lowest_ = std::min(lowest_, from);
-  const auto length = static_cast<std::uint32_t>(to - from);
-  const auto first = static_cast<std::size_t>(skipped);
-  const Extent whole{from, origin.stored + first, origin.time, length,
+  const auto place = numbers_.Add(sequence, bytes.size(), wire_length);
+  if (!place) return;
+  const auto length = static_cast<std::uint32_t>(place->to - place->from);
+  const auto first = static_cast<std::size_t>(place->skipped);
+  const Extent whole{place->from, origin.stored + first, origin.time, length,
                      origin.frame};
   if (!Insert(whole, bytes.subspan(first, length))) ++differing_copies_;
 }
-
-void StreamAssembler::Close(std::uint32_t sequence) {
-  const std::optional<StreamPosition> position = PositionOf(sequence);
-  if (fin_ || !position || !Accepts(*position) || *position < lowest_) return;
-  fin_ = *position;
-  highest_ = std::max(highest_, *position);
-}
-
-StreamPosition StreamAssembler::end() const { return fin_ ? *fin_ : highest_; }
 
 bool StreamAssembler::Insert(const Extent& whole,
                              std::span<const std::uint8_t> bytes) {
@@ -214,6 +159,19 @@ FrameRange StreamAssembler::Frames(StreamPosition from,
     range.Include({next->frame, next->frame, next->time});
   }
   return range;
+}
+
+void StreamAssembler::ForEachGap(
+    const std::function<void(const StreamGap&)>& take) const {
+  const Extent* before = nullptr;
+  for (auto next = extents_.Find(begin()); !next.AtEnd(); ++next) {
+    if (next->frame == 0) continue;
+    if (before != nullptr && before->end() != next->position) {
+      take({before->frame, next->frame,
+            static_cast<std::uint64_t>(next->position - before->end())});
+    }
+    before = &*next;
+  }
 }
 
 void StreamAssembler::Substitute(StreamPosition at,

@@ -2,6 +2,7 @@
 #define HOST_STREAMS_STREAM_ASSEMBLER_H_
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <map>
 #include <memory>
@@ -12,6 +13,7 @@
 #include "host/capture/byte_store.h"
 #include "host/streams/connection.h"
 #include "host/streams/extent_list.h"
+#include "host/streams/sequence_space.h"
 
 namespace host {
 
@@ -42,7 +44,7 @@ class StreamAssembler {
 
   // A SYN was captured; `number` is its sequence number + 1. Not to be called
   // with a number that contradicts beginning_number().
-  void Begin(std::uint32_t number);
+  void Begin(std::uint32_t number) { numbers_.Begin(number); }
   // The payload of a segment whose first byte has this sequence number.
   // `wire_length` is its length before the snap length cut it. Ignored are
   // segments more than 64 MiB ahead of the highest position so far or, without
@@ -51,21 +53,25 @@ class StreamAssembler {
   void Add(std::uint32_t sequence, std::span<const std::uint8_t> bytes,
            std::uint32_t wire_length, const PayloadOrigin& origin);
   // A FIN was captured; `sequence` is its own number, behind all payload.
-  void Close(std::uint32_t sequence);
+  void Close(std::uint32_t sequence) { numbers_.Close(sequence); }
 
   // The sequence number of the first byte, by SYN or else by the lowest byte
   // that came; none when there was neither.
-  std::optional<std::uint32_t> beginning_number() const;
-  bool began_with_syn() const { return syn_seen_; }
+  std::optional<std::uint32_t> beginning_number() const {
+    return numbers_.beginning_number();
+  }
+  bool began_with_syn() const { return numbers_.began_with_syn(); }
   bool has_payload() const { return payload_bytes_ != 0; }
-  bool closed() const { return fin_.has_value(); }
+  bool closed() const { return numbers_.closed(); }
   // The position that a sequence or acknowledgement number stands for; none
   // before anything is known of the direction.
-  std::optional<StreamPosition> PositionOf(std::uint32_t number) const;
+  std::optional<StreamPosition> PositionOf(std::uint32_t number) const {
+    return numbers_.PositionOf(number);
+  }
 
-  StreamPosition begin() const { return lowest_; }
+  StreamPosition begin() const { return numbers_.begin(); }
   // Behind the last byte that was on the wire, as far as the capture shows.
-  StreamPosition end() const;
+  StreamPosition end() const { return numbers_.end(); }
   // The first position from `from` on whose byte is missing, at most end().
   StreamPosition PresentUntil(StreamPosition from) const;
   // The first position from `from` on whose byte is there, at most end().
@@ -78,6 +84,9 @@ class StreamAssembler {
   std::vector<std::uint8_t> Peek(StreamPosition at, std::size_t most) const;
   // The frames that the bytes in [from, to) came from.
   FrameRange Frames(StreamPosition from, StreamPosition to) const;
+  // Every run of bytes that nobody captured between two that somebody did, in
+  // order.
+  void ForEachGap(const std::function<void(const StreamGap&)>& take) const;
 
   // What is missing before `position` stays missing, even if it comes late: it
   // was shown as lost.
@@ -90,9 +99,6 @@ class StreamAssembler {
   std::uint32_t differing_copies() const { return differing_copies_; }
 
  private:
-  // Whether a segment may begin there: not too far from what is known, so that
-  // a stray number does not make a stream of gigabytes.
-  bool Accepts(StreamPosition position) const;
   // Adds what is not there yet of `bytes`, which `whole` stands for; true when
   // what is there already is the same.
   bool Insert(const Extent& whole, std::span<const std::uint8_t> bytes);
@@ -103,16 +109,11 @@ class StreamAssembler {
   void Join(StreamPosition from, StreamPosition to);
 
   std::shared_ptr<ByteStore> store_;
+  SequenceSpace numbers_;
   ExtentList extents_;
   std::map<StreamPosition, StreamPosition>
-      runs_;                // begin and end without holes between
-  std::uint32_t base_ = 0;  // the sequence number of position 0
-  bool base_known_ = false;
-  bool syn_seen_ = false;
-  StreamPosition lowest_ = 0;
+      runs_;  // begin and end without holes between
   StreamPosition sealed_until_ = std::numeric_limits<StreamPosition>::min();
-  StreamPosition highest_ = 0;  // behind the last byte on the wire
-  std::optional<StreamPosition> fin_;
   std::uint64_t payload_bytes_ = 0;
   std::uint32_t differing_copies_ = 0;
 };

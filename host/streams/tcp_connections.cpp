@@ -9,10 +9,14 @@ namespace host {
 
 TcpConnections::TcpConnections(HandOver hand_over,
                                std::shared_ptr<ByteStore> store,
-                               MakePduObserver observe)
+                               MakePduObserver observe,
+                               std::shared_ptr<const FrameNames> frame_names,
+                               CapturePart part)
     : hand_over_(hand_over),
       store_(std::move(store)),
-      observe_(std::move(observe)) {}
+      observe_(std::move(observe)),
+      frame_names_(std::move(frame_names)),
+      part_(part) {}
 
 void TcpConnections::Add(const TcpFrame& frame) {
   // A clean stream has no use for a packet that ends before the TCP flags, and
@@ -20,6 +24,10 @@ void TcpConnections::Add(const TcpFrame& frame) {
   if (hand_over_ == HandOver::kCleanStreams && !frame.header) return;
   const Key key = std::minmax(frame.source, frame.destination);
   Current& current = current_[key];
+  if (current.passed || (current.builder == nullptr &&
+                         !part_.Holds(frame.source, frame.destination))) {
+    return Pass(frame, current);
+  }
   if (current.builder == nullptr) Begin(frame, current);
   std::uint32_t direction = frame.source == current.first ? 0 : 1;
   if (current.builder->BeginsAnother(frame, direction)) {
@@ -29,6 +37,18 @@ void TcpConnections::Add(const TcpFrame& frame) {
   }
   current.builder->Add(frame, direction);
   Touch(current);
+}
+
+void TcpConnections::Pass(const TcpFrame& frame, Current& current) {
+  std::uint32_t direction = frame.source == current.first ? 0 : 1;
+  if (!current.passed || current.passed->BeginsAnother(frame, direction)) {
+    current.passed = std::make_unique<PassedConnection>(
+        hand_over_ == HandOver::kCleanStreams);
+    current.first = frame.source;
+    direction = 0;
+    ++begun_;
+  }
+  current.passed->Add(frame, direction);
 }
 
 void TcpConnections::Touch(Current& current) {
@@ -44,6 +64,8 @@ void TcpConnections::Begin(const TcpFrame& frame, Current& current) {
     builders_.push_back(std::make_unique<CapturedConnection>(store_));
   }
   current.builder = builders_.back().get();
+  current.builder->connection().frame_names = frame_names_;
+  current.builder->connection().index = begun_++;
   current.first = frame.source;
 }
 

@@ -29,7 +29,7 @@ TEST(OptionsTest, EverythingCanBeAskedForAtOnce) {
   EXPECT_TRUE(options.tree);
   EXPECT_FALSE(options.hex);
   EXPECT_EQ(options.filter, "port 104");
-  EXPECT_EQ(options.capture, "a b.pcap");
+  EXPECT_EQ(options.captures, std::vector<std::string>{"a b.pcap"});
   EXPECT_EQ(options.row, 11U);
   EXPECT_EQ(options.connection, 1U);
   EXPECT_EQ(options.save_file, "out.txt");
@@ -43,8 +43,11 @@ TEST(OptionsTest, LittleNeedsToBeSaid) {
   EXPECT_EQ(ParseOptions({"a", "--messages", "--pdus"}).Lists(), both);
   EXPECT_EQ(ParseOptions({"--pdus", "a"}).Lists(),
             std::vector{ListKind::kPdus});
-  EXPECT_EQ(ParseOptions({"--", "--tree"}).capture, "--tree");
-  EXPECT_EQ(ParseOptions({"-"}).capture, "-");
+  const std::vector<std::string> captures = {"a", "--tree"};
+  EXPECT_EQ(ParseOptions({"a", "--", "--tree"}).captures, captures);
+  EXPECT_EQ(ParseOptions({"-"}).captures, std::vector<std::string>{"-"});
+  const CapturePart part = ParseOptions({"a", "--part", "2/4"}).part;
+  EXPECT_EQ(std::pair(part.index, part.count), std::pair(1u, 4u));
   EXPECT_TRUE(ParseOptions({"--help"}).help);
   EXPECT_TRUE(ParseOptions({"--version"}).version);
 }
@@ -63,8 +66,11 @@ TEST(OptionsTest, MistakesSayWhatToDo) {
        "The option --save wants the file to write behind it."},
       {{"a", "--trees"}, "There is no option \"--trees\"" + help},
       {{"a", "--tree=yes"}, "The option --tree takes no value" + help},
-      {{"a", "b"},
-       "Only one capture at a time can be opened, not \"a\" and \"b\"."}};
+      {{"a", "--part", "3/2"},
+       "The option --part wants a part as 2/4, of which the first number is "
+       "not the greater one, not \"3/2\"."},
+      {{"a", "-"},
+       "Standard input is read alone: name no other capture beside -."}};
   for (const auto& [arguments, sentence] : mistakes) {
     EXPECT_EQ(ErrorOf(arguments), sentence);
   }

@@ -39,10 +39,10 @@ class CaptureFile {
   }
   ~CaptureFile() { std::filesystem::remove(path_); }
 
-  static Bytes Pcap(const std::vector<Segment>& segments) {
+  static Bytes Pcap(const std::vector<Segment>& segments,
+                    std::uint32_t second = kFirstSecond) {
     Bytes file = Little32(0xA1B2C3D4) + Bytes{2, 0, 4, 0} + Bytes(8, 0) +
                  Little32(262144) + Little32(101);
-    std::uint32_t second = kFirstSecond;
     for (const Segment& s : segments) {
       const Bytes frame = RawIpFrame(s);
       const Bytes size = Little32(frame.Length());
@@ -51,11 +51,12 @@ class CaptureFile {
     return file;
   }
 
-  static Bytes Pcapng(const std::vector<Segment>& segments) {
+  static Bytes Pcapng(const std::vector<Segment>& segments,
+                      std::uint32_t second = kFirstSecond) {
     Bytes file = Block(0x0A0D0D0A, Little32(0x1A2B3C4D) + Bytes{1, 0, 0, 0} +
                                        Bytes(8, 0xFF)) +
                  Block(1, Bytes{101, 0, 0, 0} + Little32(262144));
-    std::uint64_t time = std::uint64_t{kFirstSecond} * 1'000'000 + 5;
+    std::uint64_t time = std::uint64_t{second} * 1'000'000 + 5;
     for (const Segment& s : segments) {
       Bytes frame = RawIpFrame(s);
       const Bytes size = Little32(frame.Length());
@@ -182,7 +183,7 @@ TEST(CaptureReaderTest, ReadsEveryKindOfRecord) {
         EXPECT_EQ(again, ShortWire().segments[0].Tcp());
       }
       EXPECT_FALSE(reader.Next());
-      EXPECT_EQ(reader.damage(), "");
+      EXPECT_TRUE(reader.Failures().empty());
     }
   }
 }
@@ -220,13 +221,13 @@ TEST(CaptureReaderTest, EveryPrefixGivesTheWholeFramesAndOneSentence) {
       std::size_t frames = 0;
       while (reader.Next()) ++frames;
       EXPECT_LT(frames, wire.segments.size());
-      if (!reader.damage().empty()) {
-        EXPECT_TRUE(reader.damage().ends_with("what comes before is shown."));
+      for (const std::string& failure : reader.Failures()) {
+        EXPECT_TRUE(failure.ends_with("what comes before is shown."));
       }
       file.Write(bytes);
       while (reader.Next()) ++frames;
       EXPECT_EQ(frames, wire.segments.size());
-      EXPECT_EQ(reader.damage(), "");
+      EXPECT_TRUE(reader.Failures().empty());
     }
   }
 }
@@ -266,7 +267,7 @@ TEST(CaptureReaderTest, ReadsWhatGzipHasCompressed) {
     EXPECT_GE(frames, frames_before);
     frames_before = frames;
     const bool whole = n + 3 >= packed.size();
-    EXPECT_EQ(reader.damage().empty(), whole) << reader.damage();
+    EXPECT_EQ(reader.Failures().empty(), whole);
   }
   EXPECT_EQ(frames_before, wire.segments.size());
 
@@ -275,9 +276,130 @@ TEST(CaptureReaderTest, ReadsWhatGzipHasCompressed) {
   for (std::size_t i = 0; i < wire.segments.size(); ++i) reader.Next();
   while (reader.Next()) {
   }
-  EXPECT_NE(reader.damage().find("1,000,000 bytes, is reached"),
+  ASSERT_EQ(reader.Failures().size(), 1u);
+  EXPECT_NE(reader.Failures()[0].find("1,000,000 bytes, is reached"),
             std::string::npos)
-      << reader.damage();
+      << reader.Failures()[0];
+}
+
+// A folder of its own for files of a ring.
+class Folder {
+ public:
+  Folder()
+      : path_(std::filesystem::temp_directory_path() /
+              std::to_string(std::random_device()())) {
+    std::filesystem::create_directories(path_ / "older");
+  }
+  ~Folder() { std::filesystem::remove_all(path_); }
+
+  void Write(const std::string& name, const Bytes& bytes) const {
+    std::ofstream(path_ / name, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+  }
+  CaptureInputs Find(const std::vector<std::string>& names) const {
+    std::vector<std::filesystem::path> paths;
+    for (const std::string& name : names) paths.push_back(path_ / name);
+    return FindCaptures(paths);
+  }
+  std::string Found(const std::vector<std::string>& names) const {
+    const CaptureInputs inputs = Find(names);
+    std::string text;
+    for (const CaptureInput& input : inputs.files) {
+      text += input.path.lexically_relative(path_).generic_string() +
+              (input.in_folder ? "+ " : " ");
+    }
+    return text + std::to_string(inputs.failures.size());
+  }
+
+ private:
+  std::filesystem::path path_;
+};
+
+TEST(CaptureNamesTest, StandForFilesFoldersAndPatterns) {
+  const Folder folder;
+  for (const char* name : {"a1.pcap", "a2.pcap", "b.txt", "older/a0.pcap"}) {
+    folder.Write(name, {});
+  }
+  EXPECT_EQ(folder.Found({"b.txt", "a2.pcap", "none.pcap"}),
+            "b.txt a2.pcap none.pcap 0");
+  EXPECT_EQ(folder.Found({"a?.pcap", "*2.p*"}), "a1.pcap a2.pcap 0");
+  EXPECT_EQ(folder.Found({"*/a*.pcap", "c*"}), "older/a0.pcap 1");
+  EXPECT_EQ(folder.Found({"a*", "."}),
+            "a1.pcap a2.pcap b.txt+ older/a0.pcap+ 0");
+}
+
+// Files of three kinds in the wrong order, of which the second begins with the
+// last two frames of the first: what both hold counts once, what the first
+// itself holds twice stays twice.
+TEST(CaptureSeriesTest, FilesFollowEachOtherInTheOrderOfTheirFirstFrames) {
+  const std::vector<Segment> all = [] {
+    Wire wire;
+    wire.Association();
+    return wire.segments;
+  }();
+  const auto part = [&all](std::size_t from, std::size_t to) {
+    return std::vector(all.begin() + static_cast<std::ptrdiff_t>(from),
+                       all.begin() + static_cast<std::ptrdiff_t>(to));
+  };
+  const std::uint32_t first = CaptureFile::kFirstSecond;
+  Bytes one = CaptureFile::Pcap(part(0, 8));
+  one += one.From(one.size() - RawIpFrame(all[7]).size() - 16);
+  const Folder folder;
+  folder.Write("c", one);
+  folder.Write("b", CaptureFile::Pcapng(part(6, 14), first + 6));
+  folder.Write("a",
+               Gzipped(CaptureFile::Pcap(part(14, all.size()), first + 14)));
+  folder.Write("other.txt", dicom::testing::Text("no capture.."));
+  CaptureReader reader(folder.Find({"."}).files, "");
+  std::string names;
+  std::vector<std::size_t> order = {0, 1, 2, 3, 4, 5, 6, 7, 7};
+  for (std::size_t i = 8; i < all.size(); ++i) order.push_back(i);
+  for (const std::size_t i : order) {
+    const TcpFrame* const frame = reader.Next();
+    ASSERT_TRUE(frame) << i;
+    Bytes again(frame->tcp.size());
+    reader.store()->Copy(frame->stored, again);
+    EXPECT_EQ(again, all[i].Tcp()) << i;
+    if (i >= 5 && i < 16) names += reader.names()->Text(frame->number) + " ";
+  }
+  EXPECT_EQ(reader.Next(), nullptr);
+  EXPECT_EQ(names, "c:6 c:7 c:8 c:9 b:3 b:4 b:5 b:6 b:7 b:8 a:1 a:2 ");
+  EXPECT_TRUE(reader.Failures().empty());
+  const auto notes = reader.Notes();
+  ASSERT_EQ(notes.size(), 2u);
+  EXPECT_NE(notes[0].find("other.txt"), std::string::npos);
+  EXPECT_EQ(notes[1], "2 frames that two files both hold were taken once.");
+}
+
+TEST(CaptureSeriesTest, SaysWhatIsMissingAndWhatCannotBeRead) {
+  Wire wire;
+  wire.Begin();
+  wire.Send(1, AssociateAccept({}));
+  const std::size_t before = wire.segments.size();
+  wire.SendRaw(0, PData(Pdv(kLastCommand, 1000)));
+  const std::size_t behind = wire.segments.size();
+  wire.Send(0, ReleaseRequest());
+  const auto begin = wire.segments.begin();
+  const Folder folder;
+  folder.Write("1.pcap",
+               CaptureFile::Pcap({begin, begin + static_cast<int>(before)}));
+  folder.Write("3.pcap", CaptureFile::Pcap({begin + static_cast<int>(behind),
+                                            wire.segments.end()},
+                                           CaptureFile::kFirstSecond + 3600));
+  folder.Write("cut.pcap", Little32(0xA1B2C3D4));
+  CaptureLoader loader(folder.Find({"1.pcap", "cut.pcap", "*"}).files, {});
+  loader.Read([] { return false; });
+  EXPECT_EQ(loader.connections().size(), 1u);
+  const auto notes = loader.Notes();
+  ASSERT_EQ(notes.size(), 2u);
+  EXPECT_NE(notes[0].find("cut.pcap (the file ends inside its header)"),
+            std::string::npos);
+  EXPECT_EQ(loader.Damage(), notes[0]);
+  EXPECT_EQ(notes[1],
+            "Between 1.pcap and 3.pcap packets are missing: 1 connection lacks "
+            "1,012 bytes there; give the files between them as well, if there "
+            "are any.");
 }
 
 TEST(CaptureReaderTest, SaysWhyACaptureCannotBeRead) {

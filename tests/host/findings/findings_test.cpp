@@ -260,11 +260,9 @@ TEST(OverviewTest, TellsTheCauseAndTheStoryWithinAScreen) {
   }
   talk.Release();
   const auto connections = Read(talk);
-  Options options;
-  options.capture = "a.pcap";
   std::string text;
   const Overview overview(connections, {});
-  overview.Show(options, [&text](std::string_view more) { text += more; });
+  overview.Show({}, "a.pcap", [&text](std::string_view more) { text += more; });
   EXPECT_TRUE(overview.HasFault());
   std::istringstream lines(text);
   std::size_t count = 0;

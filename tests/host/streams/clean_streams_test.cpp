@@ -193,6 +193,74 @@ TEST(CleanStreamsTest, WrapsReorderingAndRepeatsChangeNothing) {
   }
 }
 
+// What is known of a capture's connections from each part of it: index, ends,
+// packets and bytes, a line each.
+std::set<std::string> ConnectionsOf(const std::vector<TcpFrame>& frames,
+                                    HandOver hand_over, CapturePart part) {
+  TcpConnections connections(hand_over, std::make_shared<ByteStore>(), {}, {},
+                             part);
+  for (TcpFrame frame : frames) {
+    frame.stored = connections.store().Append(frame.tcp);
+    connections.Add(frame);
+  }
+  connections.Finish();
+  std::set<std::string> lines;
+  for (const Connection& one : connections.Take()) {
+    lines.insert(std::to_string(one.index) + " " + one.first_endpoint + " " +
+                 one.second_endpoint + " " +
+                 std::to_string(one.captured_packets) + " " +
+                 std::to_string(one.payload_bytes));
+  }
+  return lines;
+}
+
+// Nine pairs of ends have four connections each, one behind the other, of which
+// some lack their SYN, some their end, and some are reset.
+TEST(CapturePartTest, PartsTogetherAreTheWholeWithItsNumbers) {
+  std::vector<Bytes> bytes;
+  std::vector<TcpFrame> frames;
+  for (std::uint32_t round = 0; round < 4; ++round) {
+    for (std::uint32_t pair = 0; pair < 9; ++pair) {
+      Wire wire;
+      wire.first_sequence = 1000 + 77777 * round;
+      wire.second_sequence = 900000 * (round + pair);
+      wire.Begin();
+      if (pair % 3 != 1) wire.Send(1, AssociateAccept({}));
+      if (pair % 4 != 2) wire.Close();
+      if (pair % 4 == 3) wire.segments.back().flags = kRst;
+      if (round == 1 && pair % 2 == 0)
+        wire.segments.erase(wire.segments.begin());
+      for (const Segment& s : wire.segments) {
+        bytes.push_back(s.Tcp());
+        TcpFrame frame;
+        frame.number = static_cast<std::uint32_t>(bytes.size());
+        frame.source = PeerOf(s.direction);
+        frame.destination = PeerOf(1 - s.direction);
+        Endpoint& client = s.direction == 0 ? frame.source : frame.destination;
+        client.port = static_cast<std::uint16_t>(41000 + pair);
+        frame.wire_length = bytes.back().Length();
+        frame.header = TcpHeader::Parse(bytes.back());
+        frames.push_back(frame);
+      }
+    }
+  }
+  for (std::size_t i = 0; i < frames.size(); ++i) frames[i].tcp = bytes[i];
+  for (const HandOver way : {HandOver::kCleanStreams, HandOver::kAsCaptured}) {
+    const auto whole = ConnectionsOf(frames, way, {});
+    EXPECT_GE(whole.size(), 27u);
+    std::set<std::string> united;
+    std::size_t count = 0;
+    for (const std::uint32_t part : {0u, 1u, 2u}) {
+      const auto own = ConnectionsOf(frames, way, {part, 3});
+      EXPECT_FALSE(own.empty());
+      count += own.size();
+      united.insert(own.begin(), own.end());
+    }
+    EXPECT_EQ(united, whole);
+    EXPECT_EQ(count, whole.size());
+  }
+}
+
 TEST(CleanStreamsTest, FollowingAGrowingCaptureGivesTheSameInTheEnd) {
   Wire wire;
   wire.segment_bytes = 700;
