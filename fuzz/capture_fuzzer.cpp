@@ -2,6 +2,7 @@
 // module. The first byte says what the input is: a capture file, or operations
 // that make up a conversation and what the network and the capture did to it.
 #include <array>
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -284,11 +285,19 @@ void CheckFindings(const std::vector<const Connection*>& connections,
 struct KeptFrame {
   TcpFrame frame;
   std::shared_ptr<Bytes> bytes;
+  std::shared_ptr<std::vector<host::FramePart>> parts;
 
   explicit KeptFrame(const TcpFrame& seen)
       : frame(seen),
-        bytes(std::make_shared<Bytes>(seen.tcp.begin(), seen.tcp.end())) {
+        bytes(std::make_shared<Bytes>(seen.tcp.begin(), seen.tcp.end())),
+        parts(std::make_shared<std::vector<host::FramePart>>(
+            seen.parts.begin(), seen.parts.end())) {
     frame.tcp = *bytes;
+    frame.parts = *parts;
+    std::uint32_t length = 0;
+    for (const host::FramePart& part : *parts) length += part.length;
+    Require(parts->empty() || length == bytes->size(),
+            "parts are all of a segment");
   }
   bool operator==(const KeptFrame& other) const {
     return frame.number == other.frame.number &&
@@ -414,6 +423,31 @@ std::uint64_t RunFile(FuzzInput& input) {
   Connect(frames, HandOver::kCleanStreams, kFramesOfASlice, &slices);
   Require(LoadedPacketsOf(bytes) == slices, "loading shows the same packets");
   return seen;
+}
+
+// Two files, which begin with the same bytes.
+std::uint64_t RunFiles(FuzzInput& input) {
+  const std::size_t length = input.Word();
+  const Bytes both = input.Take(input.Word() % 1024u);
+  MemoryFile first, second;
+  first.Append(both + input.Take(length));
+  second.Append(both + input.Rest());
+  Digest digest;
+  try {
+    host::CaptureReader reader(
+        std::vector<host::CaptureInput>{{first.Path()}, {second.Path()}}, "");
+    std::map<std::uint32_t, std::uint32_t> newest;  // frame of each file
+    while (const TcpFrame* frame = reader.Next()) {
+      const auto [at, number] = reader.names()->PlaceOf(frame->number);
+      Require(number > std::exchange(newest[at], number),
+              "each file's frames stay in their order");
+      digest.See(number);
+    }
+    for (const std::string& note : reader.Notes()) digest.See(note);
+  } catch (const host::CaptureError& failure) {
+    digest.See(std::string(failure.what()));
+  }
+  return digest.value();
 }
 
 // One segment on its way into the capture.
@@ -702,7 +736,14 @@ class Conversation {
 
 std::uint64_t Run(const std::uint8_t* data, std::size_t size) {
   FuzzInput input(data, size);
-  return input.Byte() == 0 ? RunFile(input) : Conversation(input).Run();
+  switch (input.Byte()) {
+    case 0:
+      return RunFile(input);
+    case 2:
+      return RunFiles(input);
+    default:
+      return Conversation(input).Run();
+  }
 }
 
 }  // namespace

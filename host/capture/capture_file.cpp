@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "host/capture/frame_parser.h"
+#include "host/capture/link_types.h"
 
 namespace host {
 namespace {

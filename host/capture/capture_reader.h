@@ -12,6 +12,7 @@
 #include "host/capture/capture_error.h"
 #include "host/capture/capture_series.h"
 #include "host/capture/frame_parser.h"
+#include "host/capture/ip_fragments.h"
 #include "host/capture/packet_filter.h"
 
 namespace host {
@@ -42,27 +43,31 @@ class CaptureReader {
   // What its frames are called. Grows with Next().
   std::shared_ptr<const FrameNames> names() const { return series_.names(); }
 
-  // IP fragments of TCP packets that passed the filter so far: they are left
-  // out.
-  std::uint32_t fragments() const { return fragments_; }
+  // IP fragments that passed the filter so far and whose packets are not whole:
+  // they are left out.
+  std::uint64_t fragments() const { return fragments_.left_out(); }
   unsigned percent() const { return series_.percent(); }  // that is read
   // One sentence for each file that cannot be read, breaks off or is damaged.
   std::vector<std::string> Failures() const { return series_.Failures(); }
   // One sentence for each thing else.
-  std::vector<std::string> Notes() const { return series_.Notes(); }
+  std::vector<std::string> Notes() const;
   // The failure is that the one file ends too early.
   bool EndsInsideFrame() const { return series_.EndsInsideFrame(); }
 
  private:
   // What the frame holds that the series has come to, in frame_ if it is a
-  // segment; kOther if it does not pass the filter.
+  // segment or completes one; kOther if it does not pass the filter.
   FrameKind ReadFrame();
+  FrameKind ReadFragment(const IpFragment& fragment);
+  // The segment in frame_ was put together from these.
+  void SetParts(const WholePacket& packet);
 
   std::shared_ptr<ByteStore> store_ = std::make_shared<ByteStore>();
   CaptureSeries series_;
   PacketFilter filter_;
   TcpFrame frame_;  // the newest
-  std::uint32_t fragments_ = 0;
+  IpFragments fragments_;
+  std::vector<FramePart> parts_;  // of frame_
 };
 
 }  // namespace host

@@ -3,26 +3,13 @@
 #include <algorithm>
 
 #include "host/capture/ipv6_extensions.h"
+#include "host/capture/link_types.h"
 #include "host/capture/wire_bytes.h"
 
 namespace host {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
-
-// The link types by the numbers that capture files and libpcap give them.
-enum LinkType : int {
-  kNull = 0,
-  kEthernet = 1,
-  kRawIp = 12,
-  kRawIpBsd = 14,
-  kRawIpFile = 101,
-  kLoop = 108,
-  kLinuxCooked = 113,
-  kIpv4 = 228,
-  kIpv6 = 229,
-  kLinuxCooked2 = 276,
-};
 
 // What EtherTypes and the protocol numbers of IP headers name.
 enum EtherType : std::uint16_t {
@@ -82,6 +69,8 @@ class FrameWalk {
   explicit FrameWalk(const Rest& rest) : rest_(rest), in_(rest_.captured) {}
 
   ParsedFrame Link(int link_type);
+  // What an IP packet holds.
+  ParsedFrame Inside(const IpPacketName& packet);
 
  private:
   // What begins here; each steps over its own header.
@@ -92,11 +81,10 @@ class FrameWalk {
   ParsedFrame AnyIp();
   ParsedFrame Ipv4();
   ParsedFrame Ipv6();
-  // Of an IP packet that may hold a TCP segment.
-  ParsedFrame Fragment(std::uint8_t protocol) const;
-  // What an IP packet between these addresses holds.
-  ParsedFrame Inside(std::uint8_t protocol, Bytes source, Bytes destination);
-  ParsedFrame Segment(Bytes source, Bytes destination);
+  // The rest is a fragment of this packet.
+  ParsedFrame Fragment(const IpPacketName& packet, std::uint32_t offset,
+                       bool is_last) const;
+  ParsedFrame Segment(const IpPacketName& packet);
   ParsedFrame Udp();
   ParsedFrame Gre();
   ParsedFrame Erspan(std::uint16_t type, bool has_sequence);
@@ -188,16 +176,24 @@ ParsedFrame FrameWalk::AnyIp() {
   }
 }
 
-ParsedFrame FrameWalk::Fragment(std::uint8_t protocol) const {
-  if (protocol != kTcp && protocol != kGre) return {};
-  return {FrameKind::kIpFragment, {}};
+// UDP is left out: nobody fragments VXLAN, and others' fragments would be kept
+// for nothing.
+ParsedFrame FrameWalk::Fragment(const IpPacketName& packet,
+                                std::uint32_t offset, bool is_last) const {
+  constexpr std::uint8_t kLeadOn[] = {kTcp, kGre, kIpInIp, kIpv6InIp};
+  if (std::ranges::find(kLeadOn, packet.protocol) == std::end(kLeadOn)) {
+    return {};
+  }
+  IpFragment fragment{packet, offset, is_last, in_.rest()};
+  fragment.wire_length =
+      static_cast<std::uint32_t>(fragment.bytes.size()) + rest_.missing;
+  return {FrameKind::kIpFragment, {}, fragment};
 }
 
-ParsedFrame FrameWalk::Inside(std::uint8_t protocol, Bytes source,
-                              Bytes destination) {
-  switch (protocol) {
+ParsedFrame FrameWalk::Inside(const IpPacketName& packet) {
+  switch (packet.protocol) {
     case kTcp:
-      return Segment(source, destination);
+      return Segment(packet);
     case kUdp:
       return Udp();
     case kGre:
@@ -252,99 +248,89 @@ ParsedFrame FrameWalk::Erspan(std::uint16_t type, bool has_sequence) {
   return Ethernet();
 }
 
-Endpoint EndpointOf(Bytes address, std::uint16_t port) {
-  Endpoint end;
-  end.is_ipv6 = address.size() == end.address.size();
-  std::ranges::copy(address, end.address.begin());
-  end.port = port;
-  return end;
+Endpoint HostAt(Bytes address) {
+  Endpoint host;
+  host.is_ipv6 = address.size() == host.address.size();
+  std::ranges::copy(address, host.address.begin());
+  return host;
 }
 
 // The segment that the IP headers lead to, which begins with the two ports.
-ParsedFrame FrameWalk::Segment(Bytes source, Bytes destination) {
+ParsedFrame FrameWalk::Segment(const IpPacketName& packet) {
   TcpFrame frame;
+  frame.source = packet.source;
+  frame.destination = packet.destination;
   frame.tcp = in_.rest();
   frame.wire_length =
       static_cast<std::uint32_t>(frame.tcp.size()) + rest_.missing;
-  frame.source = EndpointOf(source, in_.Word16());
-  frame.destination = EndpointOf(destination, in_.Word16());
+  frame.source.port = in_.Word16();
+  frame.destination.port = in_.Word16();
   if (!in_.ok()) return {};  // whose it is cannot be known
   frame.header = TcpHeader::Parse(frame.tcp);
-  return {FrameKind::kTcp, frame};
+  if (!packet.source.is_ipv6) {
+    frame.ip_identification = static_cast<std::uint16_t>(packet.identification);
+  }
+  return {FrameKind::kTcp, frame, {}};
 }
 
 ParsedFrame FrameWalk::Ipv4() {
   constexpr std::uint32_t kHeaderBytes = 20;  // without options
+  constexpr std::uint16_t kMoreFragments = 0x2000, kOffset = 0x1FFF;
+  IpPacketName packet;
   const std::uint32_t header_bytes = (in_.Byte() & 0x0Fu) * 4;
   in_.Skip(1);  // type of service
   const std::uint32_t total = in_.Word16();
-  const std::uint16_t identification = in_.Word16();
-  const bool is_fragment = (in_.Word16() & 0x3FFF) != 0;
+  packet.identification = in_.Word16();
+  const std::uint16_t place = in_.Word16();
   in_.Skip(1);  // time to live
-  const std::uint8_t protocol = in_.Byte();
+  packet.protocol = in_.Byte();
   in_.Skip(2);  // checksum
-  const Bytes source = in_.Bytes(4);
-  const Bytes destination = in_.Bytes(4);
+  packet.source = HostAt(in_.Bytes(4));
+  packet.destination = HostAt(in_.Bytes(4));
   if (!in_.ok() || header_bytes < kHeaderBytes) return {};
-  if (is_fragment) return Fragment(protocol);
   if (total != 0 && total < header_bytes) return {};
   if (total != 0) rest_.Bound(total - kHeaderBytes);
   in_.Skip(header_bytes - kHeaderBytes);  // options
   if (!in_.ok()) return {};
-  ParsedFrame parsed = Inside(protocol, source, destination);
-  if (protocol == kTcp) parsed.frame.ip_identification = identification;
-  return parsed;
+  const bool is_last = (place & kMoreFragments) == 0;
+  const std::uint32_t offset = (place & kOffset) * 8u;
+  if (offset != 0 || !is_last) return Fragment(packet, offset, is_last);
+  return Inside(packet);
 }
 
 ParsedFrame FrameWalk::Ipv6() {
+  IpPacketName packet;
   in_.Skip(4);  // version, traffic class, flow label
   const std::uint32_t payload = in_.Word16();
   const std::uint8_t next = in_.Byte();
   in_.Skip(1);  // hop limit
-  const Bytes source = in_.Bytes(16);
-  const Bytes destination = in_.Bytes(16);
+  packet.source = HostAt(in_.Bytes(16));
+  packet.destination = HostAt(in_.Bytes(16));
   if (!in_.ok()) return {};
   if (payload != 0) rest_.Bound(payload);
   const auto content = SkipExtensionHeaders(next, in_);
   if (!content) return {};
-  if (content->is_fragment) return Fragment(content->protocol);
-  return Inside(content->protocol, source, destination);
+  packet.protocol = content->protocol;
+  packet.identification = content->identification;
+  if (!content->is_fragment) return Inside(packet);
+  return Fragment(packet, content->offset, content->is_last);
 }
 
 }  // namespace
-
-std::optional<TcpHeader> TcpHeader::Parse(std::span<const std::uint8_t> tcp) {
-  WireReader in(tcp);
-  in.Skip(4);  // ports
-  TcpHeader header;
-  header.sequence = in.Word32();
-  header.acknowledgement = in.Word32();
-  header.length = (in.Byte() >> 4) * 4u;
-  header.flags = in.Byte();
-  if (!in.ok()) return {};
-  return header;
-}
-
-std::optional<std::span<const std::uint8_t>> TcpFrame::Payload() const {
-  if (!header || header->length < kTcpHeaderBytes ||
-      header->length > tcp.size()) {
-    return {};
-  }
-  return tcp.subspan(header->length);
-}
-
-bool IsLinkTypeKnown(int link_type) {
-  constexpr int kKnown[] = {kNull,      kEthernet,    kRawIp,       kRawIpBsd,
-                            kRawIpFile, kLoop,        kLinuxCooked, kIpv4,
-                            kIpv6,      kLinuxCooked2};
-  return std::ranges::find(kKnown, link_type) != std::end(kKnown);
-}
 
 ParsedFrame ParseFrame(int link_type, std::span<const std::uint8_t> captured,
                        std::uint32_t wire_length) {
   const auto size = static_cast<std::uint32_t>(captured.size());
   const Rest rest{WireReader(captured), std::max(wire_length, size) - size};
   return FrameWalk(rest).Link(link_type);
+}
+
+ParsedFrame ParseWholePacket(const IpPacketName& packet,
+                             std::span<const std::uint8_t> captured,
+                             std::uint32_t wire_length) {
+  const auto size = static_cast<std::uint32_t>(captured.size());
+  const Rest rest{WireReader(captured), std::max(wire_length, size) - size};
+  return FrameWalk(rest).Inside(packet);
 }
 
 }  // namespace host

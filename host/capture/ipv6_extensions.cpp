@@ -19,15 +19,19 @@ std::optional<Ipv6Content> SkipExtensionHeaders(std::uint8_t next,
     const std::uint8_t type = next;
     next = in.Byte();
     const std::uint8_t length = in.Byte();
-    const bool is_fragment = (in.Word16() & 0xFFF9) != 0;
-    in.Skip(4);
+    const std::uint16_t place = in.Word16();
+    const std::uint32_t identification = in.Word32();
     if (type == kAuthentication) in.Skip(length * 4u);
     if (IsExtensionHeader(type)) in.Skip(length * 8u);
     if (!in.ok()) return {};
     // Else it is the whole packet.
-    if (type == kFragment && is_fragment) return Ipv6Content{next, true};
+    const bool is_last = (place & 1) == 0;
+    const std::uint32_t offset = place & 0xFFF8u;
+    if (type == kFragment && (offset != 0 || !is_last)) {
+      return Ipv6Content{next, true, identification, offset, is_last};
+    }
   }
-  return Ipv6Content{next, false};
+  return Ipv6Content{next};
 }
 
 }  // namespace host

@@ -11,7 +11,10 @@ namespace host {
 // What the headers of an IPv6 packet lead to.
 struct Ipv6Content {
   std::uint8_t protocol = 0;
-  bool is_fragment = false;
+  bool is_fragment = false;          // the rest is for fragments only
+  std::uint32_t identification = 0;  // of the packet
+  std::uint32_t offset = 0;          // in it
+  bool is_last = false;
 };
 
 // Steps over the extension headers, the first of which is of type `next`; none

@@ -3,8 +3,6 @@
 #include <utility>
 
 #include "host/streams/file_gaps.h"
-#include "host/text/number_text.h"
-
 namespace host {
 namespace {
 
@@ -61,14 +59,6 @@ std::vector<std::string> CaptureLoader::Notes() const {
   std::vector<std::string> notes = Failures();
   for (auto& note : reader_.Notes()) notes.push_back(std::move(note));
   notes.insert(notes.end(), gaps_.begin(), gaps_.end());
-  if (const std::uint32_t fragments = reader_.fragments(); fragments != 0) {
-    notes.push_back(CountText(fragments, "IP fragment", "IP fragments") +
-                    (fragments == 1 ? " was" : " were") +
-                    " left out, and what TCP sent in " +
-                    (fragments == 1 ? "it" : "them") +
-                    " counts as lost: capture where packets are not "
-                    "fragmented to see it.");
-  }
   return notes;
 }
 

@@ -114,7 +114,7 @@ TEST(FrameParserTest, FindsTheSegmentBehindEveryHeader) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    const auto [kind, frame] =
+    const auto [kind, frame, fragment] =
         ParseFrame(c.link_type, c.frame, c.frame.Length());
     EXPECT_EQ(kind, c.kind);
     EXPECT_EQ(Bytes(frame.tcp.begin(), frame.tcp.end()),
