@@ -93,7 +93,8 @@ std::string RangeText(const TreeLine& line) {
 
 class TextReport final : public Report {
  public:
-  explicit TextReport(Sink sink) : sink_(std::move(sink)) {}
+  explicit TextReport(Sink sink)
+      : sink_(std::move(sink)), names_(&Connection().names()) {}
 
   void BeginCapture(const std::string& name, std::size_t connections,
                     std::size_t with_dicom) override {
@@ -213,7 +214,7 @@ class TextReport final : public Report {
 
   Sink sink_;
   std::string buffer_;
-  const FrameNames* names_ = nullptr;  // of the connection
+  const FrameNames* names_;  // of the connection; first such as are numbers
   Widths widths_{};
   bool after_blank_ = false;
 };

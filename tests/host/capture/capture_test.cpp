@@ -306,7 +306,9 @@ class Folder {
     const CaptureInputs inputs = Find(names);
     std::string text;
     for (const CaptureInput& input : inputs.files) {
-      text += input.path.lexically_relative(path_).generic_string() +
+      text += input.path.lexically_normal()
+                  .lexically_relative(path_)
+                  .generic_string() +
               (input.in_folder ? "+ " : " ");
     }
     return text + std::to_string(inputs.failures.size());
