@@ -20,7 +20,7 @@ std::string FindingJson(const Scene& scene, const Finding& finding) {
   object.Text("severity", SeverityText(finding.severity));
   object.Text("about", OriginText(finding.kind->origin));
   object.Text("sentence", finding.sentence);
-  object.Text("advice", finding.kind->advice);
+  object.Text("advice", AdviceOf(finding));
   object.Texts("evidence", finding.evidence);
   object.Number("count", finding.count);
   if (const SceneConnection* at = scene.Find(finding.connection)) {
@@ -35,6 +35,9 @@ std::string FindingJson(const Scene& scene, const Finding& finding) {
   }
   if (finding.first_frame != 0) {
     AddFrames(scene.names(), finding.first_frame, finding.last_frame, object);
+  }
+  if (finding.time) {
+    object.Text("time", UtcTime(*finding.time, 9));
   }
   return std::move(object).Close();
 }

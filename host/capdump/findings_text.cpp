@@ -14,6 +14,7 @@ namespace {
 constexpr std::size_t kColumns = 100;
 constexpr std::size_t kSeverityColumns = 9;  // "warning  "
 constexpr std::size_t kTimeColumns = 12;     // "  0.001951  "
+constexpr std::size_t kClockColumns = 12;    // "10:11:12.123"
 constexpr std::size_t kMostSteps = 24;       // of a story
 constexpr std::size_t kMostStories = 20;
 constexpr std::size_t kConnectionsNamed = 3;
@@ -81,6 +82,8 @@ std::string PlaceText(const Scene& scene, const Finding& finding) {
     where += ", message " + std::to_string(*row + 1);
   }
   where += FramesText(connection.names(), finding);
+  if (finding.time)
+    where += ", " + TimeOfDay(*finding.time).substr(0, kClockColumns);
   if (where.empty()) {
     text.resize(text.size() - 1);
     return text + "]";
@@ -133,7 +136,7 @@ void AppendFinding(const Scene& scene, const Finding& finding, bool evidence,
   }
   if (finding.severity == Severity::kNote && !evidence) return;
   text.append(kSeverityColumns, ' ').append("> ");
-  AppendWrapped(finding.kind->advice, kSeverityColumns + 2, text);
+  AppendWrapped(AdviceOf(finding), kSeverityColumns + 2, text);
   if (evidence) {
     text.append(kSeverityColumns, ' ')
         .append("(")

@@ -76,8 +76,8 @@ StatusText ExplainStatus(std::uint16_t status, std::uint16_t command_field,
 
 std::string StatusWithText(std::uint16_t status, std::uint16_t command_field,
                            std::string_view sop_class) {
-  return HexText(status) + " " +
-         ExplainStatus(status, command_field, sop_class).text;
+  const StatusText explained = ExplainStatus(status, command_field, sop_class);
+  return HexText(status) + (explained.is_listed ? " " : ", ") + explained.text;
 }
 
 }  // namespace host

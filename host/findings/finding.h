@@ -49,7 +49,8 @@ struct FindingPlace {
 struct Finding {
   const FindingKind* kind = nullptr;
   Severity severity = Severity::kNote;
-  std::string sentence;               // the side, the cause, the numbers
+  std::string sentence;  // the side, the cause, the numbers
+  std::string advice;    // better than the kind's, where something is known
   std::vector<std::string> evidence;  // a sentence each
   std::size_t connection = 0;         // index in the capture: of the first
   // Of the first: where it shows. Indices of Connection::pdus and of
@@ -70,7 +71,18 @@ struct Finding {
   // Findings of one slug with the same text here are one; it stands for what a
   // person would call the same, as peer and reason. Empty: never.
   std::string likeness;
+  // When it showed, if that can be said to the packet.
+  std::optional<Nanoseconds> time;
+  // It is probably there because of what another connection shows: it stands
+  // behind all others of its severity.
+  bool is_consequence = false;
 };
+
+// What to check or do.
+inline std::string_view AdviceOf(const Finding& finding) {
+  return finding.advice.empty() ? finding.kind->advice
+                                : std::string_view(finding.advice);
+}
 
 }  // namespace host
 

@@ -145,9 +145,11 @@ constexpr FindingKind kKinds[] = {
      "Let the requestor propose the storage classes with the SCP role: "
      "without it no object can be sent back."},
     {"event-report-without-role", kWarning, kPeer,
-     "The sender of reports has to be SCP: let the sides negotiate the role."},
+     "The sender of reports has to be SCP: let it propose the role, and the "
+     "other side grant it."},
     {"role-not-negotiated", kWarning, kPeer,
-     "The sender has no SCU role for this class: let the sides negotiate it."},
+     "The sender has no SCU role for this class: let it propose the role, and "
+     "the other side grant it."},
     {"context-answer-missing", kWarning, kPeer,
      "The acceptor has to answer each context: report it to its maker."},
     {"context-answer-doubled", kWarning, kPeer,
@@ -166,8 +168,8 @@ constexpr FindingKind kKinds[] = {
     {"status-failure", kFault, kPeer,
      "The responder's log says more about this status."},
     {"status-unknown", kFault, kPeer,
-     "The status is none of the standard's for this service: look it up in "
-     "the responder's conformance statement."},
+     "The responder's log says more. The standard does not list this status "
+     "for this service: the responder's conformance statement may."},
     {"commitment-failed", kWarning, kPeer,
      "The archive does not keep these objects: send them again before they "
      "are deleted."},

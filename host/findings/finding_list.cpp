@@ -67,8 +67,8 @@ void FindingList::EndConnection() {
 
 std::vector<Finding> FindingList::TakeSorted() {
   std::ranges::stable_sort(folded_, {}, [](const Finding& finding) {
-    return std::tuple(finding.severity, finding.kind, finding.connection,
-                      finding.first_frame);
+    return std::tuple(finding.severity, finding.is_consequence, finding.kind,
+                      finding.connection, finding.first_frame);
   });
   by_likeness_.clear();
   return std::exchange(folded_, {});
@@ -84,23 +84,27 @@ void SetPlace(const WirePlace& place, Finding& finding) {
   finding.pdu = place.pdu;
   finding.first_frame = place.first_frame;
   finding.last_frame = place.last_frame;
+  finding.time = place.time;
 }
 
 void SetPlace(const DialogueMessage& message, Finding& finding) {
   finding.message = message.record;
   finding.first_frame = message.first_frame;
   finding.last_frame = message.last_frame;
+  finding.time = message.last_time;
 }
 
 void SetPlace(const Ending& ending, Finding& finding) {
   finding.pdu = ending.pdu;
   finding.first_frame = ending.frame;
   finding.last_frame = ending.frame;
+  finding.time = ending.time;
 }
 
 void SetFrame(const FrameMark& mark, Finding& finding) {
   finding.first_frame = mark.frame;
   finding.last_frame = mark.frame;
+  finding.time = mark.time;
 }
 
 }  // namespace host

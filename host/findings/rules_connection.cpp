@@ -20,9 +20,26 @@ bool HasPayload(const SceneConnection& at) {
   return at.Facts(0).payload_packets + at.Facts(1).payload_packets != 0;
 }
 
+// Behind the refusal of a server that took associations before.
+std::string WorkedBefore(const Scene& scene, const SceneConnection& at,
+                         const std::string& server) {
+  const auto& accepted = scene.AcceptedAt(server);
+  const auto before = std::ranges::find_if(
+      accepted.rbegin(), accepted.rend(),
+      [&at](const Scene::Accepted& one) { return one.connection < at.index; });
+  if (before == accepted.rend()) return {};
+  const Connection& last = *scene.connections()[before->connection].connection;
+  const Nanoseconds since = at.connection->first_time - last.last_time;
+  return " any more, " +
+         (since < 0 ? "while " : DurationText(since) + " after ") +
+         "the association of connection " +
+         std::to_string(before->connection + 1) +
+         (since < 0 ? " goes on" : " ended");
+}
+
 }  // namespace
 
-void FindUnansweredConnection(const Scene&, const SceneConnection& at,
+void FindUnansweredConnection(const Scene& scene, const SceneConnection& at,
                               FindingList& list) {
   const SideFacts& client = at.Facts(at.client);
   const SideFacts& server = at.Facts(1 - at.client);
@@ -30,13 +47,20 @@ void FindUnansweredConnection(const Scene&, const SceneConnection& at,
   const std::string& to = at.Address(1 - at.client);
   const std::string from = at.Address(at.client);
   if (server.syns == 0 && server.rst) {
+    const std::string before = WorkedBefore(scene, at, to);
     Finding& found =
         list.Add("connection-refused",
                  "The server " + to + " refused the connection of " + from +
                      " (RST): nothing listens on that port" +
-                     AttemptsText(client.syns) + ".");
+                     AttemptsText(client.syns) + before + ".");
     SetFrame(*server.rst, found);
     found.likeness = to;
+    if (!before.empty()) {
+      found.is_consequence = true;
+      found.advice =
+          "Its program has ended or is being started again: look at its log "
+          "of the time before.";
+    }
   } else if (server.packets == 0 && !client.acknowledged) {
     Finding& found = list.Add(
         "connection-no-answer",

@@ -88,7 +88,7 @@ class EndingRule {
             " came; then the " + ActorRole() + " " +
             EndingText(ending_, association_) + ".");
     SetPlace(last, found);
-    found.last_frame = std::max(found.last_frame, ending_.frame);
+    EndsHere(found);
   }
 
   // There is a cause already: what the ending was is told behind it.
@@ -128,7 +128,7 @@ class EndingRule {
                    "allow this address."
                  : "."));
     SetPlace(request.place, found);
-    found.last_frame = ending_.frame;
+    EndsHere(found);
     found.likeness = at_.Address(acceptor) + (ActorIs(acceptor) ? "a" : "r");
   }
 
@@ -163,7 +163,7 @@ class EndingRule {
                       ": " + BytesText(open_->data_bytes) +
                       " of it came, the last fragment is missing.");
     SetPlace(*open_, found);
-    found.last_frame = ending_.frame;
+    EndsHere(found);
   }
 
   void Unanswered(Nanoseconds waited) {
@@ -188,7 +188,9 @@ class EndingRule {
     }
     Finding& found = list_.Add("request-unanswered", sentence + ".");
     SetPlace(*open_, found);
-    found.last_frame = std::max(found.last_frame, ending_.frame);
+    EndsHere(found);
+    found.advice = "Look at the log of the " + Peer(answerer) +
+                   " at this time: what became of the request?";
     if (ending_.kind == Kind::kReleased) found.severity = Severity::kWarning;
     found.likeness = at_.Address(answerer) + CommandText(open_->command_field) +
                      EndingText(ending_, association_);
@@ -214,11 +216,16 @@ class EndingRule {
     const bool by_requestor = ending_.direction == *requestor;
     std::string sentence =
         "The " + Actor() + " " + EndingText(ending_, association_) +
-        " without releasing the association, " + Idle() + AnsweredText();
+        " without releasing the association" + Idle() + AnsweredText();
     Finding& found = list_.Add(
         by_requestor ? "never-released" : "connection-dropped", sentence + ".");
     SetPlace(ending_, found);
     found.likeness = at_.Address(1 - at_.client);
+    if (by_requestor && ending_.kind == Kind::kReset && !Idle().empty()) {
+      found.advice = std::string(found.kind->advice) +
+                     " A firewall that ends idle connections looks the same: "
+                     "capture at both ends.";
+    }
   }
 
   void ReleaseUnanswered() {
@@ -233,7 +240,7 @@ class EndingRule {
             DurationText(waited) + " the " + ActorRole() + " " +
             EndingText(ending_, association_) + TimeoutText(waited) + ".");
     SetPlace(*association_.release_request, found);
-    found.last_frame = ending_.frame;
+    EndsHere(found);
     found.likeness = at_.Address(1 - asked);
   }
 
@@ -253,6 +260,12 @@ class EndingRule {
                      EndingText(ending_, association_);
   }
 
+  // The finding is about what was missing when it ended.
+  void EndsHere(Finding& found) const {
+    found.last_frame = std::max(found.last_frame, ending_.frame);
+    found.time = ending_.time;
+  }
+
   // What an abort came after, when all is answered.
   std::string AfterWhat() const {
     if (association_.first_message == association_.end_message) {
@@ -268,13 +281,13 @@ class EndingRule {
   }
   std::string Idle() const {
     if (ending_.silence < 5 * kSecond) return {};
-    return "after " + DurationText(ending_.silence) + " of silence" +
-           TimeoutText(ending_.silence) + ", ";
+    return ", after " + DurationText(ending_.silence) + " of silence" +
+           TimeoutText(ending_.silence);
   }
   std::string AnsweredText() const {
     return association_.first_message == association_.end_message
-               ? "and nothing was asked in it"
-               : "and all requests were answered";
+               ? "; nothing was asked in it"
+               : "; all requests had been answered";
   }
 
   void CaptureEnds() {

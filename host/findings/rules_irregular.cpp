@@ -36,7 +36,8 @@ struct Case {
       return "a message";
     }
     const DialogueMessage& message = at.dialogue->messages[*what.message];
-    return "a " + CommandText(message.command_field) +
+    const std::string command = CommandText(message.command_field);
+    return (command.starts_with('N') ? "an " : "a ") + command +
            (message.IsAnswer() ? " answer" : "");
   }
 };

@@ -38,7 +38,7 @@ std::string CommentText(const CommandSet& set) {
 }
 
 std::string PluralText(std::uint64_t count, const std::string& command) {
-  return count == 1 ? "a " + command
+  return count == 1 ? (command.starts_with('N') ? "an " : "a ") + command
                     : NumberText(count) + " " + command + " requests";
 }
 
@@ -118,8 +118,8 @@ class StatusRule {
     const std::uint64_t all = all_[{association, command}];
     const bool refused = status.status_class == StatusClass::kFailure;
     std::string sentence =
-        "The " +
-        PeerText(at_, first.direction, &dialogue_.associations[association]) +
+        WhyNothingIsSent(slug, dialogue_.associations[association]) +
+        Peer(first.direction, association) +
         (refused ? " refused " : " answered ") +
         PluralText(answers.count, CommandText(command));
     if (all > 1) {
@@ -130,19 +130,55 @@ class StatusRule {
     sentence += " with " + StatusWithText(code, command, sop_class);
     const std::string sub = SubOperationsText(set.sub_operations);
     if (!sub.empty()) sentence += ": sub-operations " + sub;
-    if (slug == "get-without-scp-role") {
-      sentence +=
-          "; the requestor has not negotiated the SCP role, without "
-          "which it cannot be sent anything";
-    }
     sentence += CommentText(set);
-    sentence += Destination(first);
+    const std::string destination = Destination(first);
+    sentence += destination;
+    const bool lacks_role = refused && LacksReportRole(first);
+    if (lacks_role) {
+      sentence +=
+          "; its sender has not negotiated the SCP role for it, likely "
+          "the cause";
+    }
     Finding& found = list_.Add(slug, sentence + ".");
+    if (lacks_role) {
+      found.advice = "Let the " + Peer(1 - first.direction, association) +
+                     " propose the SCP role for this class, and the other side "
+                     "grant it.";
+    } else if (refused && !destination.empty()) {
+      found.advice =
+          "Does the acceptor know this destination, with the right address and "
+          "port? Its log says more about this status.";
+    }
     SetPlace(first, found);
     found.others = answers.others;
     found.likeness = at_.Address(first.direction) + '\n' +
                      StatusWithText(code, command, sop_class) +
                      set.error_comment;
+  }
+
+  std::string Peer(std::uint32_t direction, std::uint32_t association) const {
+    return PeerText(at_, direction, &dialogue_.associations[association]);
+  }
+
+  // The beginning of a sentence that goes on with the acceptor's name.
+  std::string WhyNothingIsSent(std::string_view slug,
+                               const Association& association) const {
+    if (slug != "get-without-scp-role") return "The ";
+    return "The " +
+           PeerText(at_, association.request->place.direction, &association) +
+           " has not negotiated the SCP role, so that it cannot be sent "
+           "anything: the ";
+  }
+
+  // Whether this refuses a report of a side that must not send any.
+  bool LacksReportRole(const DialogueMessage& answer) const {
+    return answer.command_field == (kNEventReportRq | kAnswerBit) &&
+           answer.request &&
+           std::ranges::any_of(
+               dialogue_.irregularities, [&answer](const Irregularity& one) {
+                 return one.kind == IrregularityKind::kRoleNotNegotiated &&
+                        one.message == answer.request;
+               });
   }
 
   // Where a C-MOVE was to go.
@@ -152,8 +188,8 @@ class StatusRule {
       return {};
     }
     const CommandSet request = CommandOf(dialogue_, *answer.request);
-    return "; the move destination is " +
-           PrintableFromCodePage1252(request.move_destination) +
+    return "; the move destination is \"" +
+           PrintableFromCodePage1252(request.move_destination) + "\"" +
            Unreachable(dialogue_.messages[*answer.request], answer);
   }
 

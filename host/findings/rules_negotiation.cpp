@@ -256,7 +256,9 @@ void NoteMissingImplicit(const SceneConnection& at,
             PeerText(at, association.request->place.direction, &association) +
             " does not offer implicit VR little endian, the default that "
             "every side has to know, for " +
-            UidText(context.abstract_syntax) + ".");
+            UidText(context.abstract_syntax) +
+            (context.IsAccepted() ? "; the acceptor took what it offers."
+                                  : "."));
     SetPlace(association.request->place, found);
     found.likeness = at.Address(1 - at.client);
     return;

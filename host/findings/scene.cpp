@@ -217,6 +217,12 @@ Ending EndingOf(const SceneConnection& at, const Association& association) {
   return is_last ? ClosingOf(at) : Ending{};
 }
 
+std::string AborterText(std::uint8_t source) {
+  const std::string text = AbortSourceText(source);
+  if (source == 0) return text + ", its application";
+  return source == 2 ? text + ", its protocol layer" : text;
+}
+
 std::string EndingText(const Ending& ending, const Association& association) {
   switch (ending.kind) {
     case Ending::Kind::kReleased:
@@ -226,7 +232,7 @@ std::string EndingText(const Ending& ending, const Association& association) {
     case Ending::Kind::kAborted: {
       const Abort& abort = association.aborts.front();
       const std::string reason = AbortReasonText(abort.source, abort.reason);
-      return "aborted the association (" + AbortSourceText(abort.source) +
+      return "aborted the association (by " + AborterText(abort.source) +
              (reason.empty() ? ")" : ": " + reason + ")");
     }
     case Ending::Kind::kReset:

@@ -116,6 +116,8 @@ Ending EndingOf(const SceneConnection& at, const Association& association);
 Ending ClosingOf(const SceneConnection& at);
 // What its actor did: "aborted the association (by its service provider:
 // unexpected PDU)", "closed the connection (FIN)".
+// "the service user, its application": which part of a side aborts.
+std::string AborterText(std::uint8_t source);
 std::string EndingText(const Ending& ending, const Association& association);
 
 // "C-STORE" of a request or an answer.

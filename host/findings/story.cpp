@@ -102,7 +102,7 @@ class StoryTeller {
     for (const Abort& abort : association.aborts) {
       const std::string reason = AbortReasonText(abort.source, abort.reason);
       Add(abort.place.time, Side(association, abort.place.direction) +
-                                " aborts (" + AbortSourceText(abort.source) +
+                                " aborts (by " + AborterText(abort.source) +
                                 (reason.empty() ? ")" : ": " + reason + ")"));
     }
     if (association.release_request) {
@@ -120,8 +120,7 @@ class StoryTeller {
       Add(request.place.time,
           PrintableFromCodePage1252(request.calling_ae_title) + " asks " +
               PrintableFromCodePage1252(request.called_ae_title) +
-              " for an association, " +
-              CountText(Proposed(association), "context", "contexts") +
+              " for an association, " + ContextsText(association) +
               ToolkitOf(association, request.place.direction) +
               (association.accept || association.reject ||
                        !association.aborts.empty()
@@ -139,6 +138,14 @@ class StoryTeller {
           "rejected: " + RejectReasonText(reject.source, reject.reason) + " (" +
               RejectResultText(reject.result) + ")");
     }
+  }
+
+  std::string ContextsText(const Association& association) const {
+    const std::size_t proposed = Proposed(association);
+    if (proposed == 0 && !IsRead(*at_.dialogue, association.request->place)) {
+      return "contexts not captured";
+    }
+    return CountText(proposed, "context", "contexts");
   }
 
   static std::size_t Proposed(const Association& association) {

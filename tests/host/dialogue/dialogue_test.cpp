@@ -354,8 +354,8 @@ TEST(OutcomeTest, AStatusMeansWhatItsServiceSays) {
       {0x0110, 0x8030, kEcho, "0110h Processing failure"},
       {0xB604, 0x8120, "1.2.840.10008.5.1.1.4.1",
        "B604h Warning: Image larger than image box, it has been demagnified"},
-      {0xC123, 0x8030, kEcho, "C123h a failure (not in the standard)"},
-      {0xB123, 0x8030, kEcho, "B123h a warning (not in the standard)"},
+      {0xC123, 0x8030, kEcho, "C123h, a failure (not in the standard)"},
+      {0xB123, 0x8030, kEcho, "B123h, a warning (not in the standard)"},
   };
   for (const Case& one : cases) {
     EXPECT_EQ(StatusWithText(one.status, one.command, one.sop_class),

@@ -234,6 +234,21 @@ TEST(FindingsTest, EachFaultIsNamedFirstAndNothingElseIsOne) {
   }
 }
 
+TEST(FindingsTest, AServerThatDiedStandsBeforeTheConnectionsItThenRefuses) {
+  Talk t;
+  t.Associate().Ask(1).End(1, kRst);
+  t.segments.push_back({0, 900000, 0, kSyn});
+  t.segments.push_back({1, 0, 900001, kRst | kAck});
+  const auto connections = Read(t);
+  const std::vector<Finding> findings = Found(connections);
+  ASSERT_EQ(findings.size(), 2u);
+  EXPECT_EQ(findings[0].kind->slug, "request-unanswered");
+  EXPECT_EQ(findings[1].kind->slug, "connection-refused");
+  EXPECT_NE(findings[1].sentence.find("of connection 1 ended"),
+            std::string::npos)
+      << findings[1].sentence;
+}
+
 TEST(FindingsTest, WhatIsLostInTheCaptureIsNobodysFault) {
   Talk talk;
   talk.Associate().Ask(1).Answer(1, 0).Release();
