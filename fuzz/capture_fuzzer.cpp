@@ -18,6 +18,7 @@
 #include "host/streams/pdu_header.h"
 #include "host/streams/tcp_connections.h"
 #include "interface/host_interface.h"
+#include "tests/clean_feed_walk.h"
 #include "tests/memory_file.h"
 
 namespace dicom::fuzz {
@@ -58,28 +59,12 @@ std::uint64_t DigestOf(const host::WireRecord& record) {
   return digest.value();
 }
 
-// A packet as the module gets it.
-struct Packet {
-  std::uint32_t direction = 0;
-  Bytes bytes;
-
-  bool operator==(const Packet&) const = default;
-  host::TcpHeader Header() const {
-    const auto header = host::TcpHeader::Parse(bytes);
-    Require(header.has_value(), "a packet has a header");
-    return *header;
-  }
-};
-
-Packet PacketOf(const Connection& connection, std::uint32_t number) {
-  Packet packet;
-  packet.bytes.resize(DICOM_PACKET_BYTES);
-  const host::CopiedPacket copied =
-      connection.feed->CopyPacket(number, host::PacketRoom(packet.bytes));
-  Require(copied.bytes <= DICOM_PACKET_BYTES, "a packet fits in its room");
-  Require(copied.direction <= 1, "a packet has a direction");
-  packet.direction = copied.direction;
-  packet.bytes.resize(copied.bytes);
+testing::CapturedPacket PacketOf(const Connection& connection,
+                                 std::uint32_t number) {
+  testing::CapturedPacket packet = host::PacketOf(*connection.feed, number);
+  Require(packet.tcp_bytes.size() <= DICOM_PACKET_BYTES,
+          "a packet fits in its room");
+  Require(packet.direction <= 1, "a packet has a direction");
   return packet;
 }
 
@@ -125,10 +110,10 @@ class Watched {
  private:
   static std::uint64_t DigestOfPacket(const Connection& connection,
                                       std::uint32_t number) {
-    const Packet packet = PacketOf(connection, number);
+    const auto packet = PacketOf(connection, number);
     Digest digest;
     digest.See(packet.direction);
-    digest.See(packet.bytes.data(), packet.bytes.size());
+    digest.See(packet.tcp_bytes.data(), packet.tcp_bytes.size());
     return digest.value();
   }
 
@@ -137,64 +122,29 @@ class Watched {
   std::size_t messages_ = 0;
 };
 
-// What a clean feed promises: a handshake, then both numbers exactly in step,
-// and in each direction the listed PDUs, whole, one behind the other.
-class CleanFeedCheck {
- public:
-  explicit CleanFeedCheck(const Connection& connection)
-      : connection_(connection) {}
-
-  void Run() {
-    const std::uint32_t count = connection_.feed->PacketCount();
-    Require(count >= 5, "a handshake and a closing are there");
-    for (std::uint32_t number = 0; number < count; ++number) {
-      Take(PacketOf(connection_, number), number, count);
-    }
-    for (const host::WireRecord& pdu : connection_.pdus) {
-      if (pdu.listed) TakePdu(pdu);
-    }
-    Require(streams_[0].size() == cut_[0] && streams_[1].size() == cut_[1],
-            "packets hold the listed PDUs and nothing else");
-    // What was lost is filled up to a multiple of what was captured.
-    Require(streams_[0].size() + streams_[1].size() <=
-                101 * connection_.payload_bytes + 2 * (1u << 20),
-            "bytes are bounded by what was captured");
-  }
-
- private:
-  void Take(const Packet& packet, std::uint32_t number, std::uint32_t count) {
-    Require(packet.bytes.size() >= host::kTcpHeaderBytes, "a header is whole");
-    const host::TcpHeader header = packet.Header();
-    const std::uint32_t from = packet.direction;
-    const bool syn = number < 2;
-    const bool fin = number + 2 >= count;
-    Require(header.Has(host::kSyn) == syn, "SYN is first");
-    Require(header.Has(host::kFin) == fin, "FIN is last");
-    Require(!header.Has(host::kRst), "no RST is handed over");
-    if (syn) next_[from] = header.sequence;
-    Require(header.sequence == next_[from], "sequence numbers are in step");
-    Require(number == 0 || header.acknowledgement == next_[1 - from],
-            "acknowledgements are in step");
-    const Bytes payload = packet.bytes.From(host::kTcpHeaderBytes);
-    next_[from] += payload.Length() + (syn ? 1 : 0);
-    streams_[from] += payload;
-  }
-
-  void TakePdu(const host::WireRecord& pdu) {
-    const Bytes& stream = streams_[pdu.direction];
-    std::size_t& at = cut_[pdu.direction];
+// In each direction there are the listed PDUs, whole, one behind the other.
+void CheckCleanFeed(const Connection& connection) {
+  const testing::CleanFeedWalk walk(*connection.feed);
+  Require(walk.problem.empty(), walk.problem.c_str());
+  std::array<std::size_t, 2> cut{};
+  for (const host::WireRecord& pdu : connection.pdus) {
+    if (!pdu.listed) continue;
+    const Bytes& stream = walk.streams[pdu.direction];
+    std::size_t& at = cut[pdu.direction];
     Require(at + host::kPduHeaderBytes <= stream.size() &&
                 pdu.length <= stream.size() - at,
             "a listed PDU is in the packets");
     Require(pdu.length == PduBytes(stream, at), "a PDU is as long as it says");
     at += static_cast<std::size_t>(pdu.length);
   }
-
-  const Connection& connection_;
-  std::array<std::uint32_t, 2> next_{};
-  std::array<Bytes, 2> streams_;
-  std::array<std::size_t, 2> cut_{};
-};
+  const std::size_t bytes[] = {walk.streams[0].size(), walk.streams[1].size()};
+  Require(bytes[0] == cut[0] && bytes[1] == cut[1],
+          "packets hold the listed PDUs and nothing else");
+  // What was lost is filled up to a multiple of what was captured.
+  Require(
+      bytes[0] + bytes[1] <= 101 * connection.payload_bytes + 2 * (1u << 20),
+      "bytes are bounded by what was captured");
+}
 
 void CheckRecords(const std::vector<host::WireRecord>& records,
                   std::uint32_t frames, Digest* digest) {
@@ -244,7 +194,7 @@ void CheckConnection(const Connection& connection, HandOver hand_over,
                      std::uint32_t frames, Digest* digest) {
   CheckRecords(connection.pdus, frames, digest);
   CheckRecords(connection.messages, frames, digest);
-  if (hand_over == HandOver::kCleanStreams) CleanFeedCheck(connection).Run();
+  if (hand_over == HandOver::kCleanStreams) CheckCleanFeed(connection);
   const host::Dialogue* const dialogue = host::DialogueOf(connection);
   Require((dialogue != nullptr) == (hand_over == HandOver::kCleanStreams),
           "clean streams have a dialogue");

@@ -5,10 +5,13 @@
 #include <random>
 #include <set>
 
+#include "tests/clean_feed_walk.h"
 #include "tests/wire_builder.h"
 
 namespace host {
 namespace {
+
+using dicom::testing::CleanFeedWalk;
 
 std::string Listed(const std::vector<WireRecord>& records) {
   std::string text;
@@ -25,98 +28,34 @@ std::string AllNotes(const Connection& connection) {
   return text;
 }
 
-// The packets of a feed, read as the module reads them.
-class FeedReader {
- public:
-  explicit FeedReader(const PacketFeed& feed) : feed_(feed) {}
-
-  void Check(const std::array<Bytes, 2>& streams) {
-    ASSERT_GE(feed_.PacketCount(), 5u);
-    const Packet syn = Read(0), answer = Read(1), last = Read(2);
-    EXPECT_EQ(syn.header.flags, kSyn);
-    EXPECT_EQ(answer.header.flags, kSyn | kAck);
-    EXPECT_EQ(last.header.flags, kAck);
-    EXPECT_NE(syn.direction, answer.direction);
-    EXPECT_EQ(syn.direction, last.direction);
-    next_[syn.direction] = syn.header.sequence + 1;
-    next_[answer.direction] = answer.header.sequence + 1;
-    EXPECT_EQ(answer.header.acknowledgement, next_[syn.direction]);
-    CheckInStep(last);
-    const std::uint32_t closing = feed_.PacketCount() - 2;
-    for (std::uint32_t i = 3; i < closing; i += 2) {
-      SCOPED_TRACE(i);
-      const Packet data = Read(i), ack = Read(i + 1);
-      ASSERT_FALSE(data.payload.empty());
-      CheckInStep(data);
-      CheckOneItemOnly(data, streams);
-      streams_[data.direction] += data.payload;
-      next_[data.direction] += data.payload.Length();
-      EXPECT_TRUE(ack.payload.empty());
-      EXPECT_NE(ack.direction, data.direction);
-      CheckInStep(ack);
-    }
-    EXPECT_EQ(streams_, streams);
-    EXPECT_EQ(Read(closing).direction, syn.direction);
-    EXPECT_EQ(Read(closing + 1).direction, answer.direction);
-    for (const std::uint32_t i : {closing, closing + 1}) {
-      EXPECT_EQ(Read(i).header.flags, kFin | kAck);
-      CheckInStep(Read(i));
-    }
-  }
-
- private:
-  struct Packet {
-    TcpHeader header;
-    std::uint32_t direction = 0;
-    Bytes payload;
-  };
-
-  Packet Read(std::uint32_t number) const {
-    Packet packet;
-    const CapturedPacket copied = PacketOf(feed_, number);
-    packet.direction = copied.direction;
-    packet.header = TcpHeader::Parse(copied.tcp_bytes).value();
-    EXPECT_EQ(packet.header.length, 20u);
-    packet.payload = copied.tcp_bytes.From(20);
-    return packet;
-  }
-
-  void CheckInStep(const Packet& packet) const {
-    EXPECT_EQ(packet.header.sequence, next_[packet.direction]);
-    EXPECT_EQ(packet.header.acknowledgement, next_[1 - packet.direction]);
-  }
-
-  // No PDU and no further PDV item begins inside a packet.
-  void CheckOneItemOnly(const Packet& packet,
-                        const std::array<Bytes, 2>& streams) const {
-    const std::set<std::size_t> starts = Starts(streams[packet.direction]);
-    const std::size_t at = streams_[packet.direction].size();
-    const auto inside = starts.upper_bound(at);
-    if (inside != starts.end()) {
-      EXPECT_GE(*inside, at + packet.payload.size());
-    }
-  }
-
-  static std::set<std::size_t> Starts(const Bytes& stream) {
-    std::set<std::size_t> starts;
-    for (std::size_t at = 0; at + 6 <= stream.size();) {
-      const std::size_t end = at + PduLength(stream.From(at));
-      starts.insert(at);
-      if (stream[at] == 4) {
-        std::size_t item = at + 6;
-        while ((item += ItemLength(stream.From(item))) + 6 <= end) {
-          starts.insert(item);
-        }
+// Where in `stream` a PDU begins, or another PDV item of one.
+std::set<std::size_t> Starts(const Bytes& stream) {
+  std::set<std::size_t> starts;
+  for (std::size_t at = 0; at + 6 <= stream.size();) {
+    const std::size_t end = at + PduLength(stream.From(at));
+    starts.insert(at);
+    if (stream[at] == 4) {
+      std::size_t item = at + 6;
+      while ((item += ItemLength(stream.From(item))) + 6 <= end) {
+        starts.insert(item);
       }
-      at = end;
     }
-    return starts;
+    at = end;
   }
+  return starts;
+}
 
-  const PacketFeed& feed_;
-  std::array<std::uint32_t, 2> next_{};
-  std::array<Bytes, 2> streams_;
-};
+void ExpectFeedOf(const Connection& connection,
+                  const std::array<Bytes, 2>& streams) {
+  const CleanFeedWalk walk(*connection.feed);
+  EXPECT_EQ(walk.problem, "");
+  EXPECT_EQ(walk.streams, streams);
+  for (const std::uint32_t side : {0u, 1u}) {
+    for (const std::size_t start : Starts(streams[side])) {
+      EXPECT_TRUE(walk.begins[side].contains(start)) << start;
+    }
+  }
+}
 
 void ExpectWhole(const Wire& wire, const std::vector<Segment>& segments) {
   const auto connections = Connect(segments);
@@ -139,7 +78,7 @@ TEST(CleanStreamsTest, AnySegmentSizeGivesTheSameListsAndCleanPackets) {
     wire.Association();
     ExpectWhole(wire, wire.segments);
     const auto connections = Connect(wire.segments);
-    FeedReader(*connections[0].feed).Check(wire.streams);
+    ExpectFeedOf(connections[0], wire.streams);
   }
 }
 
@@ -276,10 +215,10 @@ TEST(CleanStreamsTest, FollowingAGrowingCaptureGivesTheSameInTheEnd) {
   }
   EXPECT_EQ(Listed(connections.at(0).pdus), wire.pdus);
   connections.Update();  // it is closed and nothing has come: it is over
-  FeedReader(*connections.at(0).feed).Check(wire.streams);
+  ExpectFeedOf(connections.at(0), wire.streams);
   connections.Finish();
   const auto all = connections.Take();
-  FeedReader(*all[0].feed).Check(wire.streams);
+  ExpectFeedOf(all[0], wire.streams);
   EXPECT_EQ(Listed(all[0].messages), wire.messages);
 }
 
@@ -494,7 +433,7 @@ TEST(CleanStreamsTest, PdusOfOddShapeKeepTheModuleInStep) {
     EXPECT_EQ(Listed(connections[0].pdus), wire.pdus);
     EXPECT_EQ(Listed(connections[0].messages), c.messages);
     EXPECT_EQ(connections[0].notes.empty(), c.listed);
-    FeedReader(*connections[0].feed).Check(wire.streams);
+    ExpectFeedOf(connections[0], wire.streams);
   }
 }
 
@@ -546,7 +485,7 @@ TEST(CleanStreamsTest, ASynWithANewNumberBeginsAnotherConnection) {
     const Wire& wire = i == 0 ? first : second;
     EXPECT_EQ(Listed(connections[i].pdus), wire.pdus);
     EXPECT_EQ(Listed(connections[i].messages), wire.messages);
-    FeedReader(*connections[i].feed).Check(wire.streams);
+    ExpectFeedOf(connections[i], wire.streams);
   }
   // The second one's SYN not captured: its answer's number tells.
   all.erase(all.begin() + static_cast<int>(first.segments.size()) + 1);
@@ -554,8 +493,7 @@ TEST(CleanStreamsTest, ASynWithANewNumberBeginsAnotherConnection) {
   ASSERT_EQ(connections.size(), 2u);
   EXPECT_EQ(connections[1].pdus.size(), 13u);
   EXPECT_EQ(connections[1].first_endpoint, "192.0.2.2:104");
-  FeedReader(*connections[1].feed)
-      .Check({second.streams[1], second.streams[0]});
+  ExpectFeedOf(connections[1], {second.streams[1], second.streams[0]});
 }
 
 TEST(CleanStreamsTest, BytesThatCannotBelongAreIgnored) {
