@@ -10,6 +10,7 @@
 #include "host/objects/data_set_dump.h"
 #include "host/objects/dicom_json.h"
 #include "host/objects/object_export.h"
+#include "host/rows/row_trace.h"
 #include "host/text/file_name.h"
 #include "host/text/json_object.h"
 #include "host/text/time_text.h"
@@ -31,17 +32,6 @@ std::string Title(const FrameNames& names, std::size_t connection,
   return title + ", " + TimeOfDay(message.last_time) + ", frames " +
          names.Text(message.first_frame) + " to " +
          names.Text(message.last_frame) + "\n";
-}
-
-// The row of each message that has one in the module's list.
-std::vector<std::optional<std::size_t>> RowsOf(
-    const std::vector<WireRecord>& records) {
-  std::vector<std::optional<std::size_t>> rows;
-  std::size_t next = 0;
-  for (const WireRecord& record : records) {
-    rows.push_back(record.listed ? std::optional(next++) : std::nullopt);
-  }
-  return rows;
 }
 
 }  // namespace
@@ -73,7 +63,7 @@ void DataOutput::ForEachChosen(
     if (options_.connection && connections[i].index != *options_.connection) {
       continue;
     }
-    const auto rows = RowsOf(connections[i].messages);
+    const auto rows = ListedRows(connections[i].messages);
     for (std::size_t j = 0; j < dialogue->messages.size(); ++j) {
       const DialogueMessage& message = dialogue->messages[j];
       const auto row = message.record ? rows[*message.record] : std::nullopt;

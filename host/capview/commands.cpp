@@ -9,6 +9,7 @@
 
 #include "host/capview/ask_dialog.h"
 #include "host/capview/copying.h"
+#include "host/capview/export_job.h"
 #include "host/capview/file_dialogs.h"
 #include "host/capview/resource.h"
 #include "host/module/module_version.h"
@@ -49,6 +50,17 @@ void Save(const Targets& t, const std::optional<RowRange>& rows) {
   if (const auto name = AskForTextFile(t.window)) {
     t.browser.Loop().StartJob(std::make_unique<SaveJob>(*rows, *name));
   }
+}
+
+void SaveObjects(const Targets& t) {
+  if (!t.document.IsOpen()) {
+    throw Failure("Open a capture first; its objects can then be saved.");
+  }
+  const auto folder = AskForFolder(
+      t.window,
+      L"Folder for the objects of this capture, one DICOM file each. The files "
+      L"are for diagnosis, not for clinical use.");
+  if (folder) t.browser.Loop().StartJob(std::make_unique<ExportJob>(*folder));
 }
 
 void Print(const Targets& t, const std::optional<RowRange>& rows) {
@@ -110,6 +122,7 @@ Commands FileCommands(const Targets& t) {
        [t] { return t.browser.Loop().IsBusy(); }},
       {IDM_SAVE_ROW, [t, &rows] { Save(t, rows.SelectedRow()); }, has_row},
       {IDM_SAVE_ALL, [t, &rows] { Save(t, rows.AllRows()); }, has_rows},
+      {IDM_SAVE_OBJECTS, [t] { SaveObjects(t); }, is_open},
       {IDM_PRINT_ROW, [t, &rows] { Print(t, rows.SelectedRow()); }, has_row},
       {IDM_PRINT_ALL, [t, &rows] { Print(t, rows.AllRows()); }, has_rows},
       {IDM_EXIT, [t] { SendMessageW(t.window, WM_CLOSE, 0, 0); }},

@@ -1,9 +1,5 @@
 #include "host/capview/control.h"
 
-// After windows.h.
-#include <commctrl.h>
-
-#include "host/capview/ui_fonts.h"
 #include "host/text/failure.h"
 #include "host/text/system_error.h"
 
@@ -25,26 +21,6 @@ HWND MakeControl(HWND parent, const ControlForm& form) {
 void MoveControl(HWND control, const RECT& place) {
   MoveWindow(control, place.left, place.top, place.right - place.left,
              place.bottom - place.top, TRUE);
-}
-
-HWND MakeTree(HWND parent, int id) {
-  return MakeControl(
-      parent, {WC_TREEVIEWW, id,
-               WS_VISIBLE | WS_TABSTOP | TVS_HASLINES | TVS_HASBUTTONS |
-                   TVS_LINESATROOT | TVS_SHOWSELALWAYS | TVS_DISABLEDRAGDROP,
-               WS_EX_CLIENTEDGE});
-}
-
-LRESULT DrawTreeSelection(NMHDR* header) {
-  if (header->code != NM_CUSTOMDRAW) return 0;
-  auto& draw = *reinterpret_cast<NMTVCUSTOMDRAW*>(header);
-  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
-  if ((draw.nmcd.uItemState & CDIS_SELECTED) != 0 &&
-      GetFocus() != header->hwndFrom) {
-    draw.clrText = kRestingText;
-    draw.clrTextBk = kRestingGround;
-  }
-  return CDRF_DODEFAULT;
 }
 
 }  // namespace host

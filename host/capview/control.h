@@ -24,13 +24,6 @@ HWND MakeControl(HWND parent, const ControlForm& form);
 // `place` in the parent's client area.
 void MoveControl(HWND control, const RECT& place);
 
-// A tree view in which lines are named and opened; its own selection is drawn
-// so that it can be seen without the focus, too, by DrawTreeSelection().
-HWND MakeTree(HWND parent, int id);
-// Answers what a tree view tells its parent by WM_NOTIFY, as far as it is about
-// drawing.
-LRESULT DrawTreeSelection(NMHDR* header);
-
 }  // namespace host
 
 #endif  // HOST_CAPVIEW_CONTROL_H_

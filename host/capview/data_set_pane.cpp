@@ -8,9 +8,8 @@
 
 #include "host/capview/control.h"
 #include "host/capview/resource.h"
-#include "host/rows/hex_layout.h"
+#include "host/capview/tree_control.h"
 #include "host/rows/tree_search.h"
-#include "host/text/number_text.h"
 #include "host/text/wide_text.h"
 
 namespace host {
@@ -19,10 +18,6 @@ namespace {
 constexpr std::size_t kMostLines = 200000;  // that the tree holds
 constexpr DWORD kOpenMilliseconds = 30;     // before others get their turn
 constexpr DWORD kSearchMilliseconds = 3000;
-constexpr std::uint64_t kHexBytes = 1U << 14;  // that the dump shows
-constexpr std::uint64_t kHexBytesBefore = 1U << 10;
-constexpr std::uint64_t kMostCopied = 1U << 20;
-constexpr int kMostText = 4096;
 constexpr wchar_t kMore[] = L"... more lines follow: select this line for them";
 
 std::function<bool()> For(DWORD milliseconds) {
@@ -41,7 +36,7 @@ DataSetPane::DataSetPane(HWND parent, const CaptureDocument& document)
     : document_(document),
       tree_(MakeTree(parent, IDC_DATA_TREE)),
       hex_(parent, IDC_DATA_HEX) {
-  hex_.OnByte([this](std::uint32_t byte) { GoToByte(hex_begin_ + byte); });
+  hex_.OnByte([this](std::uint64_t byte) { GoToByte(byte); });
   SetVisible(false);
 }
 
@@ -75,20 +70,20 @@ void DataSetPane::Begin(const std::optional<RowRef>& row) {
   nodes_.clear();
   TreeView_SelectItem(tree_, nullptr);
   TreeView_DeleteAllItems(tree_);
+  hex_.Show(nullptr);
   outline_.reset();
-  hex_begin_ = hex_end_ = 0;
-  hex_.ShowBytes({}, 0);
   Mark({});
   if (!row) return;
   const auto message = document_.MessageOf(*row);
   if (!message) {
-    Insert(TVI_ROOT, L"No message that could be read belongs to this row.",
-           false, kNoNode);
+    AddTreeLine(tree_,
+                {.text = L"No message that could be read belongs to this row.",
+                 .data = kNoNode});
     return;
   }
   outline_ = std::make_unique<MessageOutline>(
       *message->dialogue, message->dialogue->messages[message->index]);
-  ShowBytesFrom(0);
+  hex_.Show(outline_.get());
   AddTopLines();
 }
 
@@ -102,18 +97,6 @@ void DataSetPane::AddTopLines() {
   Work(kOpenMilliseconds);
   TreeView_SelectItem(tree_, nullptr);
   TreeView_SelectSetFirstVisible(tree_, TreeView_GetRoot(tree_));
-}
-
-HTREEITEM DataSetPane::Insert(HTREEITEM parent, const std::wstring& text,
-                              bool opens, LPARAM data) {
-  TVINSERTSTRUCTW insert{};
-  insert.hParent = parent;
-  insert.hInsertAfter = TVI_LAST;
-  insert.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_CHILDREN;
-  insert.item.pszText = const_cast<wchar_t*>(text.c_str());
-  insert.item.cChildren = opens ? 1 : 0;
-  insert.item.lParam = data;
-  return TreeView_InsertItem(tree_, &insert);
 }
 
 std::size_t DataSetPane::AddLine(std::optional<std::size_t> parent,
@@ -133,8 +116,10 @@ std::size_t DataSetPane::AddLine(std::optional<std::size_t> parent,
     node.ordinal = static_cast<std::uint32_t>(index);
   }
   node.item =
-      Insert(parent ? nodes_[*parent].item : TVI_ROOT, WideFromUtf8(line.text),
-             line.opens, static_cast<LPARAM>(index));
+      AddTreeLine(tree_, {.parent = parent ? nodes_[*parent].item : TVI_ROOT,
+                          .text = WideFromUtf8(line.text),
+                          .opens = line.opens,
+                          .data = static_cast<LPARAM>(index)});
   nodes_.push_back(std::move(node));
   return index;
 }
@@ -171,20 +156,18 @@ bool DataSetPane::FillPage(Fill& fill, const MayGoOn& may_go_on) {
 
 void DataSetPane::EndPage(std::size_t parent) {
   Node& node = nodes_[parent];
-  if (node.children.empty()) {
-    TVITEMW item{};
-    item.mask = TVIF_CHILDREN;
-    item.hItem = node.item;
-    TreeView_SetItem(tree_, &item);
-  }
+  if (node.children.empty()) SetNothingBelow(tree_, node.item);
   if (!node.below) return;
   if (nodes_.size() < kMostLines) {
-    node.more = Insert(node.item, kMore, false, MoreOf(parent));
+    node.more = AddTreeLine(
+        tree_, {.parent = node.item, .text = kMore, .data = MoreOf(parent)});
     return;
   }
   node.below.reset();
-  Insert(node.item, L"! No more lines fit in here; capdump --dump has all.",
-         false, static_cast<LPARAM>(parent));
+  AddTreeLine(tree_,
+              {.parent = node.item,
+               .text = L"! No more lines fit in here; capdump --dump has all.",
+               .data = kNoNode});
 }
 
 // Before others come in its place.
@@ -243,7 +226,8 @@ void DataSetPane::Guarded(const std::function<void()>& action) {
   } catch (const std::exception& failure) {
     fills_.clear();
     expanding_ = false;
-    Insert(TVI_ROOT, L"! " + WideFromUtf8(failure.what()), false, kNoNode);
+    AddTreeLine(
+        tree_, {.text = L"! " + WideFromUtf8(failure.what()), .data = kNoNode});
   }
 }
 
@@ -285,38 +269,16 @@ void DataSetPane::OnSelected(const NMTREEVIEWW& change) {
 }
 
 std::optional<std::size_t> DataSetPane::Selected() const {
-  TVITEMW item{};
-  item.mask = TVIF_PARAM;
-  item.hItem = TreeView_GetSelection(tree_);
-  if (item.hItem == nullptr || !TreeView_GetItem(tree_, &item)) return {};
-  const auto node = static_cast<std::size_t>(item.lParam);
-  if (item.lParam < 0 || node >= nodes_.size()) return {};
-  return node;
+  const HTREEITEM item = TreeView_GetSelection(tree_);
+  if (item == nullptr) return {};
+  const LPARAM data = TreeLineData(tree_, item);
+  if (data < 0 || static_cast<std::size_t>(data) >= nodes_.size()) return {};
+  return static_cast<std::size_t>(data);
 }
 
 void DataSetPane::Mark(const std::optional<DataRange>& bytes) {
-  std::optional<ByteRange> shown;
-  if (bytes && bytes->length > 0) {
-    if (bytes->offset < hex_begin_ || bytes->offset >= hex_end_) {
-      const std::uint64_t before = std::min(bytes->offset, kHexBytesBefore);
-      ShowBytesFrom(bytes->offset - before);
-    }
-    const std::uint64_t from = bytes->offset - hex_begin_;
-    const std::uint64_t most = hex_end_ - bytes->offset;
-    shown =
-        ByteRange{0, static_cast<std::uint32_t>(from),
-                  static_cast<std::uint32_t>(std::min(bytes->length, most))};
-  }
-  hex_.Highlight(shown);
+  hex_.Mark(bytes);
   if (on_bytes_) on_bytes_(bytes);
-}
-
-void DataSetPane::ShowBytesFrom(std::uint64_t begin) {
-  std::vector<std::uint8_t> bytes(kHexBytes);
-  hex_begin_ = begin - begin % kDumpBytesPerLine;
-  bytes.resize(outline_->Copy(hex_begin_, bytes));
-  hex_end_ = hex_begin_ + bytes.size();
-  hex_.ShowBytes(bytes, hex_begin_);
 }
 
 void DataSetPane::GoToByte(std::uint64_t byte) {
@@ -369,28 +331,16 @@ bool DataSetPane::SelectNext(const std::wstring& text, bool backwards) {
 std::optional<std::wstring> DataSetPane::Copied(LinePart part) {
   const auto node = Selected();
   if (!node) return {};
-  if (part == LinePart::kBytes) return DigitsOf(nodes_[*node].bytes);
+  if (part == LinePart::kBytes) {
+    return hex_.Digits(nodes_[*node].bytes);
+  }
   if (part == LinePart::kSubtree) {
     return WideFromUtf8(
         outline_->SubtreeText(PathOf(*node), For(kSearchMilliseconds)));
   }
-  std::wstring text(kMostText, L'\0');
-  TVITEMW item{};
-  item.mask = TVIF_TEXT;
-  item.hItem = nodes_[*node].item;
-  item.pszText = text.data();
-  item.cchTextMax = kMostText;
-  TreeView_GetItem(tree_, &item);
-  text = item.pszText;
+  const std::wstring text = TreeLineText(tree_, nodes_[*node].item);
   if (part == LinePart::kWhole) return text;
   return WideFromUtf8(LineValue(Utf8FromWide(text)));
-}
-
-std::wstring DataSetPane::DigitsOf(const DataRange& bytes) {
-  std::vector<std::uint8_t> values(
-      static_cast<std::size_t>(std::min(bytes.length, kMostCopied)));
-  values.resize(outline_->Copy(bytes.offset, values));
-  return WideFromUtf8(HexDigits(values));
 }
 
 }  // namespace host

@@ -16,7 +16,7 @@
 
 #include "host/capview/capture_document.h"
 #include "host/capview/detail_view.h"
-#include "host/capview/hex_pane.h"
+#include "host/capview/message_hex_pane.h"
 #include "host/rows/message_outline.h"
 
 namespace host {
@@ -44,7 +44,7 @@ class DataSetPane final : public DetailView {
 
   static constexpr std::size_t kMostExpanded = 20000;
 
-  const HexPane& Hex() const { return hex_; }
+  const MessageHexPane& Hex() const { return hex_; }
   // Told which bytes of the message are marked, empty for none.
   void OnBytes(std::function<void(const std::optional<DataRange>&)> handler) {
     on_bytes_ = std::move(handler);
@@ -87,8 +87,6 @@ class DataSetPane final : public DetailView {
   void AddTopLines();
   std::size_t AddLine(std::optional<std::size_t> parent,
                       const OutlineLine& line);
-  HTREEITEM Insert(HTREEITEM parent, const std::wstring& text, bool opens,
-                   LPARAM data);
   // Unless a page below that line is wanted already.
   void Want(const Fill& fill);
   // The person opens the line.
@@ -112,22 +110,17 @@ class DataSetPane final : public DetailView {
   // Marks the bytes in the hex dump, which shows those around them; empty marks
   // none.
   void Mark(const std::optional<DataRange>& bytes);
-  // Puts a piece of the message into the hex dump.
-  void ShowBytesFrom(std::uint64_t begin);
   void GoToByte(std::uint64_t byte);
-  std::wstring DigitsOf(const DataRange& bytes);
 
   const CaptureDocument& document_;
   HWND tree_;
-  HexPane hex_;
+  MessageHexPane hex_;
   bool visible_ = false;
   std::unique_ptr<MessageOutline> outline_;
   std::deque<Node> nodes_;
   std::deque<Fill> fills_;
   bool expanding_ = false;
   std::size_t next_to_expand_ = 0;
-  std::uint64_t hex_begin_ = 0;  // of what the hex dump shows
-  std::uint64_t hex_end_ = 0;
   std::function<void(const std::optional<DataRange>&)> on_bytes_;
 };
 

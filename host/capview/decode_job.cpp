@@ -40,7 +40,7 @@ unsigned DecodeJob::Percent() const {
   return static_cast<unsigned>(std::uint64_t{next_ - rows_.first} * 100 / all);
 }
 
-std::string DecodeJob::Report() const {
+std::string DecodeJob::Finish() {
   std::string text =
       CountText(next_ - rows_.first, "decode was ", "decodes were ") + Target();
   if (failed_ != 0) {

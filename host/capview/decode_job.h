@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "host/capview/capture_document.h"
+#include "host/capview/job.h"
 #include "host/capview/owned_handles.h"
 #include "host/module/save_file.h"
 
@@ -19,22 +19,15 @@ struct RowRange {
   std::uint32_t end = 0;
 };
 
-// Saves or prints the decodes of rows, one after the other, in slices. Ends
-// early by being dropped.
-class DecodeJob {
+// Saves or prints the decodes of rows, one after the other.
+class DecodeJob : public Job {
  public:
   explicit DecodeJob(const RowRange& rows) : rows_(rows), next_(rows.first) {}
-  virtual ~DecodeJob() = default;
-  DecodeJob(const DecodeJob&) = delete;
-  DecodeJob& operator=(const DecodeJob&) = delete;
 
-  // Goes on until the time is up, at least by one row; waits while the document
-  // is not listed. True when there are more rows.
-  bool Work(CaptureDocument& document, const TimeIsUp& time_is_up);
-  // Of the rows, done by now.
-  unsigned Percent() const;
-  // One sentence on what was done so far.
-  std::string Report() const;
+  // At least by one row; waits while the document is not listed.
+  bool Work(CaptureDocument& document, const TimeIsUp& time_is_up) override;
+  unsigned Percent() const override;
+  std::string Finish() override;
 
  protected:
   // Saves or prints one row; answers why it stopped early, or nothing.

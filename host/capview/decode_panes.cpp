@@ -2,6 +2,7 @@
 
 #include "host/capview/control.h"
 #include "host/capview/resource.h"
+#include "host/capview/tree_control.h"
 #include "host/rows/tree_search.h"
 #include "host/text/text_encoding.h"
 #include "host/text/wide_text.h"

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "host/capview/control.h"
+#include "host/capview/tree_control.h"
 #include "host/module/tree_reader.h"
 #include "host/rows/tree_search.h"
 

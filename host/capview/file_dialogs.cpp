@@ -2,6 +2,7 @@
 
 // After windows.h.
 #include <commdlg.h>
+#include <shlobj.h>
 
 #include "host/text/failure.h"
 
@@ -47,6 +48,21 @@ std::optional<std::wstring> AskForCapture(HWND owner) {
 std::optional<std::wstring> AskForTextFile(HWND owner) {
   return AskForFile(owner, {kTexts, L"txt", OFN_OVERWRITEPROMPT},
                     GetSaveFileNameW);
+}
+
+std::optional<std::wstring> AskForFolder(HWND owner, const wchar_t* text) {
+  // The dialog with a button for new folders wants it.
+  const bool has_ole = SUCCEEDED(OleInitialize(nullptr));
+  wchar_t name[MAX_PATH] = L"";
+  BROWSEINFOW question{};
+  question.hwndOwner = owner;
+  question.lpszTitle = text;
+  question.ulFlags = BIF_RETURNONLYFSDIRS | BIF_NEWDIALOGSTYLE;
+  const TaskMemory<ITEMIDLIST> chosen(SHBrowseForFolderW(&question));
+  const bool is_chosen = chosen && SHGetPathFromIDListW(chosen.get(), name);
+  if (has_ole) OleUninitialize();
+  if (!is_chosen) return {};
+  return name;
 }
 
 Printer AskForPrinter(HWND owner) {

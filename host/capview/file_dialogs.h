@@ -17,6 +17,8 @@ namespace host {
 std::optional<std::wstring> AskForCapture(HWND owner);
 // The name of a text to be written; an old one may be replaced.
 std::optional<std::wstring> AskForTextFile(HWND owner);
+// A folder that is there; `text` says what for.
+std::optional<std::wstring> AskForFolder(HWND owner, const wchar_t* text);
 // Throws Failure when the system has no printer.
 Printer AskForPrinter(HWND owner);
 

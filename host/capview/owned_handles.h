@@ -2,6 +2,8 @@
 #define HOST_CAPVIEW_OWNED_HANDLES_H_
 
 #include <windows.h>
+// After windows.h.
+#include <objbase.h>
 
 #include <memory>
 #include <type_traits>
@@ -26,6 +28,13 @@ struct LocalMemoryFree {
 // What some functions of the system answer.
 template <class T>
 using LocalMemory = std::unique_ptr<T, LocalMemoryFree>;
+
+struct TaskMemoryFree {
+  void operator()(void* block) const { CoTaskMemFree(block); }
+};
+// What the shell answers.
+template <class T>
+using TaskMemory = std::unique_ptr<T, TaskMemoryFree>;
 
 struct ClipboardClose {
   void operator()(HWND) const { CloseClipboard(); }

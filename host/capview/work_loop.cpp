@@ -43,9 +43,18 @@ bool WorkLoop::Work(DWORD milliseconds) {
   if (document_.Work(time_is_up)) return true;
   if (!job_) return false;
   // A failing display has the module loaded again: then it lists first.
-  if (job_->Work(document_, time_is_up) || !document_.IsListed()) return true;
+  if (WorkAtJob(time_is_up) || !document_.IsListed()) return true;
   StopJob();
   return false;
+}
+
+bool WorkLoop::WorkAtJob(const TimeIsUp& time_is_up) {
+  try {
+    return job_->Work(document_, time_is_up);
+  } catch (const std::exception&) {
+    job_.reset();
+    throw;
+  }
 }
 
 void WorkLoop::UpdateTimer() const {
@@ -71,15 +80,15 @@ void WorkLoop::RunWaiting() {
   for (const auto& action : std::exchange(waiting_, {})) action();
 }
 
-void WorkLoop::StartJob(std::unique_ptr<DecodeJob> job) {
+void WorkLoop::StartJob(std::unique_ptr<Job> job) {
   job_ = std::move(job);
   Start();
 }
 
 bool WorkLoop::StopJob() {
   if (!job_) return false;
-  status_.Say(job_->Report());
-  job_.reset();
+  const auto ended = std::move(job_);
+  status_.Say(ended->Finish());
   return true;
 }
 

@@ -9,14 +9,14 @@
 #include <vector>
 
 #include "host/capview/capture_document.h"
-#include "host/capview/decode_job.h"
+#include "host/capview/job.h"
 #include "host/capview/status_line.h"
 
 namespace host {
 
 // Does what takes long in short slices between the person's messages: reads the
-// capture, has the connection listed, saves or prints decodes. Everything runs
-// on the window's thread.
+// capture, has the connection listed, saves or prints. Everything runs on the
+// window's thread.
 class WorkLoop {
  public:
   // Document and status line must outlive this. While work is left, the window
@@ -41,9 +41,8 @@ class WorkLoop {
   // Does it now, or after the slice that is at work.
   void RunOutside(std::function<void()> action);
 
-  // Saves or prints as soon as the connection is listed, in place of an earlier
-  // job.
-  void StartJob(std::unique_ptr<DecodeJob> job);
+  // Does it as soon as the connection is listed, in place of an earlier job.
+  void StartJob(std::unique_ptr<Job> job);
   // Ends the job early and says how far it came; false without a job.
   bool StopJob();
   // Ends it without a word.
@@ -52,6 +51,8 @@ class WorkLoop {
  private:
   // Document first, then the job. True when something is left to do.
   bool Work(DWORD milliseconds);
+  // A job that fails is dropped.
+  bool WorkAtJob(const TimeIsUp& time_is_up);
   // On while work is left.
   void UpdateTimer() const;
   void RunWaiting();
@@ -59,7 +60,7 @@ class WorkLoop {
   HWND window_;
   CaptureDocument& document_;
   StatusLine& status_;
-  std::unique_ptr<DecodeJob> job_;
+  std::unique_ptr<Job> job_;
   bool busy_ = false;
   bool inside_ = false;
   std::vector<std::function<void()>> waiting_;  // for the slice's end

@@ -103,6 +103,21 @@ std::string NameOf(const ExportedObject& object) {
 
 }  // namespace
 
+struct ObjectExport::Unfinished {
+  Unfinished(ExportedObject&& its_object, MessageData&& its_data,
+             const std::filesystem::path& folder)
+      : object(std::move(its_object)),
+        data(std::move(its_data)),
+        file(folder) {}
+
+  ExportedObject object;
+  MessageData data;
+  NewFile file;
+  Sha256 hash;
+};
+
+ObjectExport::~ObjectExport() = default;
+
 ObjectExport::ObjectExport(const std::filesystem::path& folder,
                            ExportChoice choice)
     : folder_(folder), choice_(choice), buffer_(kBufferBytes) {
@@ -121,6 +136,11 @@ bool ObjectExport::IsExported(const DialogueMessage& message) const {
 }
 
 void ObjectExport::Add(const MessagePlace& place, const Dialogue& dialogue) {
+  Begin(place, dialogue);
+  Continue([] { return false; });
+}
+
+void ObjectExport::Begin(const MessagePlace& place, const Dialogue& dialogue) {
   const DialogueMessage& message = dialogue.messages[place.index];
   if (!IsExported(message)) return;
   ExportedObject object = Describe(dialogue, message);
@@ -129,32 +149,44 @@ void ObjectExport::Add(const MessagePlace& place, const Dialogue& dialogue) {
   if (place.names != nullptr) NameFrames(*place.names, object);
   object.filled = LostRanges(dialogue, message);
   object.incomplete = Incomplete(message, object);
-  if (message.data_bytes > 0) WriteFile(dialogue, message, object);
-  NoteSameContent(object);
-  objects_.push_back(std::move(object));
-}
-
-void ObjectExport::WriteFile(const Dialogue& dialogue,
-                             const DialogueMessage& message,
-                             ExportedObject& object) {
+  if (message.data_bytes == 0) {
+    objects_.push_back(std::move(object));
+    return;
+  }
   MessageData data(dialogue, message);
   object.transfer_syntax = data.TransferSyntax();
   object.transfer_syntax_name = NameOf(object.transfer_syntax);
   object.transfer_syntax_origin = data.OriginText();
-  NewFile file(folder_);
-  file.Write(FileHead({object.sop_class, object.sop_instance,
-                       object.transfer_syntax, SenderOf(dialogue, message)}));
-  Sha256 hash;
+  unfinished_ =
+      std::make_unique<Unfinished>(std::move(object), std::move(data), folder_);
+  unfinished_->file.Write(FileHead(
+      {unfinished_->object.sop_class, unfinished_->object.sop_instance,
+       unfinished_->object.transfer_syntax, SenderOf(dialogue, message)}));
+}
+
+bool ObjectExport::Continue(const std::function<bool()>& time_is_up) {
+  if (!unfinished_) return true;
+  ExportedObject& object = unfinished_->object;
   while (const std::size_t count =
-             data.Sent().Read(object.bytes, std::span(buffer_))) {
+             unfinished_->data.Sent().Read(object.bytes, std::span(buffer_))) {
     const auto bytes = std::span(buffer_).first(count);
-    hash.Add(bytes);
-    file.Write(bytes);
+    unfinished_->hash.Add(bytes);
+    unfinished_->file.Write(bytes);
     object.bytes += count;
+    if (time_is_up()) return false;
   }
-  object.sha256 = hash.Finish();
-  object.file = names_.Keep(file, NameOf(object),
+  Finish();
+  return true;
+}
+
+void ObjectExport::Finish() {
+  const auto done = std::move(unfinished_);
+  ExportedObject& object = done->object;
+  object.sha256 = done->hash.Finish();
+  object.file = names_.Keep(done->file, NameOf(object),
                             object.incomplete.empty() ? ".dcm" : ".partial");
+  NoteSameContent(object);
+  objects_.push_back(std::move(object));
 }
 
 void ObjectExport::NoteSameContent(ExportedObject& object) {

@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,11 +39,17 @@ class ObjectExport {
  public:
   // Makes the folder if it is not there. Throws Failure when it cannot.
   ObjectExport(const std::filesystem::path& folder, ExportChoice choice);
+  ~ObjectExport();
 
   // Saves the message's data set if it is one that was chosen. Throws Failure
   // when a file cannot be written or bytes cannot be read back; the files
   // before it stay, and no half file does.
   void Add(const MessagePlace& place, const Dialogue& dialogue);
+  // The same in pieces: Begin() once, then Continue() until it answers true.
+  // A data set that is not continued to its end leaves no file. The dialogue
+  // must still be there.
+  void Begin(const MessagePlace& place, const Dialogue& dialogue);
+  bool Continue(const std::function<bool()>& time_is_up);
   // Writes manifest.csv and manifest.json. Throws Failure.
   void WriteManifest();
 
@@ -52,9 +60,11 @@ class ObjectExport {
 
  private:
   bool IsExported(const DialogueMessage& message) const;
-  // Writes head and data set; fills in bytes, hash and the file's name.
-  void WriteFile(const Dialogue& dialogue, const DialogueMessage& message,
-                 ExportedObject& object);
+  // A data set that is being written.
+  struct Unfinished;
+
+  // The file is whole: gives it its name.
+  void Finish();
   void NoteSameContent(ExportedObject& object);
   void WriteText(std::string_view text, std::string_view extension);
 
@@ -64,6 +74,7 @@ class ObjectExport {
   std::vector<ExportedObject> objects_;
   std::map<std::string, std::size_t> by_content_;  // UID and hash: its object
   std::vector<std::uint8_t> buffer_;
+  std::unique_ptr<Unfinished> unfinished_;
 };
 
 }  // namespace host

@@ -144,4 +144,14 @@ std::uint32_t RowTrace::RowAtFrame(std::uint32_t frame,
   return RowOfRecord(found == end ? *first : *found);
 }
 
+std::vector<std::optional<std::size_t>> ListedRows(
+    const std::vector<WireRecord>& records) {
+  std::vector<std::optional<std::size_t>> rows;
+  std::size_t next = 0;
+  for (const WireRecord& record : records) {
+    rows.push_back(record.listed ? std::optional(next++) : std::nullopt);
+  }
+  return rows;
+}
+
 }  // namespace host

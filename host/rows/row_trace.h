@@ -88,6 +88,11 @@ class RowTrace {
   std::vector<Shape> unsettled_;  // the last rows
 };
 
+// The row of each record, as long as the module lists what is `listed`; empty
+// for the others.
+std::vector<std::optional<std::size_t>> ListedRows(
+    const std::vector<WireRecord>& records);
+
 }  // namespace host
 
 #endif  // HOST_ROWS_ROW_TRACE_H_

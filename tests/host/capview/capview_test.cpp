@@ -48,6 +48,7 @@ void Write(const fs::path& path, const std::string& bytes,
 }
 
 constexpr int kFileName = cmb13;  // of the system's dialog
+constexpr int kFolder = -1;       // its dialog for folders has no such control
 
 class CapviewTest : public testing::Test {
  protected:
@@ -142,7 +143,12 @@ class CapviewTest : public testing::Test {
     const HWND dialog = FindWindowW(MAKEINTRESOURCEW(32770), nullptr);
     if (!IsWindowVisible(dialog)) return;
     KillTimer(nullptr, timer);
-    SetDlgItemTextW(dialog, answer_.first, answer_.second.c_str());
+    if (answer_.first == kFolder) {
+      SendMessageW(dialog, BFFM_SETSELECTIONW, TRUE,
+                   reinterpret_cast<LPARAM>(answer_.second.c_str()));
+    } else {
+      SetDlgItemTextW(dialog, answer_.first, answer_.second.c_str());
+    }
     PostMessageW(dialog, WM_COMMAND, IDOK, 0);
   }
   void Find(const wchar_t* text) { Command(IDM_FIND, IDC_ASK_TEXT, text); }
@@ -320,6 +326,25 @@ TEST_F(CapviewTest, SavesDecodes) {
             "    Reserved: 00000000h\r\n");
   ExpectStatus("1 decode was saved");
   EXPECT_EQ(Lines().at(2).text, "Reserved: 00h");  // still shown
+}
+
+TEST_F(CapviewTest, SavesObjectsBesideWhatIsThere) {
+  Open("samples/store_explicit_le.pcap");
+  const fs::path taken = folder_ / "1.2.826.0.1.3680043.9.9999.101.1.1.dcm";
+  Write(taken, "mine");
+  Command(IDM_SAVE_OBJECTS, kFolder, folder_.wstring());
+  ExpectStatus("1 data set was saved to");
+  ExpectStatus("for diagnosis, not for clinical use");
+  EXPECT_EQ(Contents(taken), "mine");
+  const std::string saved =
+      Contents(folder_ / "1.2.826.0.1.3680043.9.9999.101.1.1-2.dcm");
+  EXPECT_EQ(saved.substr(128, 4), "DICM");
+  // Ends as the data set does, whose length the message says.
+  EXPECT_GT(saved.size(), 4716u + 132u);
+  EXPECT_TRUE(fs::exists(folder_ / "manifest.csv"));
+  Open("samples/echo.pcap");
+  Command(IDM_SAVE_OBJECTS, kFolder, folder_.wstring());
+  ExpectStatus("There is no object to be saved");
 }
 
 TEST_F(CapviewTest, FollowsAGrowingFileUntilItIsTurnedOff) {
