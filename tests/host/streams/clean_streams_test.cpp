@@ -487,6 +487,14 @@ TEST(CleanStreamsTest, ASynWithANewNumberBeginsAnotherConnection) {
     EXPECT_EQ(Listed(connections[i].messages), wire.messages);
     ExpectFeedOf(connections[i], wire.streams);
   }
+  // The one before it has ended, though the capture goes on.
+  TcpConnections growing(HandOver::kCleanStreams);
+  std::uint32_t number = 0;
+  for (auto s = first.segments.begin(); s != first.segments.end() - 2; ++s) {
+    AddSegment(*s, ++number, &growing);
+  }
+  AddSegment(second.segments[0], ++number, &growing);
+  EXPECT_EQ(CleanFeedWalk(*growing.at(0).feed).problem, "");
   // The second one's SYN not captured: its answer's number tells.
   all.erase(all.begin() + static_cast<int>(first.segments.size()) + 1);
   connections = Connect(all);
@@ -494,6 +502,17 @@ TEST(CleanStreamsTest, ASynWithANewNumberBeginsAnotherConnection) {
   EXPECT_EQ(connections[1].pdus.size(), 13u);
   EXPECT_EQ(connections[1].first_endpoint, "192.0.2.2:104");
   ExpectFeedOf(connections[1], {second.streams[1], second.streams[0]});
+}
+
+TEST(CleanStreamsTest, TheAnswerTellsWhoOpenedTheConnection) {
+  Wire wire;
+  wire.Handshake();
+  wire.Send(0, PData(Pdv(kLastCommand, 40)));
+  wire.Send(0, ReleaseRequest());
+  wire.segments.erase(wire.segments.begin());  // so the answer comes first
+  const auto connections = Connect(wire.segments);
+  EXPECT_EQ(Listed(connections.at(0).pdus), "1 52\n1 10\n");
+  EXPECT_EQ(PacketOf(*connections[0].feed, 0).direction, 1u);
 }
 
 TEST(CleanStreamsTest, BytesThatCannotBelongAreIgnored) {
