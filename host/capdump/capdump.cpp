@@ -12,6 +12,7 @@
 #include "host/capdump/options.h"
 #include "host/capdump/overview.h"
 #include "host/capdump/progress_line.h"
+#include "host/capdump/timing_report.h"
 #include "host/capture/capture_reader.h"
 #include "host/dialogue/dialogue_reader.h"
 #include "host/module/module.h"
@@ -61,6 +62,22 @@ void ShowContexts(const Options& options,
         "--as-captured.");
   }
   const auto write = options.json ? WriteContextsJson : WriteContexts;
+  write(connections, options.connection, WriteOutput);
+}
+
+void ShowTiming(const Options& options,
+                const std::vector<Connection>& connections) {
+  if (options.as_captured) {
+    throw UsageError(
+        "Times of messages are read from clean streams: leave out "
+        "--as-captured.");
+  }
+  if (options.connection) {
+    RequireConnection(*options.connection, connections.size());
+  }
+  const auto write = options.csv    ? WriteTimingCsv
+                     : options.json ? WriteTimingJson
+                                    : WriteTiming;
   write(connections, options.connection, WriteOutput);
 }
 
@@ -120,6 +137,8 @@ ExitCode DumpCapture(const Options& options) {
     ShowData(options, connections);
   } else if (options.contexts) {
     ShowContexts(options, connections);
+  } else if (options.timing || options.csv) {
+    ShowTiming(options, connections);
   } else {
     if (options.connection) {
       RequireConnection(*options.connection, loader.connections().whole_size());

@@ -34,6 +34,13 @@ constexpr OptionRow kRows[] = {
      "the negotiation of each association, what is odd about it and what would "
      "have matched, and no lists",
      &Options::contexts},
+    {kShown, "--timing", "", "", "",
+     "where the time of each association went and whose it was, how soon "
+     "requests were answered, and no lists",
+     &Options::timing},
+    {kShown, "--csv", "", "", "",
+     "one line a message with its frames, times and bytes, for spreadsheets",
+     &Options::csv},
     {kShown, "--row", "", "N", "a number", "only row N of each list",
      &Options::row},
     {kShown, "--connection", "", "N", "a number",

@@ -34,6 +34,8 @@ struct Options {
   std::optional<std::uint32_t> connection;  // from 0
   bool all_connections = false;
   bool contexts = false;  // instead of the lists
+  bool timing = false;    // instead of the lists
+  bool csv = false;       // of messages, instead of the lists
   bool json = false;
   bool findings = false;  // nothing but what is wrong, all of it
   bool check = false;     // the exit code says whether there is a fault

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/capture/frame_names.h"
+#include "host/streams/transfer_facts.h"
 #include "host/streams/transport_facts.h"
 #include "host/text/time_text.h"
 #include "interface/host_interface.h"
@@ -98,6 +99,7 @@ struct Connection {
   std::shared_ptr<const FrameNames> frame_names;
   // Its streams' beginnings and losses are known for clean streams only.
   TransportFacts transport;
+  TransferFacts transfer;
 
   const FrameNames& names() const {
     static const FrameNames kNumbers;

@@ -9,7 +9,7 @@ void ConnectionBuilder::Add(const TcpFrame& frame, std::uint32_t direction) {
     connection_.first_time = frame.time;
   }
   connection_.last_time = frame.time;
-  watch_.Add(frame, direction);
+  if (watch_.Add(frame, direction)) transfer_.Add(frame, direction);
   AddSegment(frame, direction);
 }
 

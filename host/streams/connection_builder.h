@@ -3,6 +3,7 @@
 
 #include "host/capture/frame_parser.h"
 #include "host/streams/connection.h"
+#include "host/streams/transfer_watch.h"
 #include "host/streams/transport_watch.h"
 
 namespace host {
@@ -11,7 +12,8 @@ namespace host {
 // a builder of its own.
 class ConnectionBuilder {
  public:
-  ConnectionBuilder() : watch_(connection_.transport) {}
+  ConnectionBuilder()
+      : watch_(connection_.transport), transfer_(connection_.transfer) {}
   virtual ~ConnectionBuilder() = default;
   ConnectionBuilder(const ConnectionBuilder&) = delete;
   ConnectionBuilder& operator=(const ConnectionBuilder&) = delete;
@@ -40,6 +42,9 @@ class ConnectionBuilder {
 
   Connection connection_;
   TransportWatch watch_;  // of all that was added
+
+ private:
+  TransferWatch transfer_;
 };
 
 }  // namespace host

@@ -62,6 +62,10 @@ struct FlowFacts {
   // Less than a full packet, sent while such a one was not acknowledged yet:
   // who does that does not hold small packets back.
   std::uint32_t small_not_held = 0;
+  // What still goes on: this side takes no data, or its lost data were not
+  // acknowledged again.
+  std::optional<Nanoseconds> closed_since;
+  std::optional<Nanoseconds> recovering_since;
 
   // A round trip to this side; empty when none was seen.
   std::optional<Nanoseconds> LeastTrip() const;

@@ -4,6 +4,8 @@
 #include <span>
 
 #include "host/capture/wire_bytes.h"
+#include "host/streams/sequence_number.h"
+#include "host/streams/tcp_options.h"
 
 namespace host {
 namespace {
@@ -23,34 +25,6 @@ constexpr std::uint32_t kChecksumsLookedAt = 8;
 constexpr std::size_t kWindowAt = 14;  // in a TCP header
 constexpr std::uint8_t kProtocolTcp = 6;
 
-// The signed way from one sequence number to another.
-std::int32_t Distance(std::uint32_t from, std::uint32_t to) {
-  return static_cast<std::int32_t>(to - from);
-}
-
-// The maximum segment size that a SYN's options announce.
-std::optional<std::uint16_t> SegmentLimit(const TcpFrame& frame) {
-  constexpr std::uint8_t kEnd = 0, kNothing = 1, kMaximum = 2;
-  const std::size_t end =
-      std::min<std::size_t>(frame.header->length, frame.tcp.size());
-  if (end <= kTcpHeaderBytes) return {};
-  WireReader in(frame.tcp.subspan(kTcpHeaderBytes, end - kTcpHeaderBytes));
-  while (in.ok() && !in.rest().empty()) {
-    const std::uint8_t kind = in.Byte();
-    if (kind == kEnd) break;
-    if (kind == kNothing) continue;
-    const std::uint8_t length = in.Byte();
-    if (length < 2) break;
-    if (kind == kMaximum && length == 4) {
-      const std::uint16_t limit = in.Word16();
-      if (in.ok()) return limit;
-      break;
-    }
-    in.Skip(length - 2u);
-  }
-  return {};
-}
-
 // The sum over the addresses, the protocol and the length, which a sender
 // leaves in the checksum field when its adapter is to add the rest.
 std::uint16_t UnfinishedChecksum(const TcpFrame& frame) {
@@ -66,8 +40,8 @@ std::uint16_t UnfinishedChecksum(const TcpFrame& frame) {
 
 }  // namespace
 
-void TransportWatch::Add(const TcpFrame& frame, std::uint32_t direction) {
-  if (!frame.header) return;
+bool TransportWatch::Add(const TcpFrame& frame, std::uint32_t direction) {
+  if (!frame.header) return false;
   const TcpHeader& header = *frame.header;
   Packet packet{frame, header, direction,
                 frame.wire_length - std::min(header.length, frame.wire_length)};
@@ -84,7 +58,7 @@ void TransportWatch::Add(const TcpFrame& frame, std::uint32_t direction) {
   }
   if (IsDuplicate(packet)) {
     ++facts.duplicates;
-    return;
+    return false;
   }
   ++facts.packets;
   ++facts.unheard;
@@ -98,6 +72,7 @@ void TransportWatch::Add(const TcpFrame& frame, std::uint32_t direction) {
   NoteChecksum(packet);
   NoteSilence(packet);
   facts.last = FrameMark{frame.number, frame.time};
+  return true;
 }
 
 bool TransportWatch::IsDuplicate(const Packet& packet) {
@@ -130,7 +105,8 @@ void TransportWatch::NoteFlags(const Packet& packet) {
     ++facts.syns;
     if (!facts.syn) facts.syn = mark;
     sides_[packet.direction].next_sequence = header.sequence + 1;
-    sides_[packet.direction].segment_limit = SegmentLimit(packet.frame);
+    sides_[packet.direction].segment_limit =
+        ReadTcpOptions(packet.frame).segment_limit;
     facts_.opener = header.Has(kAck) ? 1 - packet.direction : packet.direction;
   }
   if (header.Has(kAck) && !header.Has(kRst)) facts.acknowledged = true;

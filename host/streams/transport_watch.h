@@ -17,8 +17,9 @@ class TransportWatch {
  public:
   explicit TransportWatch(TransportFacts& facts) : facts_(facts) {}
 
-  // The connection's next packet in the order of the capture.
-  void Add(const TcpFrame& frame, std::uint32_t direction);
+  // The connection's next packet in the order of the capture. False for the
+  // copy of one that was there already.
+  bool Add(const TcpFrame& frame, std::uint32_t direction);
 
   // The highest acknowledgement number that this side has sent.
   std::optional<std::uint32_t> acknowledgement(std::uint32_t direction) const {

@@ -18,7 +18,7 @@ namespace host {
 // came before, in one association. Durations in microseconds.
 struct HeldBack {
   std::uint32_t count = 0;
-  Microseconds sum = 0;  // as in the association's spans
+  Microseconds sum = 0;
   Microseconds longest = 0;
   std::uint32_t first_frame = 0;  // that was held back the first time
   // How many of them waited longer than a round trip, because the other side

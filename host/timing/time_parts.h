@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -33,9 +34,9 @@ inline constexpr std::size_t kTimeParts = 10;
 enum class TimeOwner : std::uint8_t { kRequestor, kAcceptor, kNetwork };
 inline constexpr std::size_t kTimeOwners = 3;
 
-std::string_view PartText(TimePart part);  // "waiting for an acknowledgement"
-std::string_view PartSlug(TimePart part);  // "held_back", for programs
-char PartLetter(TimePart part);            // "k", for bars of characters
+std::string_view PartText(TimePart part);     // "zero window"
+std::string_view PartSlug(TimePart part);     // "held_back", for programs
+char PartLetter(TimePart part);               // "k", for bars of characters
 std::string_view OwnerText(TimeOwner owner);  // "requestor"
 
 // Times since the connection's first packet; `end` is behind it.
@@ -58,7 +59,6 @@ class TimeSums {
   Microseconds Of(TimePart part) const;
   Microseconds Of(TimeOwner owner) const;
   Microseconds Of(TimePart part, TimeOwner owner) const;
-  Microseconds All() const;
 
  private:
   std::array<std::array<Microseconds, kTimeOwners>, kTimeParts> sums_{};
@@ -68,9 +68,10 @@ class TimeSums {
 // `covers` says so of a span and the one above it; the message of what was
 // there stays. What results is in order and without gaps as before, with no
 // empty spans and no two neighbours alike. Linear.
-using Covers = bool (*)(const TimeSpan& below, const TimeSpan& over);
+using Covers = std::function<bool(const TimeSpan& below, const TimeSpan& over)>;
 std::vector<TimeSpan> Overlay(const std::vector<TimeSpan>& spans,
-                              const std::vector<TimeSpan>& over, Covers covers);
+                              const std::vector<TimeSpan>& over,
+                              const Covers& covers);
 
 }  // namespace host
 

@@ -1,0 +1,217 @@
+#include <cmath>
+
+#include "host/capdump/timing_report.h"
+#include "host/dialogue/outcome.h"
+#include "host/text/json_object.h"
+#include "host/text/number_text.h"
+#include "host/text/text_encoding.h"
+
+namespace host {
+namespace {
+
+const std::string& Address(const Connection& connection,
+                           std::uint32_t direction) {
+  return direction == 0 ? connection.first_endpoint
+                        : connection.second_endpoint;
+}
+
+// A field of a CSV line, in quotes where it has to be.
+std::string Quoted(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (const char c : text) {
+    quoted += c;
+    if (c == '"') quoted += c;
+  }
+  return quoted + '"';
+}
+
+// Whole bytes a second.
+std::string RateText(const MessageTiming& timing) {
+  const auto rate = timing.Throughput();
+  return rate ? std::to_string(std::llround(*rate)) : std::string();
+}
+
+std::string FrameText(std::uint32_t frame) {
+  return frame == 0 ? std::string() : std::to_string(frame);
+}
+
+constexpr std::string_view kCsvHead =
+    "connection,association,message,row,command,from,to,message_id,sop_class,"
+    "status,bytes,first_frame,last_frame,first_time,last_time,duration_s,"
+    "bytes_per_s,answered_after_s,until_last_answer_s,answers,"
+    "sub_operations\n";
+
+// One message after the other, with the rows that the module's list gives them.
+class CsvLines {
+ public:
+  CsvLines(std::size_t index, const Connection& connection)
+      : index_(index),
+        connection_(connection),
+        dialogue_(*DialogueOf(connection)),
+        timing_(TimeConnection(connection)) {
+    std::size_t row = 0;
+    for (const WireRecord& record : connection.messages) {
+      rows_.push_back(record.listed ? std::to_string(++row) : "");
+    }
+  }
+
+  void Write(const Sink& sink) const {
+    for (std::uint32_t i = 0; i < dialogue_.messages.size(); ++i) {
+      sink(Line(i) + "\n");
+    }
+  }
+
+ private:
+  std::string Line(std::uint32_t i) const {
+    const DialogueMessage& message = dialogue_.messages[i];
+    const MessageTiming& timing = timing_.messages[i];
+    std::string line = std::to_string(index_ + 1);
+    const auto add = [&line](const std::string& field) {
+      line += ',' + Quoted(field);
+    };
+    add(std::to_string(message.association + 1));
+    add(std::to_string(i + 1));
+    add(message.record ? rows_[*message.record] : "");
+    add(message.has_command_field ? CommandFieldText(message.command_field)
+                                  : "");
+    add(Address(connection_, message.direction));
+    add(Address(connection_, 1 - message.direction));
+    add(message.message_id ? std::to_string(*message.message_id) : "");
+    add(Utf8FromCodePage1252(message.sop_class));
+    add(message.status ? HexText(*message.status) : "");
+    add(std::to_string(timing.bytes));
+    add(FrameText(timing.first.frame));
+    add(FrameText(timing.last.frame));
+    add(timing.first.frame != 0 ? UtcTime(timing.first.time, 9) : "");
+    add(timing.last.frame != 0 ? UtcTime(timing.last.time, 9) : "");
+    add(Seconds(timing.Duration(), 9));
+    add(RateText(timing));
+    add(timing.answered_after ? Seconds(*timing.answered_after, 9) : "");
+    add(timing.whole ? Seconds(*timing.whole, 9) : "");
+    add(std::to_string(message.answers));
+    add(std::to_string(timing.sub_operations));
+    return line;
+  }
+
+  const std::size_t index_;
+  const Connection& connection_;
+  const Dialogue& dialogue_;
+  const ConnectionTiming timing_;
+  std::vector<std::string> rows_;  // by record
+};
+
+std::string PartsJson(const TimeSums& sums) {
+  std::string json = "[";
+  for (std::size_t p = 0; p < kTimeParts; ++p) {
+    for (std::size_t o = 0; o < kTimeOwners; ++o) {
+      const auto part = static_cast<TimePart>(p);
+      const auto owner = static_cast<TimeOwner>(o);
+      const Microseconds time = sums.Of(part, owner);
+      if (time == 0) continue;
+      JsonObject object;
+      object.Text("part", PartSlug(part));
+      object.Text("owner", OwnerText(owner));
+      object.Value("time", Seconds(time * 1000, 6));
+      json += (json.size() == 1 ? "" : ",") + std::move(object).Close();
+    }
+  }
+  return json + "]";
+}
+
+std::string HeldBackJson(const HeldBack& held) {
+  JsonObject object;
+  object.Number("count", held.count);
+  object.Value("time", Seconds(held.sum * 1000, 6));
+  object.Value("longest", Seconds(held.longest * 1000, 6));
+  object.Number("delayed_acknowledgements", held.delayed);
+  object.Number("first_frame", held.first_frame);
+  return std::move(object).Close();
+}
+
+// What TCP did in one direction.
+std::string FlowJson(const FlowFacts& flow) {
+  JsonObject object;
+  object.Number("bytes", flow.sent_bytes);
+  if (const auto trip = flow.LeastTrip()) {
+    object.Value("round_trip", Seconds(*trip, 9));
+  }
+  object.Number("timed_out", flow.timed_out);
+  object.Number("fast", flow.fast);
+  object.Number("spurious", flow.spurious);
+  object.Number("out_of_order", flow.out_of_order);
+  object.Number("keep_alives", flow.keep_alives);
+  object.Number("window_probes", flow.window_probes);
+  object.Number("repeated_acknowledgements", flow.repeated_acknowledgements);
+  object.Number("window_updates", flow.window_updates);
+  object.Number("zero_windows", flow.zero_windows);
+  object.Number("window_full", flow.window_full);
+  object.Number("resets", flow.resets);
+  object.Number("most_in_flight", flow.most_in_flight);
+  object.Number("largest_window", flow.largest_window);
+  object.Value("window_limited", Seconds(flow.window_limited, 9));
+  return std::move(object).Close();
+}
+
+template <class Take>
+void ForEach(const std::vector<Connection>& connections,
+             std::optional<std::uint32_t> only, Take take) {
+  for (std::size_t i = 0; i < connections.size(); ++i) {
+    if (DialogueOf(connections[i]) == nullptr || (only && *only != i)) continue;
+    take(i, connections[i]);
+  }
+}
+
+}  // namespace
+
+std::string AssociationTimingJson(const Connection& connection,
+                                  const ConnectionTiming& timing,
+                                  std::uint32_t association) {
+  const AssociationTiming& times = timing.associations[association];
+  JsonObject object;
+  object.Number("association", association + 1);
+  object.Text("requestor", Address(connection, times.requestor));
+  object.Value("begin", Seconds(times.begin * 1000, 6));
+  object.Value("duration", Seconds(times.Duration() * 1000, 6));
+  object.Value("parts", PartsJson(times.sums));
+  for (const std::uint32_t direction : {0u, 1u}) {
+    const HeldBack& held = times.held_back[direction];
+    if (held.count == 0) continue;
+    object.Value(direction == times.requestor ? "held_back_by_requestor"
+                                              : "held_back_by_acceptor",
+                 HeldBackJson(held));
+  }
+  return std::move(object).Close();
+}
+
+void WriteTimingJson(const std::vector<Connection>& connections,
+                     std::optional<std::uint32_t> only, const Sink& sink) {
+  ForEach(connections, only, [&](std::size_t i, const Connection& connection) {
+    const ConnectionTiming timing = TimeConnection(connection);
+    JsonObject object;
+    object.Text("kind", "timing");
+    object.Number("connection", i + 1);
+    object.Text("first", connection.first_endpoint);
+    object.Text("second", connection.second_endpoint);
+    std::string list = "[";
+    for (std::uint32_t k = 0; k < timing.associations.size(); ++k) {
+      list +=
+          (k == 0 ? "" : ",") + AssociationTimingJson(connection, timing, k);
+    }
+    object.Value("associations", list + "]");
+    object.Value("from_first", FlowJson(connection.transfer.flows[0]));
+    object.Value("from_second", FlowJson(connection.transfer.flows[1]));
+    object.Texts("limits", timing.limits);
+    sink(std::move(object).Close() + "\n");
+  });
+}
+
+void WriteTimingCsv(const std::vector<Connection>& connections,
+                    std::optional<std::uint32_t> only, const Sink& sink) {
+  sink(kCsvHead);
+  ForEach(connections, only, [&](std::size_t i, const Connection& connection) {
+    CsvLines(i, connection).Write(sink);
+  });
+}
+
+}  // namespace host

@@ -1,0 +1,326 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <utility>
+
+#include "host/capdump/findings_report.h"
+#include "host/capdump/timing_report.h"
+#include "host/dialogue/outcome.h"
+#include "host/findings/scene.h"
+#include "host/text/number_text.h"
+#include "host/text/text_encoding.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kBarColumns = 72;
+constexpr std::string_view kMargin = "    ";
+// Of an association; parts below it share a line.
+constexpr Microseconds kLeastShare = 1000;
+constexpr double kMegabyte = 1'000'000;
+
+std::string Padded(std::string text, std::size_t columns) {
+  text.append(columns - std::min(columns, ColumnsOf(text)), ' ');
+  return text;
+}
+
+std::string RightOf(const std::string& text, std::size_t columns) {
+  return std::string(columns - std::min(columns, text.size()), ' ') + text;
+}
+
+// "20.100123 s".
+std::string MicrosText(Microseconds time) { return Seconds(time * 1000, 6); }
+
+// "64.0 %", rounded.
+std::string ShareText(Microseconds part, Microseconds whole) {
+  if (whole <= 0) return "-";
+  const Microseconds tenths = (part * 1000 + whole / 2) / whole;
+  return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " %";
+}
+
+std::string MillisecondsText(Nanoseconds time) {
+  return Seconds(time * 1000, 3);
+}
+
+std::string RateText(double bytes_a_second) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.2f MB/s", bytes_a_second / kMegabyte);
+  return text;
+}
+
+// Latencies of one command, as one side answered it.
+struct Latencies {
+  std::vector<Nanoseconds> values;
+  Nanoseconds worst = -1;
+  std::uint32_t worst_message = 0;
+};
+
+// One association with all that is needed to tell of it.
+class AssociationText {
+ public:
+  AssociationText(const Connection& connection, const ConnectionTiming& timing,
+                  std::uint32_t index)
+      : connection_(connection),
+        dialogue_(*DialogueOf(connection)),
+        timing_(timing),
+        association_(dialogue_.associations[index]),
+        times_(timing.associations[index]) {}
+
+  std::string Text() {
+    AddBar();
+    AddParts();
+    AddHeldBack();
+    AddLatencies();
+    return std::move(text_);
+  }
+
+ private:
+  void AddLine(const std::string& line) {
+    text_ += kMargin;
+    text_ += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+  }
+
+  void AddBar() {
+    AddLine("|" + TimeBar(times_, kBarColumns) + "|");
+    const auto [rates, most] = Rates();
+    if (most <= 0) return;
+    AddLine("|" + rates + "| up to " + RateText(most));
+  }
+
+  // The throughput of each column of the bar, from the messages' bytes, as
+  // characters up to the largest, in bytes a second.
+  std::pair<std::string, double> Rates() const {
+    constexpr std::string_view kSteps = " .:-=+*#";
+    std::array<double, kBarColumns> bytes{};
+    const double width =
+        static_cast<double>(times_.Duration()) / double{kBarColumns};
+    if (width <= 0) return {};
+    for (std::uint32_t i = association_.first_message;
+         i < association_.end_message; ++i) {
+      const MessageTiming& message = timing_.messages[i];
+      const double begin = Column(message.first.time, width);
+      const double end = Column(message.last.time, width);
+      const auto first = static_cast<std::size_t>(begin);
+      const auto last = static_cast<std::size_t>(end);
+      for (std::size_t k = first; k <= last; ++k) {
+        const double from = std::max(begin, static_cast<double>(k));
+        const double to = std::min(end, static_cast<double>(k + 1));
+        const double share = first == last ? 1 : (to - from) / (end - begin);
+        bytes[k] += static_cast<double>(message.bytes) * share;
+      }
+    }
+    const double most = *std::ranges::max_element(bytes);
+    std::string rates;
+    for (const double one : bytes) {
+      rates += kSteps[static_cast<std::size_t>(
+          most > 0 ? std::ceil(one / most * (kSteps.size() - 1)) : 0)];
+    }
+    return {rates, most / width * 1e6};
+  }
+
+  double Column(Nanoseconds time, double width) const {
+    const Microseconds since = timing_.Since(time) - times_.begin;
+    return std::clamp(static_cast<double>(since) / width, 0.0,
+                      kBarColumns - 0.001);
+  }
+
+  void AddParts() {
+    struct Row {
+      TimePart part;
+      TimeOwner owner;
+      Microseconds time;
+    };
+    std::vector<Row> rows;
+    for (std::size_t p = 0; p < kTimeParts; ++p) {
+      for (std::size_t o = 0; o < kTimeOwners; ++o) {
+        const auto part = static_cast<TimePart>(p);
+        const auto owner = static_cast<TimeOwner>(o);
+        const Microseconds time = times_.sums.Of(part, owner);
+        if (time != 0) rows.push_back({part, owner, time});
+      }
+    }
+    std::ranges::stable_sort(rows, std::greater(), &Row::time);
+    Microseconds rest = 0;
+    for (const Row& row : rows) {
+      if (row.time * kLeastShare < times_.Duration()) {
+        rest += row.time;
+        continue;
+      }
+      AddLine(std::string(1, PartLetter(row.part)) + "  " +
+              Padded(std::string(PartText(row.part)), 34) +
+              Padded(std::string(OwnerText(row.owner)), 10) +
+              RightOf(MicrosText(row.time), 14) + " s " +
+              RightOf(ShareText(row.time, times_.Duration()), 8));
+    }
+    if (rest != 0) AddSum("others, each less than 0.1 %", rest);
+    AddSum("all", times_.Duration());
+  }
+
+  void AddSum(const std::string& name, Microseconds time) {
+    AddLine("   " + Padded(name, 44) + RightOf(MicrosText(time), 14) + " s " +
+            RightOf(ShareText(time, times_.Duration()), 8));
+  }
+
+  void AddHeldBack() {
+    for (const std::uint32_t direction : {0u, 1u}) {
+      const HeldBack& held = times_.held_back[direction];
+      if (held.count == 0) continue;
+      AddLine("The " + SideText(direction) + " held back " +
+              CountText(held.count, "packet", "packets") + " for " +
+              MicrosText(held.sum) + " s in all, the first in frame " +
+              std::to_string(held.first_frame) + "; the acknowledgement was " +
+              (held.delayed == held.count
+                   ? "delayed each time"
+                   : "delayed " + CountText(held.delayed, "time", "times")) +
+              ".");
+    }
+  }
+
+  std::string SideText(std::uint32_t direction) const {
+    const bool requests = direction == times_.requestor;
+    std::string text = requests ? "requestor" : "acceptor";
+    return text + ToolkitOf(association_, direction) +
+           (ToolkitOf(association_, direction).empty() ? "" : ",");
+  }
+
+  void AddLatencies() {
+    std::map<std::pair<std::uint16_t, std::uint32_t>, Latencies> all;
+    for (std::uint32_t i = association_.first_message;
+         i < association_.end_message; ++i) {
+      const DialogueMessage& message = dialogue_.messages[i];
+      const auto& latency = timing_.messages[i].answered_after;
+      if (!message.IsRequest() || !latency) continue;
+      Latencies& one = all[{message.command_field, 1 - message.direction}];
+      one.values.push_back(*latency);
+      if (*latency <= one.worst) continue;
+      one.worst = *latency;
+      one.worst_message = i;
+    }
+    if (all.empty()) return;
+    AddLine(Padded("answered after, ms", 32) +
+            "  count       50 %       95 %       99 %      worst");
+    for (auto& [key, latencies] : all) AddLatency(key, latencies);
+  }
+
+  void AddLatency(const std::pair<std::uint16_t, std::uint32_t>& key,
+                  Latencies& latencies) {
+    std::ranges::sort(latencies.values);
+    std::string line =
+        Padded(CommandText(key.first) + ", by the " +
+                   (key.second == times_.requestor ? "requestor" : "acceptor"),
+               32) +
+        RightOf(NumberText(latencies.values.size()), 7);
+    for (const int percent : {50, 95, 99, 100}) {
+      line +=
+          RightOf(MillisecondsText(Percentile(latencies.values, percent)), 11);
+    }
+    const auto row = RowOf(connection_.messages,
+                           dialogue_.messages[latencies.worst_message].record);
+    if (row) line += "  message row " + std::to_string(*row + 1);
+    AddLine(line);
+  }
+
+  const Connection& connection_;
+  const Dialogue& dialogue_;
+  const ConnectionTiming& timing_;
+  const Association& association_;
+  const AssociationTiming& times_;
+  std::string text_;
+};
+
+void AddCount(std::uint64_t count, const char* what, std::string& text) {
+  if (count == 0) return;
+  text += ", " + NumberText(count) + " " + what;
+}
+
+std::string FlowText(const Connection& connection, std::uint32_t direction) {
+  const FlowFacts& flow = connection.transfer.flows[direction];
+  std::string text = (direction == 0 ? connection.first_endpoint
+                                     : connection.second_endpoint) +
+                     " sent " + BytesText(flow.sent_bytes);
+  if (const auto trip = flow.LeastTrip()) {
+    text += ", to it and back " + MillisecondsText(*trip) + " ms at least";
+  }
+  AddCount(flow.timed_out, "sent again by time-out", text);
+  AddCount(flow.fast, "sent again at once", text);
+  AddCount(flow.spurious, "sent again without need", text);
+  AddCount(flow.out_of_order, "out of order", text);
+  AddCount(connection.transport.sides[direction].duplicates,
+           "doubled by the capture", text);
+  AddCount(flow.keep_alives, "keep-alives", text);
+  AddCount(flow.zero_windows, "with zero window", text);
+  AddCount(flow.resets, "resets", text);
+  if (flow.window_limited >= 1'000'000) {
+    text += ", held up " + MillisecondsText(flow.window_limited) +
+            " ms by the other side's window";
+  }
+  return text + "\n";
+}
+
+std::string ConnectionText(std::size_t index, const Connection& connection) {
+  std::string text = "\nConnection " + std::to_string(index + 1) + "  " +
+                     connection.first_endpoint + " --> " +
+                     connection.second_endpoint + "\n";
+  for (const std::uint32_t direction : {0u, 1u}) {
+    text += "  " + FlowText(connection, direction);
+  }
+  return text;
+}
+
+std::string TitlesText(const Association& association) {
+  if (!association.request) return "(the request was not captured)";
+  return PrintableFromCodePage1252(association.request->calling_ae_title) +
+         " --> " +
+         PrintableFromCodePage1252(association.request->called_ae_title);
+}
+
+}  // namespace
+
+std::string TimeBar(const AssociationTiming& times, std::size_t columns) {
+  std::string bar(columns, ' ');
+  const auto count = static_cast<Microseconds>(columns);
+  auto span = times.spans.begin();
+  for (Microseconds i = 0; i < count && times.Duration() > 0; ++i) {
+    const Microseconds from = times.begin + times.Duration() * i / count;
+    const Microseconds to = times.begin + times.Duration() * (i + 1) / count;
+    std::array<Microseconds, kTimeParts> parts{};
+    while (span != times.spans.end() && span->end <= from) ++span;
+    for (auto one = span; one != times.spans.end() && one->begin < to; ++one) {
+      parts[static_cast<std::size_t>(one->part)] +=
+          std::min(one->end, to) - std::max(one->begin, from);
+    }
+    const auto most = std::ranges::max_element(parts);
+    if (*most == 0) continue;
+    bar[static_cast<std::size_t>(i)] =
+        PartLetter(static_cast<TimePart>(most - parts.begin()));
+  }
+  return bar;
+}
+
+void WriteTiming(const std::vector<Connection>& connections,
+                 std::optional<std::uint32_t> only, const Sink& sink) {
+  bool is_any = false;
+  for (std::size_t i = 0; i < connections.size(); ++i) {
+    const Connection& connection = connections[i];
+    const Dialogue* const dialogue = DialogueOf(connection);
+    if (dialogue == nullptr || (only && *only != i)) continue;
+    if (dialogue->associations.empty() && !only) continue;
+    is_any = true;
+    const ConnectionTiming timing = TimeConnection(connection);
+    sink(ConnectionText(i, connection));
+    for (const std::string& limit : timing.limits) {
+      sink("  note: " + limit + "\n");
+    }
+    for (std::uint32_t k = 0; k < timing.associations.size(); ++k) {
+      sink("  Association " + std::to_string(k + 1) + "  " +
+           TitlesText(dialogue->associations[k]) + ", " +
+           CountText(timing.associations[k].messages, "message", "messages") +
+           "\n" + AssociationText(connection, timing, k).Text());
+    }
+  }
+  if (!is_any) sink("There is no association.\n");
+}
+
+}  // namespace host

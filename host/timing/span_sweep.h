@@ -1,0 +1,85 @@
+#ifndef HOST_TIMING_SPAN_SWEEP_H_
+#define HOST_TIMING_SPAN_SWEEP_H_
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "host/timing/connection_timing.h"
+
+namespace host {
+
+// Parts the time of one association by what its PDUs and messages show, without
+// what TCP waited for: goes along the association once and says of each span
+// who was to do the next step.
+class SpanSweep {
+ public:
+  // All outlive it; `timing` has its `start` and `messages`. `association` is
+  // the index of one of `dialogue`.
+  SpanSweep(const Connection& connection, const Dialogue& dialogue,
+            const ConnectionTiming& timing, std::uint32_t association);
+
+  // `times` has its requestor, begin and end. The spans fill it without gaps.
+  std::vector<TimeSpan> Run(const AssociationTiming& times);
+
+  // When the first byte of a PDU was captured, and when all of it was there.
+  Microseconds BeginOf(std::uint32_t pdu) const;
+  Microseconds EndOf(std::uint32_t pdu) const;
+
+ private:
+  // The first byte of a message, or its last one.
+  struct Event {
+    Microseconds time = 0;
+    std::uint32_t message = 0;
+    bool is_end = false;
+  };
+
+  void Connect();
+  void Negotiate();
+  void Converse(Microseconds until);
+  void Release();
+  // When the association goes over into its end.
+  Microseconds EndOfTalk() const;
+  // The first FIN or RST behind all messages; none when there is none.
+  struct Closing {
+    Microseconds time = 0;
+    std::uint32_t direction = 0;
+  };
+  std::optional<Closing> FirstClosing() const;
+
+  std::vector<Event> Events() const;
+  void Take(const Event& event);
+  // The span up to the next event, by who has to do what.
+  void SpanUntil(Microseconds time, const Event* next);
+  // A side's turn: before it can have known of it there is the way to it.
+  void Turn(Microseconds until, TimePart part, std::uint32_t direction,
+            std::optional<std::uint32_t> message);
+  void Until(Microseconds time, TimePart part, TimeOwner owner,
+             std::optional<std::uint32_t> message = {});
+  TimeOwner OwnerOf(std::uint32_t direction) const;
+  Microseconds TripTo(std::uint32_t direction) const;
+
+  const Connection& connection_;
+  const Dialogue& dialogue_;
+  const ConnectionTiming& timing_;
+  const std::uint32_t index_;
+  const Association& association_;
+
+  std::uint32_t requestor_ = 0;
+  Microseconds end_ = 0;
+  Microseconds at_ = 0;
+  std::vector<TimeSpan> spans_;
+  std::set<std::uint32_t> under_way_;  // messages, begun and not ended
+  std::set<std::uint32_t> open_;       // requests, ended and not answered
+  std::set<std::uint32_t> answered_;   // before they ended
+  // A message that its sender left off.
+  std::optional<std::uint32_t> left_off_;
+  // Who has just ended a message, so that the other side has to get to know.
+  std::optional<std::uint32_t> spoke_;
+};
+
+}  // namespace host
+
+#endif  // HOST_TIMING_SPAN_SWEEP_H_

@@ -1,0 +1,240 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "host/dialogue/dialogue_reader.h"
+#include "host/streams/capture_loader.h"
+#include "host/timing/connection_timing.h"
+#include "tests/wire_builder.h"
+
+namespace host {
+namespace {
+
+using dicom::testing::ImplicitElement;
+using dicom::testing::Little16;
+
+constexpr Nanoseconds kMillisecond = 1'000'000;
+
+// Two peers, of which every packet has its time.
+class Play {
+ public:
+  // From the packet before to the next one, in milliseconds.
+  Play& After(int milliseconds) {
+    time_ += milliseconds * kMillisecond;
+    return *this;
+  }
+  Play& Send(std::uint32_t direction, const Bytes& payload,
+             std::uint8_t flags = kAck) {
+    return Add(
+        {direction, next_[direction], next_[1 - direction], flags, payload});
+  }
+  Play& Again(std::uint32_t direction, const Bytes& payload) {
+    next_[direction] -= payload.Length();
+    return Send(direction, payload);
+  }
+  Play& Acknowledge(std::uint32_t direction, std::uint16_t window = 8000) {
+    window_ = window;
+    return Send(direction, {});
+  }
+  // 1 ms to the acceptor and back.
+  Play& Associate() {
+    Send(0, {}, kSyn).After(1).Send(1, {}, kSyn | kAck).Send(0, {});
+    After(2).Send(0, AssociateRequest({}));
+    return After(3).Send(1, AssociateAccept({}));
+  }
+  Play& Release() {
+    After(5).Send(0, ReleaseRequest()).After(1).Send(1, ReleaseReply());
+    return After(2).Send(0, {}, kFin | kAck);
+  }
+  std::vector<Connection> Finish() {
+    connections_.Finish();
+    return connections_.Take();
+  }
+
+ private:
+  Play& Add(const Segment& segment) {
+    const Bytes tcp = segment.Tcp().Patched(14, Big16(window_));
+    window_ = 8000;
+    connections_.Add({++frame_, time_, PeerOf(segment.direction),
+                      PeerOf(1 - segment.direction), tcp, tcp.Length(),
+                      TcpHeader::Parse(tcp), connections_.store().Append(tcp)});
+    const bool counts = (segment.flags & (kSyn | kFin)) != 0;
+    next_[segment.direction] = std::max(
+        next_[segment.direction],
+        segment.sequence + segment.payload.Length() + (counts ? 1u : 0u));
+    return *this;
+  }
+
+  TcpConnections connections_{HandOver::kCleanStreams,
+                              std::make_shared<ByteStore>(), ReadDialogues()};
+  std::array<std::uint32_t, 2> next_{1000, 5000};
+  std::uint32_t frame_ = 0;
+  Nanoseconds time_ = 1'700'000'000'000 * kMillisecond;
+  std::uint16_t window_ = 8000;
+};
+
+Bytes Command(std::uint16_t field, std::uint16_t id, bool has_data) {
+  const auto number = [](std::uint16_t element, std::uint16_t value) {
+    return ImplicitElement(0, element, Little16(value));
+  };
+  return PData(dicom::testing::Pdv(
+      1, kLastCommand,
+      dicom::testing::CommandSet(
+          number(0x0100, field) + number(field < 0x8000 ? 0x0110 : 0x0120, id) +
+          number(0x0800, has_data ? 1 : 0x0101) +
+          (field < 0x8000 ? Bytes{} : number(0x0900, 0)))));
+}
+const Bytes kEcho = Command(0x0030, 1, false);
+const Bytes kEchoed = Command(0x8030, 1, false);
+const Bytes kStore = Command(0x0001, 2, true);
+const Bytes kStored = Command(0x8001, 2, false);
+Bytes Object(std::size_t bytes) { return PData(Pdv(kLastData, bytes)); }
+
+// "connecting network 1000" a span, times in microseconds.
+std::string Spans(const AssociationTiming& times) {
+  std::string text;
+  for (const TimeSpan& span : times.spans) {
+    text += std::string(PartSlug(span.part)) + " " +
+            std::string(OwnerText(span.owner)) + " " +
+            std::to_string(span.Length()) + "\n";
+  }
+  return text;
+}
+
+AssociationTiming TimesOf(Play& play) {
+  const auto connections = play.Finish();
+  return TimeConnection(connections.at(0)).associations.at(0);
+}
+
+// Every microsecond is in one span, and every sum is exact.
+void ExpectWhole(const Connection& connection) {
+  const ConnectionTiming timing = TimeConnection(connection);
+  Microseconds at = 0;
+  for (const AssociationTiming& times : timing.associations) {
+    ASSERT_EQ(times.begin, at);
+    Microseconds sum = 0;
+    for (const TimeSpan& span : times.spans) {
+      ASSERT_EQ(span.begin, at);
+      ASSERT_GT(span.end, at);
+      at = span.end;
+    }
+    for (std::size_t part = 0; part < kTimeParts; ++part) {
+      sum += times.sums.Of(static_cast<TimePart>(part));
+    }
+    ASSERT_EQ(at, times.end);
+    ASSERT_EQ(sum, times.Duration());
+  }
+  if (!timing.associations.empty()) {
+    ASSERT_EQ(at, timing.Since(connection.transfer.last));
+  }
+  const Dialogue* const dialogue = DialogueOf(connection);
+  for (std::size_t i = 0; i < timing.messages.size(); ++i) {
+    const MessageTiming& message = timing.messages[i];
+    ASSERT_GE(message.Duration(), 0);
+    ASSERT_GE(message.answered_after.value_or(0), 0);
+    ASSERT_GE(message.whole.value_or(0), 0);
+    ASSERT_LE(message.first.frame, message.last.frame);
+    ASSERT_GE(message.last.time, connection.transfer.first);
+    ASSERT_EQ(message.last.frame, dialogue->messages[i].last_frame);
+  }
+}
+
+TEST(TimingTest, EveryMicrosecondOfTheSamplesIsInOnePart) {
+  int associations = 0;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(SOURCE_DIR "/samples")) {
+    if (entry.path().extension() == ".md") continue;
+    SCOPED_TRACE(entry.path().string());
+    CaptureLoader loader(entry.path(), {.observe = ReadDialogues()});
+    loader.Read([] { return false; });
+    for (const Connection& connection : loader.connections().Take()) {
+      ExpectWhole(connection);
+      associations +=
+          static_cast<int>(TimeConnection(connection).associations.size());
+    }
+  }
+  EXPECT_GT(associations, 0);
+}
+
+TEST(TimingTest, SmallPacketsThatWaitForAnAcknowledgementAreTheirSenders) {
+  Play play;
+  play.Associate().After(10).Send(0, kEcho).After(20).Send(1, kEchoed);
+  play.After(30).Send(0, kStore).After(41).Acknowledge(1);
+  play.Send(0, Object(100)).After(21).Send(1, kStored).Release();
+  const AssociationTiming times = TimesOf(play);
+  EXPECT_EQ(Spans(times),
+            "connecting network 1000\n"
+            "negotiating requestor 2000\n"
+            "negotiating network 1000\n"  // the way there and back
+            "negotiating acceptor 2000\n"
+            "preparing requestor 10000\n"
+            "transferring network 1000\n"
+            "thinking acceptor 19000\n"
+            "preparing requestor 30000\n"
+            "held_back requestor 41000\n"
+            "transferring network 1000\n"
+            "thinking acceptor 20000\n"
+            "idle requestor 5000\n"
+            "releasing network 1000\n"
+            "releasing requestor 2000\n");
+  EXPECT_EQ(times.held_back[0].count, 1u);
+  EXPECT_EQ(times.held_back[0].delayed, 1u);
+
+  // At once, though nothing is acknowledged yet: nothing is held back.
+  Play no_delay;
+  no_delay.Associate().After(30).Send(0, kStore).Send(0, Object(100));
+  no_delay.After(41).Acknowledge(1).Send(0, kEcho).After(20).Send(1, kEchoed);
+  no_delay.Send(1, kStored).Release();
+  EXPECT_EQ(TimesOf(no_delay).sums.Of(TimePart::kHeldBack), 0);
+}
+
+TEST(TimingTest, WhatTcpWaitsForBelongsToItsCause) {
+  const Bytes object = Object(3000);
+  const Bytes parts[] = {object.First(1000), object.Part(1000, 1000),
+                         object.From(2000)};
+  Play play;
+  play.Associate().After(10).Send(0, kStore).Send(0, parts[0]);
+  play.After(2).Acknowledge(1, 0).After(700).Acknowledge(1);  // did not read
+  play.Send(0, parts[1]).After(200).Again(0, parts[1]);       // was lost
+  play.After(1).Acknowledge(1).After(50).Send(0, parts[2]);   // was not ready
+  play.After(21).Send(1, kStored).Release();
+  const auto connections = play.Finish();
+  EXPECT_EQ(Spans(TimeConnection(connections.at(0)).associations.at(0)),
+            "connecting network 1000\n"
+            "negotiating requestor 2000\n"
+            "negotiating network 1000\n"
+            "negotiating acceptor 2000\n"
+            "preparing requestor 10000\n"
+            "transferring network 2000\n"
+            "zero_window acceptor 700000\n"
+            "loss_recovery network 201000\n"
+            "preparing requestor 50000\n"
+            "transferring network 1000\n"
+            "thinking acceptor 20000\n"
+            "idle requestor 5000\n"
+            "releasing network 1000\n"
+            "releasing requestor 2000\n");
+  const FlowFacts& flow = connections[0].transfer.flows[0];
+  EXPECT_EQ(flow.timed_out, 1u);
+  EXPECT_EQ(connections[0].transfer.flows[1].zero_windows, 1u);
+}
+
+TEST(TimingTest, AClockThatGoesBackMakesNoNegativeTimes) {
+  Play play;
+  play.Associate().After(10).Send(0, kStore).After(-300).Send(0, Object(100));
+  play.After(20).Send(1, kStored).After(400).Release();
+  const auto connections = play.Finish();
+  ExpectWhole(connections.at(0));
+  const ConnectionTiming timing = TimeConnection(connections[0]);
+  // It has caught up 280 ms before the end: 400 + 5 + 1 + 2 - 280 remain.
+  EXPECT_EQ(timing.associations.at(0).Duration(), 16'000 + 128'000);
+  ASSERT_FALSE(timing.limits.empty());
+  EXPECT_EQ(timing.limits[0],
+            "The clock of the capture goes back by up to 0.300000 s: until it "
+            "has caught up, times count as not going on.");
+}
+
+}  // namespace
+}  // namespace host
