@@ -2,6 +2,7 @@
 
 #include "host/capdump/frame_json.h"
 #include "host/capdump/report.h"
+#include "host/capdump/timing_report.h"
 #include "host/dataset/registry.h"
 #include "host/dialogue/outcome.h"
 #include "host/text/json_object.h"
@@ -70,6 +71,8 @@ class JsonReport final : public Report {
     object.Number("pdus", reported.pdus);
     object.Number("messages", reported.messages);
     object.Texts("notes", reported.notes);
+    timing_ = TimeConnection(connection);
+    if (!timing_.associations.empty()) AddTiming(connection, object);
     sink_(std::move(object).Close() + "\n");
   }
 
@@ -139,7 +142,29 @@ class JsonReport final : public Report {
     object.Number("context", message.context);
     if (message.message_id) object.Number("message_id", *message.message_id);
     object.Text("sop_class", Utf8FromCodePage1252(message.sop_class));
+    AddTimes(timing_.messages[index], object);
     if (message.IsAnswer()) AddAnswer(*dialogue, message, object);
+  }
+
+  void AddTiming(const Connection& connection, JsonObject& object) const {
+    std::string list = "[";
+    for (std::uint32_t i = 0; i < timing_.associations.size(); ++i) {
+      list +=
+          (i == 0 ? "" : ",") + AssociationTimingJson(connection, timing_, i);
+    }
+    object.Value("timing", list + "]");
+  }
+
+  static void AddTimes(const MessageTiming& timing, JsonObject& object) {
+    if (timing.last.frame == 0) return;
+    object.Text("first_time", UtcTime(timing.first.time, 9));
+    object.Value("duration", Seconds(timing.Duration(), 9));
+    if (timing.answered_after) {
+      object.Value("answered_after", Seconds(*timing.answered_after, 9));
+    }
+    if (timing.whole) {
+      object.Value("until_last_answer", Seconds(*timing.whole, 9));
+    }
   }
 
   static void AddAnswer(const Dialogue& dialogue,
@@ -183,6 +208,7 @@ class JsonReport final : public Report {
 
   Sink sink_;
   const ReportedConnection* reported_ = nullptr;
+  ConnectionTiming timing_;  // of the same
   ListKind list_ = ListKind::kPdus;
 };
 

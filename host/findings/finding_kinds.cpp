@@ -206,6 +206,29 @@ constexpr FindingKind kKinds[] = {
     {"retransmissions", kWarning, kNetwork,
      "Packets are lost on the way: look at cables, duplex settings and "
      "overloaded links."},
+    // Whose time it was.
+    {"packets-held-back", kNote, kPeer,
+     "Set TCP_NODELAY at the side that holds back, or let it write a message "
+     "at once; the other side can only acknowledge sooner."},
+    {"association-per-object", kNote, kPeer,
+     "Let the requestor send all objects of a study in one association."},
+    {"window-too-small", kNote, kPeer,
+     "Raise the receive buffer of the side whose window it is, and let it "
+     "scale its window: it has to hold what is sent in a round trip."},
+    {"answers-slow-down", kNote, kPeer,
+     "Look at what the answering side does with each request: a search without "
+     "an index, a file or a table that grows."},
+    {"answers-slow", kNote, kPeer,
+     "Look at the load, the disks and the data base of the side that answers."},
+    {"requests-slow", kNote, kPeer,
+     "Look at what the requestor does between its requests: reading, "
+     "converting, a queue."},
+    {"transfer-slow", kNote, kNetwork,
+     "Compare the rate with what the link carries; --timing shows losses, "
+     "round trips and windows."},
+    {"association-slow", kNote, kPeer,
+     "Look at name servers, the load and the limits of that side: it is slow "
+     "before or behind the work."},
     // The capture itself.
     {"capture-file-damaged", kWarning, kCapture,
      "Copy the capture again, or capture again."},

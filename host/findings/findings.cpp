@@ -41,6 +41,7 @@ std::vector<Finding> FindAll(const Scene& scene) {
     for (const Rule rule : kRules) rule(scene, at, list);
     list.EndConnection();
   }
+  FindTimes(scene, list);
   return list.TakeSorted();
 }
 

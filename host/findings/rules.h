@@ -45,6 +45,8 @@ void FindMissingParts(const Scene&, const SceneConnection&, FindingList&);
 void FindOddPackets(const Scene&, const SceneConnection&, FindingList&);
 // Of the whole capture.
 void FindDamage(const Scene& scene, FindingList& list);
+// What cost time, and whose it was. rules_timing.cpp
+void FindTimes(const Scene& scene, FindingList& list);
 
 }  // namespace host
 

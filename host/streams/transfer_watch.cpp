@@ -163,12 +163,12 @@ void TransferWatch::NoteSameAcknowledgement(const Packet& packet) {
   Side& receiver = sides_[packet.side];
   const Side& sender = sides_[1 - packet.side];
   FlowFacts& flow = facts_.flows[packet.side];
-  if (sender.probed || !packet.window) return;
+  if (!packet.window) return;
   const std::uint32_t window = std::uint32_t{*packet.window}
                                << WindowShift(packet.side).value_or(0);
   if (receiver.window && window != *receiver.window) {
     if (window != 0) ++flow.window_updates;
-  } else if (window != 0 && packet.begin == receiver.next) {
+  } else if (window != 0 && !sender.probed && packet.begin == receiver.next) {
     ++flow.repeated_acknowledgements;
     ++receiver.repeats;
   }
