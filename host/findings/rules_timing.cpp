@@ -173,7 +173,7 @@ class PairReport {
       Latencies sorted = latencies;
       std::ranges::sort(sorted);
       commands += (commands.empty() ? ": " : "; ") + CommandText(key.first) +
-                  " " + NumberText(sorted.size()) + " times, " +
+                  " " + CountText(sorted.size(), "time, ", "times, ") +
                   DurationText(Percentile(sorted, 50)) + " at the median, " +
                   DurationText(sorted.back()) + " at most";
     }

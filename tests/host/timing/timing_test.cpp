@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "host/dialogue/dialogue_reader.h"
+#include "host/findings/findings.h"
 #include "host/streams/capture_loader.h"
 #include "host/timing/connection_timing.h"
 #include "tests/wire_builder.h"
@@ -219,6 +221,71 @@ TEST(TimingTest, WhatTcpWaitsForBelongsToItsCause) {
   const FlowFacts& flow = connections[0].transfer.flows[0];
   EXPECT_EQ(flow.timed_out, 1u);
   EXPECT_EQ(connections[0].transfer.flows[1].zero_windows, 1u);
+}
+
+// What cost the time, and a part of how it is said.
+struct CostCase {
+  const char* slug;
+  const char* sentence;
+  std::function<void(Play&)> talk;
+};
+const CostCase kCosts[] = {
+    {"packets-held-back", "10 stalls of 41 ms: the requestor CALLING",
+     [](Play& play) {
+       for (int i = 0; i < 10; ++i) {
+         play.After(1).Send(0, kStore).After(41).Acknowledge(1);
+         play.Send(0, Object(100)).After(1).Send(1, kStored);
+       }
+     }},
+    // The same with TCP_NODELAY.
+    {nullptr, "",
+     [](Play& play) {
+       for (int i = 0; i < 10; ++i) {
+         play.After(1).Send(0, kStore).Send(0, Object(100));
+         play.After(1).Send(1, kStored).After(41).Acknowledge(0);
+       }
+     }},
+    {"answers-slow-down", "the first quarter took 40 ms, the last one 220 ms",
+     [](Play& play) {
+       for (int i = 1; i <= 12; ++i) {
+         play.After(1).Send(0, kEcho).After(20 * i).Send(1, kEchoed);
+       }
+     }},
+    {"answers-slow", "CALLED (192.0.2.2:104) took 2 s of 2.01 s to answer",
+     [](Play& play) {
+       play.After(1).Send(0, kEcho).After(2000).Send(1, kEchoed);
+     }},
+    {"requests-slow", "CALLING (192.0.2.1:41000) took 2 s of 2.01 s",
+     [](Play& play) {
+       play.After(2000).Send(0, kEcho).After(1).Send(1, kEchoed);
+     }},
+};
+
+// The conversations are poor in all but their times.
+std::vector<Finding> FoundOfTime(const Connection& connection) {
+  std::vector<Finding> findings = FindAll(Scene({&connection}, {}));
+  std::erase_if(findings, [](const Finding& finding) {
+    return finding.kind < &KindOf("packets-held-back") ||
+           finding.kind > &KindOf("association-slow");
+  });
+  return findings;
+}
+
+TEST(TimingTest, EachCauseOfLostTimeIsNamedFirst) {
+  for (const CostCase& c : kCosts) {
+    SCOPED_TRACE(c.slug == nullptr ? "healthy" : c.slug);
+    Play play;
+    play.Associate();
+    c.talk(play);
+    play.Release();
+    const auto connections = play.Finish();
+    const auto findings = FoundOfTime(connections.at(0));
+    ASSERT_EQ(findings.empty(), c.slug == nullptr);
+    if (findings.empty()) continue;
+    EXPECT_EQ(findings[0].kind->slug, c.slug);
+    EXPECT_NE(findings[0].sentence.find(c.sentence), std::string::npos)
+        << findings[0].sentence;
+  }
 }
 
 TEST(TimingTest, AClockThatGoesBackMakesNoNegativeTimes) {
