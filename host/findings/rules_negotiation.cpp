@@ -5,6 +5,7 @@
 
 #include "host/dialogue/outcome.h"
 #include "host/findings/rules.h"
+#include "host/streams/pdu_header.h"
 #include "host/text/number_text.h"
 
 namespace host {
@@ -219,6 +220,26 @@ void FindRefusedContexts(const Scene& scene, const SceneConnection& at,
 
 namespace {
 
+// What so short PDUs cost where many were sent to this side, else nothing.
+std::string CostOfShortPdus(const Dialogue& dialogue,
+                            const Association& association,
+                            std::uint32_t direction) {
+  constexpr std::uint64_t kMany = 100;
+  constexpr std::uint64_t kHeaders = kPduHeaderBytes + kPdvHeaderBytes;
+  std::uint64_t count = 0, bytes = 0;
+  for (std::uint32_t i = association.first_pdu; i < association.end_pdu; ++i) {
+    const DialoguePdu& pdu = dialogue.pdus[i];
+    if (pdu.type != kPDataTf || pdu.direction == direction) continue;
+    ++count;
+    bytes += kPduHeaderBytes + pdu.length;
+  }
+  if (count < kMany) return {};
+  return ": " + NumberText(count) + " PDUs were sent to it, and " +
+         NumberText(
+             std::min(count * kHeaders * 100 / bytes, std::uint64_t{100})) +
+         " % of their bytes are headers";
+}
+
 void NoteMaximumLength(const SceneConnection& at,
                        const Association& association,
                        const AssociationSide& side, FindingList& list) {
@@ -229,7 +250,11 @@ void NoteMaximumLength(const SceneConnection& at,
       list.Add(most == 0 ? "maximum-length-unlimited" : "maximum-length-tiny",
                "The " + PeerText(at, side.place.direction, &association) +
                    " announced a maximum PDU length of " + NumberText(most) +
-                   (most == 0 ? ", that is, no limit." : " bytes only."));
+                   (most == 0 ? ", that is, no limit."
+                              : " bytes only" +
+                                    CostOfShortPdus(*at.dialogue, association,
+                                                    side.place.direction) +
+                                    "."));
   SetPlace(side.place, found);
   found.likeness = std::to_string(most) + "\n" + at.Address(1 - at.client);
 }
