@@ -36,12 +36,16 @@ std::string MicrosText(Microseconds time) { return Seconds(time * 1000, 6); }
 // "64.0 %", rounded.
 std::string ShareText(Microseconds part, Microseconds whole) {
   if (whole <= 0) return "-";
+  constexpr Microseconds kLong = 1'000'000'000'000'000;
+  if (whole > kLong) return ShareText(part / 1000, whole / 1000);
   const Microseconds tenths = (part * 1000 + whole / 2) / whole;
   return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " %";
 }
 
 std::string MillisecondsText(Nanoseconds time) {
-  return Seconds(time * 1000, 3);
+  const std::string micros = std::to_string(time / 1000 % 1000);
+  return std::to_string(time / 1'000'000) + "." +
+         std::string(3 - micros.size(), '0') + micros;
 }
 
 std::string RateText(double bytes_a_second) {

@@ -7,8 +7,6 @@ namespace host {
 void RoundTrips::Add(Nanoseconds time) {
   ++count;
   least = std::min(least, time);
-  most = std::max(most, time);
-  sum += time;
 }
 
 std::optional<Nanoseconds> FlowFacts::LeastTrip() const {

@@ -20,8 +20,6 @@ namespace host {
 struct RoundTrips {
   std::uint64_t count = 0;
   Nanoseconds least = std::numeric_limits<Nanoseconds>::max();
-  Nanoseconds most = 0;
-  Nanoseconds sum = 0;
 
   void Add(Nanoseconds time);
 };
@@ -77,7 +75,8 @@ enum class WaitKind : std::uint8_t {
   kHeldBack,
   kZeroWindow,    // `side` took no data
   kLossRecovery,  // data of `side` was lost: until the other side had it
-  // All that `side` had sent was acknowledged, and then it sent more.
+  // All that `side` had sent was acknowledged, the other side sent no data,
+  // and then it sent more.
   kQuiet,
 };
 
@@ -85,9 +84,10 @@ enum class WaitKind : std::uint8_t {
 struct Wait {
   Nanoseconds begin = 0;
   Nanoseconds end = 0;
-  // Of kHeldBack: when the acknowledgement came, between both.
-  std::uint32_t acknowledged_after = 0;  // microseconds since `begin`
-  std::uint32_t frame = 0;               // with which it ended
+  std::uint32_t frame = 0;  // with which it ended
+  // Of kHeldBack: when the acknowledgement came, in milliseconds since `begin`;
+  // the largest number stands for all beyond.
+  std::uint16_t acknowledged_after = 0;
   WaitKind kind = WaitKind::kQuiet;
   std::uint8_t side = 0;  // a direction of the connection
 };

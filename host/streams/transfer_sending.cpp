@@ -18,6 +18,8 @@ constexpr Nanoseconds kAtOnce = 4 * kMillisecond;
 // Shorter waits are what programs take for their work.
 constexpr Nanoseconds kLeastHeldBack = 5 * kMillisecond;
 constexpr Nanoseconds kLeastQuiet = kMillisecond;
+// No way on earth takes longer.
+constexpr Nanoseconds kLongestTrip = 60'000 * kMillisecond;
 constexpr std::uint32_t kRepeatsUntilFast = 2;
 
 }  // namespace
@@ -107,6 +109,7 @@ void TransferWatch::NoteNew(const Packet& packet) {
   NoteSize(packet);
   TakeSample(packet);
   side.release.reset();
+  newest_sender_ = packet.side;
   const auto& window = sides_[1 - packet.side].window;
   if (!window || *window == 0 || !WindowShift(1 - packet.side)) return;
   const std::uint32_t in_flight =
@@ -120,7 +123,8 @@ void TransferWatch::NoteNew(const Packet& packet) {
 void TransferWatch::NoteWaitBefore(const Packet& packet) {
   Side& side = sides_[packet.side];
   FlowFacts& flow = facts_.flows[packet.side];
-  const Nanoseconds trip = flow.LeastTrip().value_or(kMillisecond);
+  const Nanoseconds trip =
+      std::min(flow.LeastTrip().value_or(kMillisecond), kLongestTrip);
   const Nanoseconds at_once = trip + trip / 4 + kAtOnce;
   if (side.limited_since && side.limited_until &&
       packet.time - *side.limited_until <= at_once) {
@@ -137,9 +141,9 @@ void TransferWatch::NoteWaitBefore(const Packet& packet) {
             side.release->acknowledged);
     return;
   }
-  const Nanoseconds begin = side.advanced + trip;
-  if (packet.time - begin < kLeastQuiet || flow.sent_bytes == 0) return;
-  AddWait(WaitKind::kQuiet, packet.side, begin, packet);
+  const Nanoseconds quiet = packet.time - side.advanced - trip;
+  if (quiet < kLeastQuiet || newest_sender_ != packet.side) return;
+  AddWait(WaitKind::kQuiet, packet.side, packet.time - quiet, packet);
 }
 
 void TransferWatch::NoteSize(const Packet& packet) {

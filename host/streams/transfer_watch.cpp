@@ -9,6 +9,7 @@
 namespace host {
 namespace {
 
+constexpr Nanoseconds kMillisecond = 1'000'000;
 constexpr std::uint32_t kTimestampBytes = 12;  // in the header of each packet
 constexpr std::uint8_t kMostShift = 14;
 constexpr std::size_t kWindowAt = 14;  // in a TCP header
@@ -239,8 +240,8 @@ void TransferWatch::AddWait(WaitKind kind, std::uint32_t side,
   wait.kind = kind;
   wait.side = static_cast<std::uint8_t>(side);
   if (acknowledged != 0) {
-    wait.acknowledged_after = static_cast<std::uint32_t>(
-        std::min<Nanoseconds>((acknowledged - begin) / 1000, UINT32_MAX));
+    wait.acknowledged_after = static_cast<std::uint16_t>(std::min<Nanoseconds>(
+        (acknowledged - begin) / kMillisecond, UINT16_MAX));
   }
   facts_.waits.push_back(wait);
 }

@@ -127,7 +127,8 @@ class TransferWatch {
   std::array<Side, 2> sides_;
   bool begun_ = false;
   std::uint32_t newest_frame_ = 0;
-  std::optional<std::uint32_t> client_;  // whose SYN was seen
+  std::optional<std::uint32_t> client_;         // whose SYN was seen
+  std::optional<std::uint32_t> newest_sender_;  // of data
 };
 
 }  // namespace host

@@ -11,7 +11,8 @@ namespace {
 
 // An acknowledgement that comes later than a round trip by this much was
 // delayed by its sender; systems delay by 40 ms and more.
-constexpr Microseconds kDelayed = 20'000;
+constexpr Nanoseconds kMillisecond = 1'000'000;
+constexpr Nanoseconds kDelayed = 20;  // in milliseconds
 // Who sends small packets without waiting so often, compared with what looks
 // held back, waits for something else.
 constexpr std::uint32_t kNotHeldShare = 4;
@@ -63,7 +64,7 @@ class TimingMaker {
                            WaitKind kind) {
         if (!since) return;
         waits_.push_back(
-            {*since, transfer.last, 0, transfer.last_frame, kind, side});
+            {*since, transfer.last, transfer.last_frame, 0, kind, side});
       };
       add(flow.closed_since, WaitKind::kZeroWindow);
       add(flow.recovering_since, WaitKind::kLossRecovery);
@@ -185,7 +186,9 @@ class TimingMaker {
       held.longest = std::max(held.longest, length);
       const Nanoseconds trip =
           connection_.transfer.flows[1 - wait.side].LeastTrip().value_or(0);
-      if (wait.acknowledged_after >= trip / 1000 + kDelayed) ++held.delayed;
+      if (wait.acknowledged_after >= trip / kMillisecond + kDelayed) {
+        ++held.delayed;
+      }
     }
   }
 

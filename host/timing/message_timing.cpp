@@ -98,11 +98,8 @@ std::vector<MessageTiming> TimeMessages(const Connection& connection,
     before = std::max(before, timing.last.time);
     request.whole = before - request.first.time;
   }
-  for (std::size_t i = 0; i < timings.size(); ++i) {
-    const auto& parent = dialogue.messages[i].parent;
-    if (!parent) continue;
-    ++timings[*parent].sub_operations;
-    timings[*parent].sub_operation_time += timings[i].whole.value_or(0);
+  for (const DialogueMessage& message : dialogue.messages) {
+    if (message.parent) ++timings[*message.parent].sub_operations;
   }
   return timings;
 }

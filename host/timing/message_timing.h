@@ -25,8 +25,7 @@ struct MessageTiming {
   std::optional<Nanoseconds> answered_after;
   // Of a request: from its first byte to the last byte of its last answer.
   std::optional<Nanoseconds> whole;
-  std::uint32_t sub_operations = 0;    // C-STOREs of this C-GET
-  Nanoseconds sub_operation_time = 0;  // the sum of their `whole`
+  std::uint32_t sub_operations = 0;  // C-STOREs of this C-GET
 
   Nanoseconds Duration() const { return last.time - first.time; }
   // Bytes a second; empty where there is no duration to divide by.
