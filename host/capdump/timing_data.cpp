@@ -32,8 +32,8 @@ std::string RateText(const MessageTiming& timing) {
   return rate ? std::to_string(std::llround(*rate)) : std::string();
 }
 
-std::string FrameText(std::uint32_t frame) {
-  return frame == 0 ? std::string() : std::to_string(frame);
+std::string FrameText(const Connection& connection, std::uint32_t frame) {
+  return frame == 0 ? std::string() : connection.names().Text(frame);
 }
 
 constexpr std::string_view kCsvHead =
@@ -81,8 +81,8 @@ class CsvLines {
     add(Utf8FromCodePage1252(message.sop_class));
     add(message.status ? HexText(*message.status) : "");
     add(std::to_string(timing.bytes));
-    add(FrameText(timing.first.frame));
-    add(FrameText(timing.last.frame));
+    add(FrameText(connection_, timing.first.frame));
+    add(FrameText(connection_, timing.last.frame));
     add(timing.first.frame != 0 ? UtcTime(timing.first.time, 9) : "");
     add(timing.last.frame != 0 ? UtcTime(timing.last.time, 9) : "");
     add(Seconds(timing.Duration(), 9));

@@ -174,7 +174,8 @@ class AssociationText {
       AddLine("The " + SideText(direction) + " held back " +
               CountText(held.count, "packet", "packets") + " for " +
               MicrosText(held.sum) + " s in all, the first in frame " +
-              std::to_string(held.first_frame) + "; the acknowledgement was " +
+              connection_.names().Text(held.first_frame) +
+              "; the acknowledgement was " +
               (held.delayed == held.count
                    ? "delayed each time"
                    : "delayed " + CountText(held.delayed, "time", "times")) +
