@@ -79,19 +79,24 @@ std::string RejectSentence(const SceneConnection& at,
   const std::string_view slug = SlugOf(reject);
   std::string why;
   if (association.request && slug == "reject-called-ae-unknown") {
-    why = ": it does not know the called AE title " +
-          PrintableFromCodePage1252(association.request->called_ae_title);
+    why = ": it does not know the called AE title \"" +
+          PrintableFromCodePage1252(association.request->called_ae_title) +
+          "\"";
   } else if (association.request && slug == "reject-calling-ae-unknown") {
-    why = ": it does not know the calling AE title " +
-          PrintableFromCodePage1252(association.request->calling_ae_title);
+    why = ": it does not know the calling AE title \"" +
+          PrintableFromCodePage1252(association.request->calling_ae_title) +
+          "\"";
   } else if (slug == "reject-no-reason") {
     why = " without giving a reason";
   } else {
     why = ": " + RejectReasonText(reject.source, reject.reason);
   }
   const std::uint32_t acceptor = reject.place.direction;
-  return "The " + PeerText(at, acceptor, &association) +
-         " rejected the association of the " +
+  // Who does not know a title does not have it.
+  const std::string rejecter = slug == "reject-called-ae-unknown"
+                                   ? "acceptor " + at.Address(acceptor)
+                                   : PeerText(at, acceptor, &association);
+  return "The " + rejecter + " rejected the association of the " +
          PeerText(at, 1 - acceptor, &association) + why + " (" +
          RejectResultText(reject.result) + ", by " +
          RejectSourceText(reject.source) + ", reason " +

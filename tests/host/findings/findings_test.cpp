@@ -135,7 +135,7 @@ const Case kCases[] = {
        t.SendRaw(0, Text("GET / HTTP/1.1\r\nHost: pacs\r\n\r\n"));
        t.End(1, kFin);
      }},
-    {"reject-called-ae-unknown", "the called AE title CALLED",
+    {"reject-called-ae-unknown", "the called AE title \"CALLED\"",
      [](Talk& t) {
        t.Begin();
        t.Send(1, Rejection(1, 7));
