@@ -132,6 +132,9 @@ ExitCode DumpCapture(const Options& options) {
                      .part = options.part,
                      .observe = ReadDialogues()});
   const std::vector<Connection> connections = ReadConnections(loader);
+  if (options.connection) {
+    RequireConnection(*options.connection, loader.connections().whole_size());
+  }
   const Overview overview(connections, {.damage = loader.Damage()});
   if (!options.export_folder.empty() || DataOutput::IsWanted(options)) {
     ShowData(options, connections);
@@ -140,16 +143,13 @@ ExitCode DumpCapture(const Options& options) {
   } else if (options.timing || options.csv) {
     ShowTiming(options, connections);
   } else {
-    if (options.connection) {
-      RequireConnection(*options.connection, loader.connections().whole_size());
-    }
     ShowRest(options, NameOf(options, inputs, loader.names()), connections,
              overview);
   }
   for (const std::string& failure : inputs.failures) Complain(failure);
   for (const std::string& note : loader.Notes()) Complain(note);
   if (!inputs.failures.empty() || !loader.Damage().empty()) return kUnreadable;
-  return options.check && overview.HasFault() ? kFaultFound : kSuccess;
+  return options.check && overview.HasFault(options) ? kFaultFound : kSuccess;
 }
 
 ExitCode Run(const std::vector<std::string>& arguments) {

@@ -32,14 +32,16 @@ std::optional<std::size_t> RowOf(const std::vector<WireRecord>& records,
 struct FindingsShown {
   std::size_t most = 10;
   bool evidence = false;
+  std::optional<std::size_t> connection;  // the only one that is told of
 };
 void WriteFindings(const Scene& scene, const std::vector<Finding>& findings,
                    const FindingsShown& shown, const Sink& sink);
 
-// The story of each connection that concerns DICOM and is wanted; stories of
-// one shape are told once.
+// The story of each connection that is wanted, those that something was found
+// in before others, should they be too many; stories of one shape are told
+// once.
 void WriteStories(const Scene& scene, const IsWantedConnection& is_wanted,
-                  const Sink& sink);
+                  const std::vector<Finding>& findings, const Sink& sink);
 
 // One object a finding, a line each.
 void WriteFindingsJson(const Scene& scene, const std::vector<Finding>& findings,

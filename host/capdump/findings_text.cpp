@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "host/capdump/findings_report.h"
@@ -108,10 +109,13 @@ std::string CountsText(const std::vector<Finding>& findings) {
 }
 
 // What was looked at, for a capture in which nothing is wrong.
-std::string AllWellText(const Scene& scene) {
+std::string AllWellText(const Scene& scene,
+                        std::optional<std::size_t> connection) {
   std::size_t associations = 0, messages = 0;
   for (const SceneConnection& at : scene.connections()) {
-    if (at.dialogue == nullptr) continue;
+    if (at.dialogue == nullptr || at.index != connection.value_or(at.index)) {
+      continue;
+    }
     associations += at.dialogue->associations.size();
     messages += at.dialogue->messages.size();
   }
@@ -153,6 +157,43 @@ struct StoryGroup {
   Story story;
   std::size_t others = 0;
 };
+
+// Takes the first stories, and tells equal ones once.
+class StoryChoice {
+ public:
+  void Add(const SceneConnection& at) {
+    Story story = StoryOf(at, kMostSteps);
+    const auto known = by_shape_.find(story.shape);
+    if (known != by_shape_.end()) {
+      ++groups_[known->second].others;
+    } else if (groups_.size() < kMostStories) {
+      by_shape_.emplace(story.shape, groups_.size());
+      groups_.push_back({at.index, std::move(story), 0});
+    } else {
+      ++left_out_;
+    }
+  }
+  // In the order of the capture, and how many connections are not told.
+  std::pair<std::vector<StoryGroup>, std::size_t> Take() {
+    std::ranges::sort(groups_, {}, &StoryGroup::first);
+    return {std::move(groups_), left_out_};
+  }
+
+ private:
+  std::vector<StoryGroup> groups_;
+  std::map<std::string, std::size_t> by_shape_;
+  std::size_t left_out_ = 0;
+};
+
+// Where something is wrong.
+std::set<std::size_t> ConnectionsOf(const std::vector<Finding>& findings) {
+  std::set<std::size_t> connections;
+  for (const Finding& finding : findings) {
+    if (finding.severity == Severity::kNote) continue;
+    connections.insert(finding.connections.begin(), finding.connections.end());
+  }
+  return connections;
+}
 
 void AppendStory(const Scene& scene, const StoryGroup& group,
                  std::string& text) {
@@ -197,7 +238,7 @@ void WriteFindings(const Scene& scene, const std::vector<Finding>& findings,
       });
   std::string text;
   if (all_well) {
-    text += AllWellText(scene);
+    text += AllWellText(scene, shown.connection);
   } else {
     text += CountsText(findings) + ":\n";
   }
@@ -213,24 +254,17 @@ void WriteFindings(const Scene& scene, const std::vector<Finding>& findings,
 }
 
 void WriteStories(const Scene& scene, const IsWantedConnection& is_wanted,
-                  const Sink& sink) {
-  std::vector<StoryGroup> groups;
-  std::map<std::string, std::size_t> by_shape;
-  std::size_t left_out = 0;
-  for (const SceneConnection& at : scene.connections()) {
-    if (!is_wanted(at)) continue;
-    Story story = StoryOf(at, kMostSteps);
-    const auto [known, is_new] =
-        by_shape.try_emplace(story.shape, groups.size());
-    if (!is_new) {
-      if (known->second < groups.size()) ++groups[known->second].others;
-    } else if (groups.size() < kMostStories) {
-      groups.push_back({at.index, std::move(story), 0});
-    } else {
-      by_shape.erase(known);
-      ++left_out;
+                  const std::vector<Finding>& findings, const Sink& sink) {
+  StoryChoice choice;
+  const std::set<std::size_t> named = ConnectionsOf(findings);
+  for (const bool has_finding : {true, false}) {
+    for (const SceneConnection& at : scene.connections()) {
+      if (named.contains(at.index) == has_finding && is_wanted(at)) {
+        choice.Add(at);
+      }
     }
   }
+  const auto [groups, left_out] = choice.Take();
   for (const StoryGroup& group : groups) {
     std::string text;
     AppendStory(scene, group, text);

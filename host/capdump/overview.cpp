@@ -28,8 +28,8 @@ Overview::Overview(const std::vector<Connection>& connections,
     : scene_(Pointers(connections), std::move(condition)),
       findings_(FindAll(scene_)) {}
 
-bool Overview::HasFault() const {
-  return std::ranges::any_of(findings_, [](const Finding& finding) {
+bool Overview::HasFault(const Options& options) const {
+  return std::ranges::any_of(Wanted(options), [](const Finding& finding) {
     return finding.severity == Severity::kFault;
   });
 }
@@ -59,9 +59,15 @@ void Overview::Show(const Options& options, const std::string& name,
        CountText(connections.size(), "TCP connection", "TCP connections") +
        ", " + NumberText(with_dicom) + " with DICOM\n\n");
   FindingsShown shown;
-  if (options.findings) shown = {std::numeric_limits<std::size_t>::max(), true};
+  if (options.findings) {
+    shown.most = std::numeric_limits<std::size_t>::max();
+    shown.evidence = true;
+  }
+  shown.connection = options.connection;
   WriteFindings(scene_, Wanted(options), shown, sink);
-  if (!options.findings) WriteStories(scene_, is_told, sink);
+  if (!options.findings) {
+    WriteStories(scene_, is_told, Wanted(options), sink);
+  }
 }
 
 void Overview::ShowJson(const Options& options, const Sink& sink) const {

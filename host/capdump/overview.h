@@ -18,7 +18,8 @@ class Overview {
   Overview(const std::vector<Connection>& connections,
            CaptureCondition condition);
 
-  bool HasFault() const;
+  // Among what Show() shows.
+  bool HasFault(const Options& options) const;
   // The findings, and unless only they are asked for, the stories. `name` is
   // that of the capture.
   void Show(const Options& options, const std::string& name,

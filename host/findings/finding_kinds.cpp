@@ -162,6 +162,15 @@ constexpr FindingKind kKinds[] = {
      "Context IDs are odd: report it to the sender's maker."},
     {"context-id-doubled", kWarning, kPeer,
      "Each context has an ID of its own: report it to the requestor's maker."},
+    {"sop-class-not-of-context", kWarning, kPeer,
+     "The sender uses a context of another class: report it to its maker; "
+     "some receivers refuse it."},
+    {"message-id-in-use", kWarning, kPeer,
+     "Answers cannot be told apart: report it to the sender's maker."},
+    {"protocol-version-bad", kWarning, kPeer,
+     "The version has to be 1: report it to the sender's maker."},
+    {"application-context-bad", kWarning, kPeer,
+     "The name has to be DICOM's own: report it to the requestor's maker."},
     {"window-exceeded", kWarning, kPeer,
      "Limit the sender's open operations, or negotiate a larger window."},
     // What became of requests.

@@ -26,6 +26,7 @@ void Merge(Finding&& more, Finding& known) {
 void FindingList::BeginConnection(std::size_t index) {
   connection_ = index;
   no_cause_until_ = 0;
+  no_cause_of_ending_until_ = {};
 }
 
 Finding& FindingList::Add(std::string_view slug, std::string sentence) {
@@ -39,11 +40,22 @@ Finding& FindingList::Add(std::string_view slug, std::string sentence) {
   return current_.back();
 }
 
-Finding* FindingList::Cause() {
-  while (no_cause_until_ < current_.size()) {
-    Finding& finding = current_[no_cause_until_];
-    if (IsCause(finding)) return &finding;
+bool FindingList::HasCause() {
+  while (no_cause_until_ < current_.size() &&
+         !IsCause(current_[no_cause_until_])) {
     ++no_cause_until_;
+  }
+  return no_cause_until_ < current_.size();
+}
+
+Finding* FindingList::CauseOfEnding(bool left_open) {
+  std::size_t& at = no_cause_of_ending_until_[left_open ? 1 : 0];
+  for (; at < current_.size(); ++at) {
+    Finding& finding = current_[at];
+    if (IsCause(finding) && finding.severity == Severity::kFault &&
+        !(left_open && finding.kind->slug.starts_with("status-"))) {
+      return &finding;
+    }
   }
   return nullptr;
 }

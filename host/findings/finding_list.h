@@ -1,6 +1,7 @@
 #ifndef HOST_FINDINGS_FINDING_LIST_H_
 #define HOST_FINDINGS_FINDING_LIST_H_
 
+#include <array>
 #include <cstddef>
 #include <map>
 #include <string>
@@ -24,9 +25,11 @@ class FindingList {
   Finding& Add(std::string_view slug, std::string sentence);
   // Whether this connection has a fault or warning among the findings so far:
   // what comes later in it is probably its consequence.
-  bool HasCause() { return Cause() != nullptr; }
-  // The first of those, to which a consequence can be added; null without one.
-  Finding* Cause();
+  bool HasCause();
+  // The first fault of this connection that explains how it ended, to which the
+  // ending can be added as its consequence; null without one. A refused request
+  // does not explain why another one was `left_open`.
+  Finding* CauseOfEnding(bool left_open);
   // This connection is done with: its findings become part of the whole.
   void EndConnection();
 
@@ -35,7 +38,10 @@ class FindingList {
  private:
   std::vector<Finding> current_;  // of the connection that is looked at
   std::size_t connection_ = 0;
-  std::size_t no_cause_until_ = 0;  // none of current_ before it is a cause
+  // None of current_ before these is a cause, or one of an ending without and
+  // with an open request.
+  std::size_t no_cause_until_ = 0;
+  std::array<std::size_t, 2> no_cause_of_ending_until_{};
   std::vector<Finding> folded_;
   std::map<std::pair<std::string_view, std::string>, std::size_t> by_likeness_;
 };

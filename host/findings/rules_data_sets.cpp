@@ -1,5 +1,4 @@
 #include <memory>
-#include <set>
 #include <utility>
 
 #include "host/dataset/data_set_reader.h"
@@ -13,7 +12,7 @@ namespace {
 // Of one data set: far more elements than lie before the pixels of an image.
 constexpr int kEventsLookedAt = 2000;
 // Of one connection that are read without another reason than to look.
-constexpr int kLookedAtWithoutReason = 16;
+constexpr int kLookedAtWithoutReason = 64;
 
 // "implicit VR little endian, but explicit VR little endian was agreed"; empty
 // when nothing is wrong.
@@ -68,17 +67,13 @@ void FindBrokenDataSets(const Scene&, const SceneConnection& at,
                         FindingList& list) {
   if (at.dialogue == nullptr) return;
   const Dialogue& dialogue = *at.dialogue;
-  std::set<std::pair<std::uint32_t, std::uint32_t>> looked_at;
   int without_reason = 0;
   for (const DialogueMessage& message : dialogue.messages) {
     if (!message.data_set_complete || message.data_bytes == 0) continue;
-    const std::uint32_t context =
-        message.context + (message.IsAnswer() ? 256u : 0u);
-    const bool is_first =
-        without_reason < kLookedAtWithoutReason &&
-        looked_at.emplace(message.association, context).second;
-    if (!is_first && !IsSuspect(dialogue, message)) continue;
-    if (is_first) ++without_reason;
+    if (!IsSuspect(dialogue, message) &&
+        ++without_reason > kLookedAtWithoutReason) {
+      continue;
+    }
     if (HasLosses(dialogue, message)) continue;
     const std::string_view syntax = dialogue.TransferSyntaxOf(message);
     if (syntax.empty()) continue;

@@ -40,8 +40,8 @@ class EndingRule {
     const bool is_last = &association_ == &dialogue_.associations.back();
     if (ending_.kind == Kind::kNone && !is_last) return;
     if (!list_.HasCause()) FindUnfinishedAnswer();
-    if (list_.HasCause()) {
-      TellConsequence();
+    if (Finding* const cause = list_.CauseOfEnding(open_ != nullptr)) {
+      TellConsequence(*cause);
       return;
     }
     if (!association_.accept && !association_.request && open_ == nullptr &&
@@ -92,8 +92,7 @@ class EndingRule {
   }
 
   // There is a cause already: what the ending was is told behind it.
-  void TellConsequence() {
-    Finding& cause = *list_.Cause();
+  void TellConsequence(Finding& cause) {
     if (ending_.kind == Kind::kReleased || ending_.kind == Kind::kNone) return;
     const std::string what = Actor() + " " + EndingText(ending_, association_) +
                              " in frame " +

@@ -200,6 +200,28 @@ constexpr IrregularityRow kRows[] = {
               " open at once, " + NumberText(c.what.expected) +
               (c.what.expected == 1 ? " is" : " are") + " allowed";
      }},
+    {IrregularityKind::kWrongSopClass, "sop-class-not-of-context",
+     [](const Case& c) {
+       return "sent a C-STORE of " + UidText(c.what.text) + " on the " +
+              c.ContextText(c.what.expected) + ", which is for another class";
+     }},
+    {IrregularityKind::kMessageIdInUse, "message-id-in-use",
+     [](const Case& c) {
+       return "sent a request with message ID " + std::to_string(c.what.found) +
+              ", which another open request has";
+     }},
+    {IrregularityKind::kBadProtocolVersion, "protocol-version-bad",
+     [](const Case& c) {
+       return "does not offer version 1 of the protocol but " +
+              HexText(c.what.found, 4);
+     }},
+    {IrregularityKind::kBadApplicationContext, "application-context-bad",
+     [](const Case& c) {
+       return c.what.text.empty()
+                  ? std::string("names no application context")
+                  : "names the application context \"" + c.what.text +
+                        "\", which is not DICOM's";
+     }},
     {IrregularityKind::kUidTooLong, "uid-bad",
      [](const Case& c) {
        return "sent a UID of " + NumberText(c.what.found) +

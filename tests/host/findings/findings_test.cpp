@@ -1,3 +1,5 @@
+#include "host/findings/findings.h"
+
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -8,7 +10,6 @@
 
 #include "host/capdump/overview.h"
 #include "host/dialogue/dialogue_reader.h"
-#include "host/findings/findings.h"
 #include "tests/wire_builder.h"
 
 namespace host {
@@ -278,7 +279,7 @@ TEST(OverviewTest, TellsTheCauseAndTheStoryWithinAScreen) {
   std::string text;
   const Overview overview(connections, {});
   overview.Show({}, "a.pcap", [&text](std::string_view more) { text += more; });
-  EXPECT_TRUE(overview.HasFault());
+  EXPECT_TRUE(overview.HasFault({}));
   std::istringstream lines(text);
   std::size_t count = 0;
   for (std::string line; std::getline(lines, line); ++count) {
