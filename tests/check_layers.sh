@@ -27,7 +27,7 @@ may plugin errors tracking tree dimse upper_layer interface
 
 # The rooms of the host: each knows only those before it, the programs not each other.
 known=(interface)
-for room in text capture streams dataset dialogue objects timing findings rows module; do
+for room in text capture streams dataset dialogue objects timing findings rows page module; do
   may "host/$room" "${known[@]}"
   known+=("host/$room")
 done

@@ -144,6 +144,23 @@ sed -n 4p "$work/out" | grep -q "^FAULT .*rejected the association" || fail "the
 capdump --json reject_called_aet.pcap | head -1 | jq -e '.kind == "finding" and .severity == "fault"
   and .slug == "reject-called-ae-unknown"' >/dev/null || fail "the rejection is not the first object"
 
+# The page for others holds every finding and no patient, whatever titles the peers have.
+LC_ALL=C sed 's/ECHOSCU         /<script>alert(1)/; s/WRONG           /"><img src=xy>\x01\xFF/' \
+  reject_called_aet.pcap >"$work/hostile.pcap"
+for capture in *.pcap *.pcapng "$work/hostile.pcap"; do
+  capdump --json "$capture" >"$work/json"
+  capdump --element 0010,0010 --element 0010,0020 --element 0008,0018 --element 0000,1000 "$capture" >"$work/values"
+  rm -f "$work/page.html" "$work/twin.html"
+  run program "$program" --report "$work/page.html" "$capture"
+  "$root/tests/check_page.py" "$work/page.html" "$work/json" "$work/values" 2>&3 || fail "the page of $capture"
+  [[ -z $twin ]] || {
+    run twin "$twin" --report "$work/twin.html" "$capture"
+    cmp "$work/page.html" "$work/twin.html" >&3 || fail "the pages of $capture differ"
+  }
+done
+grep -q '&lt;script&gt;alert(1)' "$work/page.html" || fail "the page does not show a hostile title"
+expect 2 "name a file that ends in .html" --report "$work/hostile.pcap" echo.pcap
+
 # The host's saving mode: every line with at most one indentation, CR LF behind it.
 for each in "$program" ${twin:+"$twin"}; do
   run saving "$each" --save "$work/saved" --pdus --row 5 echo.pcap

@@ -11,6 +11,7 @@
 #include "host/capdump/help_text.h"
 #include "host/capdump/options.h"
 #include "host/capdump/overview.h"
+#include "host/capdump/page_file.h"
 #include "host/capdump/progress_line.h"
 #include "host/capdump/timing_report.h"
 #include "host/capture/capture_reader.h"
@@ -122,6 +123,22 @@ std::string NameOf(const Options& options, const CaptureInputs& inputs,
   return path == PathFromUtf8(named) ? named : Utf8FromPath(path);
 }
 
+// `name`: as NameOf() says it; the folder is nobody else's business.
+void WritePage(const Options& options, const std::string& name,
+               const FrameNames& names, const Overview& overview) {
+  if (options.as_captured) {
+    throw UsageError(
+        "What the page tells is read from clean streams: leave out "
+        "--as-captured.");
+  }
+  const std::string told = names.HasSeveralFiles()
+                               ? name
+                               : Utf8FromPath(PathFromUtf8(name).filename());
+  WritePageFile(options.page_file, [&](const Sink& sink) {
+    overview.ShowPage(options, told == "-" ? "standard input" : told, sink);
+  });
+}
+
 ExitCode DumpCapture(const Options& options) {
   const CaptureInputs inputs = FindInputs(options);
   CaptureLoader loader(
@@ -143,8 +160,11 @@ ExitCode DumpCapture(const Options& options) {
   } else if (options.timing || options.csv) {
     ShowTiming(options, connections);
   } else {
-    ShowRest(options, NameOf(options, inputs, loader.names()), connections,
-             overview);
+    const std::string name = NameOf(options, inputs, loader.names());
+    if (!options.page_file.empty()) {
+      WritePage(options, name, loader.names(), overview);
+    }
+    ShowRest(options, name, connections, overview);
   }
   for (const std::string& failure : inputs.failures) Complain(failure);
   for (const std::string& note : loader.Notes()) Complain(note);

@@ -5,6 +5,7 @@
 
 #include "host/capdump/findings_report.h"
 #include "host/findings/story.h"
+#include "host/findings/verdict.h"
 #include "host/text/number_text.h"
 #include "host/text/text_encoding.h"
 #include "host/text/time_text.h"
@@ -90,38 +91,6 @@ std::string PlaceText(const Scene& scene, const Finding& finding) {
     return text + "]";
   }
   return text + where.substr(1) + "]";
-}
-
-std::string CountsText(const std::vector<Finding>& findings) {
-  std::string text;
-  const std::pair<Severity, const char*> kinds[] = {
-      {Severity::kFault, "fault"},
-      {Severity::kWarning, "warning"},
-      {Severity::kNote, "note"}};
-  for (const auto& [severity, name] : kinds) {
-    const auto count = static_cast<std::size_t>(
-        std::ranges::count(findings, severity, &Finding::severity));
-    if (count == 0) continue;
-    text += (text.empty() ? "" : ", ") +
-            CountText(count, name, std::string(name) + "s");
-  }
-  return text;
-}
-
-// What was looked at, for a capture in which nothing is wrong.
-std::string AllWellText(const Scene& scene,
-                        std::optional<std::size_t> connection) {
-  std::size_t associations = 0, messages = 0;
-  for (const SceneConnection& at : scene.connections()) {
-    if (at.dialogue == nullptr || at.index != connection.value_or(at.index)) {
-      continue;
-    }
-    associations += at.dialogue->associations.size();
-    messages += at.dialogue->messages.size();
-  }
-  return "No fault: " + CountText(associations, "association", "associations") +
-         " and " + CountText(messages, "message", "messages") +
-         " checked for rejects, aborts, statuses, missing answers, losses.\n";
 }
 
 void AppendFinding(const Scene& scene, const Finding& finding, bool evidence,
@@ -232,16 +201,8 @@ std::optional<std::size_t> RowOf(const std::vector<WireRecord>& records,
 
 void WriteFindings(const Scene& scene, const std::vector<Finding>& findings,
                    const FindingsShown& shown, const Sink& sink) {
-  const bool all_well =
-      std::ranges::all_of(findings, [](const Finding& finding) {
-        return finding.severity == Severity::kNote;
-      });
-  std::string text;
-  if (all_well) {
-    text += AllWellText(scene, shown.connection);
-  } else {
-    text += CountsText(findings) + ":\n";
-  }
+  std::string text = VerdictText(scene, findings, shown.connection);
+  text += text.ends_with('.') ? "\n" : ":\n";
   const std::size_t count = std::min(findings.size(), shown.most);
   for (std::size_t i = 0; i < count; ++i) {
     AppendFinding(scene, findings[i], shown.evidence, text);

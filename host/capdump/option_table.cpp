@@ -85,6 +85,10 @@ constexpr OptionRow kRows[] = {
     {kWritten, "--save", "", "FILE", "the file to write",
      "the decode lines of the rows, as the module saves them",
      &Options::save_file},
+    {kWritten, "--report", "", "FILE.html", "the page to write",
+     "findings, what happened and what was negotiated as one page for the "
+     "vendor or the ticket, without patients' data",
+     &Options::page_file},
     {kWritten, "--export", "", "DIR", "the folder to write to",
      "the data set of each C-STORE as a DICOM file, and a manifest",
      &Options::export_folder},

@@ -54,6 +54,7 @@ struct Options {
   std::optional<std::uint64_t> most_temporary_megabytes;
   std::string module;         // DicomDecode.dll
   std::string save_file;      // what the module's lines are written to
+  std::string page_file;      // for a page of findings and stories
   std::string export_folder;  // for data sets as files
   bool export_identifiers = false;
 

@@ -6,6 +6,7 @@
 
 #include "host/capdump/findings_report.h"
 #include "host/findings/findings.h"
+#include "host/page/capture_page.h"
 #include "host/text/number_text.h"
 
 namespace host {
@@ -45,13 +46,14 @@ std::vector<Finding> Overview::Wanted(const Options& options) const {
   return wanted;
 }
 
+bool Overview::IsTold(const Options& options, const SceneConnection& at) {
+  if (options.connection) return at.index == *options.connection;
+  return options.all_connections || at.concerns_dicom;
+}
+
 void Overview::Show(const Options& options, const std::string& name,
                     const Sink& sink) const {
   const auto& connections = scene_.connections();
-  const auto is_told = [&](const SceneConnection& at) {
-    if (options.connection) return at.index == *options.connection;
-    return options.all_connections || at.concerns_dicom;
-  };
   const auto with_dicom = static_cast<std::size_t>(std::ranges::count_if(
       connections,
       [](const SceneConnection& at) { return at.connection->carries_dicom; }));
@@ -65,9 +67,22 @@ void Overview::Show(const Options& options, const std::string& name,
   }
   shown.connection = options.connection;
   WriteFindings(scene_, Wanted(options), shown, sink);
-  if (!options.findings) {
-    WriteStories(scene_, is_told, Wanted(options), sink);
-  }
+  if (options.findings) return;
+  WriteStories(
+      scene_, [&](const SceneConnection& at) { return IsTold(options, at); },
+      Wanted(options), sink);
+}
+
+void Overview::ShowPage(const Options& options, const std::string& name,
+                        const Sink& sink) const {
+  const std::vector<Finding> wanted = Wanted(options);
+  WriteCapturePage(
+      {.capture = name,
+       .scene = scene_,
+       .findings = wanted,
+       .is_wanted =
+           [&](const SceneConnection& at) { return IsTold(options, at); }},
+      sink);
 }
 
 void Overview::ShowJson(const Options& options, const Sink& sink) const {

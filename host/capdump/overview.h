@@ -1,6 +1,7 @@
 #ifndef HOST_CAPDUMP_OVERVIEW_H_
 #define HOST_CAPDUMP_OVERVIEW_H_
 
+#include <string>
 #include <vector>
 
 #include "host/capdump/options.h"
@@ -24,10 +25,15 @@ class Overview {
   // that of the capture.
   void Show(const Options& options, const std::string& name,
             const Sink& sink) const;
+  // The same, and what was negotiated, as a page.
+  void ShowPage(const Options& options, const std::string& name,
+                const Sink& sink) const;
   // The findings as JSON.
   void ShowJson(const Options& options, const Sink& sink) const;
 
  private:
+  // Whether what happened in it is told.
+  static bool IsTold(const Options& options, const SceneConnection& at);
   // Those of the connection that was asked for, else all.
   std::vector<Finding> Wanted(const Options& options) const;
 

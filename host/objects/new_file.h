@@ -12,7 +12,7 @@ namespace host {
 // name that it was meant for.
 class NewFile {
  public:
-  // In this folder, which is there. Throws Failure, as Write() and KeepAs() do,
+  // In this folder, which is there. Throws Failure, as the others do,
   // when the file cannot be made or written.
   explicit NewFile(const std::filesystem::path& folder);
   ~NewFile();
@@ -24,6 +24,8 @@ class NewFile {
   // already: false then, and another name may be tried. Nothing may be written
   // behind it.
   bool KeepAs(const std::filesystem::path& name);
+  // The same in place of a file that may be there.
+  void ReplaceAs(const std::filesystem::path& name);
 
  private:
   // What the last call of the system says went wrong, as a sentence.

@@ -66,4 +66,10 @@ bool NewFile::KeepAs(const std::filesystem::path& name) {
   return true;
 }
 
+void NewFile::ReplaceAs(const std::filesystem::path& name) {
+  Close();
+  if (::rename(unfinished_.c_str(), (folder_ / name).c_str()) != 0) Fail();
+  unfinished_.clear();
+}
+
 }  // namespace host

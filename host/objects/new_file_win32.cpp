@@ -72,4 +72,13 @@ bool NewFile::KeepAs(const std::filesystem::path& name) {
   return true;
 }
 
+void NewFile::ReplaceAs(const std::filesystem::path& name) {
+  Close();
+  if (!MoveFileExW(unfinished_.c_str(), (folder_ / name).c_str(),
+                   MOVEFILE_REPLACE_EXISTING)) {
+    Fail();
+  }
+  unfinished_.clear();
+}
+
 }  // namespace host

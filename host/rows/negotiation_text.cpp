@@ -26,29 +26,6 @@ std::string TitlesOf(const Association& association) {
          PrintableFromCodePage1252(association.request->called_ae_title);
 }
 
-std::string SideText(const AssociationSide& side) {
-  const std::string toolkit =
-      ToolkitText(side.implementation_class_uid, side.implementation_version);
-  std::string text =
-      toolkit.empty()
-          ? PrintableFromCodePage1252(side.implementation_class_uid + " " +
-                                      side.implementation_version)
-          : toolkit;
-  if (side.max_pdu_bytes) {
-    text += *side.max_pdu_bytes == 0
-                ? ", takes PDUs of any length"
-                : ", takes PDUs of " + BytesText(*side.max_pdu_bytes);
-  }
-  if (side.window) {
-    text += ", window " + NumberText(side.window->invoked) + "/" +
-            NumberText(side.window->performed);
-  }
-  if (side.user_identity) {
-    text += ", user identity type " + NumberText(side.user_identity->type);
-  }
-  return text;
-}
-
 std::string TableText(const std::vector<NegotiationRow>& rows) {
   std::array<std::size_t, kNegotiationColumns> widths{};
   for (std::size_t i = 0; i < widths.size(); ++i) {
@@ -88,6 +65,29 @@ std::string AssociationOutcome(const Dialogue& dialogue, std::uint32_t index) {
   return "no answer";
 }
 
+std::string AssociationSideText(const AssociationSide& side) {
+  const std::string toolkit =
+      ToolkitText(side.implementation_class_uid, side.implementation_version);
+  std::string text =
+      toolkit.empty()
+          ? PrintableFromCodePage1252(side.implementation_class_uid + " " +
+                                      side.implementation_version)
+          : toolkit;
+  if (side.max_pdu_bytes) {
+    text += *side.max_pdu_bytes == 0
+                ? ", takes PDUs of any length"
+                : ", takes PDUs of " + BytesText(*side.max_pdu_bytes);
+  }
+  if (side.window) {
+    text += ", window " + NumberText(side.window->invoked) + "/" +
+            NumberText(side.window->performed);
+  }
+  if (side.user_identity) {
+    text += ", user identity type " + NumberText(side.user_identity->type);
+  }
+  return text;
+}
+
 std::string AssociationText(const Dialogue& dialogue, std::uint32_t index,
                             const Acceptances& all) {
   const Association& association = dialogue.associations[index];
@@ -96,11 +96,11 @@ std::string AssociationText(const Dialogue& dialogue, std::uint32_t index,
                      AssociationOutcome(dialogue, index) + "\n";
   if (association.request) {
     text += std::string(kMargin) + "requestor  " +
-            SideText(*association.request) + "\n";
+            AssociationSideText(*association.request) + "\n";
   }
   if (association.accept) {
     text += std::string(kMargin) + "acceptor   " +
-            SideText(*association.accept) + "\n";
+            AssociationSideText(*association.accept) + "\n";
   }
   text += TableText(NegotiationTable(association));
   for (const std::string& note : NegotiationNotes(dialogue, index, all)) {

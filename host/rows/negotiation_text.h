@@ -16,6 +16,9 @@ namespace host {
 // and why, "no answer". `index` of the dialogue.
 std::string AssociationOutcome(const Dialogue& dialogue, std::uint32_t index);
 
+// What a side says of itself: "DCMTK 3.6.7, takes PDUs of 16,384 bytes".
+std::string AssociationSideText(const AssociationSide& side);
+
 // Both AE titles and the outcome, what each side says of itself, the contexts
 // as a table, what is odd about them; lines with LF, all but the first indented
 // by four blanks. `all`: of the capture, what would have matched.
