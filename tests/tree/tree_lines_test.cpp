@@ -121,12 +121,16 @@ TEST_F(TreeLinesTest, LinesAreTheseMessages) {
   std::string freed;
   for (int item = 0; item < 6; ++item) freed += "set 4 0\n";
   EXPECT_EQ(messages.Take(), freed + "delete all\n");
+  FailGlobalAlloc(1);  // a line without a record, which nothing frees
   show(nullptr);
   EXPECT_EQ(messages.Take(),
             "root without 0 one\nlast with 0 open\nexpand 1\n"
             "root without 0 two\nlast with 0 line\n"
             "root without 0 data\nlast with 0 0000  78\nexpand 1\n"
             "expand 2\n");
+  ClearTree(host_.Tree());
+  EXPECT_EQ(messages.Take(),
+            freed.substr(freed.find("\n") + 1) + "delete all\n");
   host_.StartSaving();
   show(host_.Images());
   EXPECT_NE(host_.StopOutput(), "");

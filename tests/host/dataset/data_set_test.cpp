@@ -230,11 +230,13 @@ TEST(DataSetReaderTest, UnknownSequencesAreReadAsImplicitLittleEndian) {
             "0009,1001 SQ\n0009,1001" + inside);
   // As some send it.
   const Bytes sent = kLittle.Element(0x00081150, "UI", Uid("1.2"));
-  EXPECT_EQ(Read(kLittle.Element(0x00091001, "UN", implicit.Item(sent)),
+  EXPECT_EQ(Read(kLittle.Element(0x00091001, "UN",
+                                 implicit.Item(sent) + implicit.Item(sent)),
                  kExplicitLittle),
             "0009,1001 UN\n0009,1001[1]" +
                 Problem(host::DataSetProblem::kExplicitInUnknown) +
-                "0009,1001[1].0008,1150 UI 1.2\n");
+                "0009,1001[1].0008,1150 UI 1.2\n0009,1001[2]\n"
+                "0009,1001[2].0008,1150 UI 1.2\n");
 }
 
 // Each is told, and what comes behind it is read.

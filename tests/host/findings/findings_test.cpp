@@ -290,10 +290,11 @@ TEST(OverviewTest, TellsTheCauseAndTheStoryWithinAScreen) {
        {"a.pcap: 1 TCP connection, 1 with DICOM\n\n1 fault",
         "\nFAULT    The acceptor CALLED (192.0.2.2:104) refused 40 C-STORE",
         "of 100 (CT Image Storage)\n         with A700h", "CALLING asks CALLED",
-        "60 x C-STORE CT Image Storage: all 0000h",
+        ", all contexts", "60 x C-STORE CT Image Storage: all 0000h",
         "40 x C-STORE CT Image Storage: all A700h", "released"}) {
     EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
   }
+  EXPECT_EQ(text.find(", about the "), std::string::npos);  // only if asked for
 }
 
 TEST(FindingKindsTest, TheDocumentNamesEachWithItsAdvice) {

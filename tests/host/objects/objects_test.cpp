@@ -259,7 +259,7 @@ TEST_F(ObjectsTest, SavesEachObjectOnce) {
     there += entry.path().filename().string()[0] != '.';
   }
   EXPECT_EQ(there, 5u + 1 + 2);  // with the folder, and the manifests
-  EXPECT_PRED_FORMAT2(testing::IsSubstring, "1.2.3-2.dcm,yes,",
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "1.2.3-2.dcm,yes,,1,2,C-STORE-RQ,",
                       FileText("manifest.csv"));
 
   std::ofstream(folder_ / "file");
