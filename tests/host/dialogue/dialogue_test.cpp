@@ -466,7 +466,10 @@ Connection 1  192.0.2.1:41000 --> 192.0.2.2:104
   report->Row(rows[0], {});
   const std::string fields =
       R"("command":"C-FIND-RSP","context":3,"message_id":8,)"
-      R"("sop_class":"1.2.840.10008.5.1.4.1.2.2.1","status":"A700h",)"
+      R"("sop_class":"1.2.840.10008.5.1.4.1.2.2.1",)"
+      R"("first_time":"1970-01-01T00:00:00.014000000Z",)"
+      R"("duration":0.000000000,"answered_after":0.000000000,)"
+      R"("status":"A700h",)"
       R"("status_text":"Refused: Out of resources","error_comment":"No disk",)"
       R"("offending_elements":["(0010,0020) Patient ID"]})";
   EXPECT_NE(text.find(fields), text.npos) << text;
