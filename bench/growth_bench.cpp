@@ -245,6 +245,16 @@ void ItemsOfOneAssociation(unsigned n) {
   Capture().Send(1, AssociateAccept(Joined(Item(0x99, {}), n))).Acknowledge(0);
 }
 
+// The dearest shape: every item claims a name of 65,535 bytes, inside which the
+// next ones begin.
+void OverlappingNames(unsigned n) {
+  const Bytes item =
+      Bytes{0x21, 1, 1, 1, 1, 1, 1, 1, 0x40, 1, 0xFF, 0xFF} + Bytes(253, '1');
+  Capture()
+      .Send(1, AssociateAccept(Joined(item, n) + Bytes(65535, '1')), 1448)
+      .Acknowledge(0);
+}
+
 void EqualEarlySegments(unsigned n) {
   Capture capture;
   const TcpFields ahead{capture.Sequence(0) + 10, capture.Sequence(1)};
@@ -319,6 +329,7 @@ constexpr Shape kShapes[] = {
     {"elements-of-one-message", 4000, &ElementsOfOneMessage, &DisplayMessage},
     {"bytes-of-one-pdu", 200000, &BytesOfOnePdu, &DisplayPdu},
     {"items-of-one-association", 4000, &ItemsOfOneAssociation, &DisplayPdu},
+    {"overlapping-names", 300, &OverlappingNames, &DisplayPdu},
     {"equal-early-segments", 4000, &EqualEarlySegments, &ListAll},
     {"segments-of-one-byte", 4000, &SegmentsOfOneByte, &DisplayPdu},
     {"reverse-order", 4000, &ReverseOrder, &ListAll},
