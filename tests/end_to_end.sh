@@ -116,6 +116,19 @@ for way in "cat echo.pcap" "gzip -c echo.pcap"; do
     fail "$way: the text differs"
 done
 
+# What is followed is there before the pipe ends, and in the end the same rows as without.
+follow() {
+  { head -c 1500 echo.pcap; sleep "$1"; [[ ! -s $work/rows ]] || touch "$work/early"; tail -c +1501 echo.pcap; } |
+    start "$2" --follow --json --tree - >"$work/rows"
+}
+capdump --json --tree echo.pcap | grep -E '"kind":"(pdu|message)"' | sort >"$work/text"
+for each in "$program" ${twin:+"$twin"}; do
+  rm -f "$work/rows" "$work/early"
+  follow 3 "$each" || fail "following: exit code $?"
+  [[ -e $work/early ]] || fail "$each shows nothing before the pipe ends"
+  sort "$work/rows" | cmp "$work/text" - || fail "$each: what is followed differs"
+done
+
 # A folder is one capture, from which parts can be taken: together they are the whole.
 mkdir "$work/ring"
 cp echo.pcap find_worklist.pcapng "$work/ring"

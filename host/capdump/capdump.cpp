@@ -8,6 +8,7 @@
 #include "host/capdump/contexts_report.h"
 #include "host/capdump/data_output.h"
 #include "host/capdump/dump.h"
+#include "host/capdump/follow.h"
 #include "host/capdump/help_text.h"
 #include "host/capdump/options.h"
 #include "host/capdump/overview.h"
@@ -94,7 +95,9 @@ void ShowRest(const Options& options, const std::string& name,
               const std::vector<Connection>& connections,
               const Overview& overview) {
   if (options.json) overview.ShowJson(options, WriteOutput);
-  if (options.ShowsLists()) {
+  if (options.follow) {
+    if (!options.json) overview.ShowFindings(options, WriteOutput);
+  } else if (options.ShowsLists()) {
     Dump(options).Show(name, connections);
   } else if (!options.json) {
     overview.Show(options, name, WriteOutput);
@@ -145,9 +148,11 @@ ExitCode DumpCapture(const Options& options) {
       inputs.files, {.hand_over = options.as_captured ? HandOver::kAsCaptured
                                                       : HandOver::kCleanStreams,
                      .filter = options.filter,
+                     .follow = options.follow,
                      .most_temporary = MostTemporaryBytes(options),
                      .part = options.part,
                      .observe = ReadDialogues()});
+  if (options.follow) Follow(options).Run(loader);
   const std::vector<Connection> connections = ReadConnections(loader);
   if (options.connection) {
     RequireConnection(*options.connection, loader.connections().whole_size());

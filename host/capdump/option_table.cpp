@@ -70,6 +70,10 @@ constexpr OptionRow kRows[] = {
      "hand the captured packets to the module as they are, not as clean "
      "streams",
      &Options::as_captured},
+    {kRead, "--follow", "", "", "",
+     "show rows as they come: of a pipe until it ends, of a file that grows "
+     "until capdump is stopped",
+     &Options::follow},
     {kRead, "--part", "", "K/N", "a part as 2/4",
      "only the connections of part K of N, by their addresses and ports; they "
      "keep their numbers, so that N processes can share a capture",

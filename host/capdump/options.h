@@ -49,7 +49,8 @@ struct Options {
   // What is read, and what is written besides.
   std::string filter;  // in tcpdump's language
   bool as_captured = false;
-  CapturePart part;  // of the connections
+  bool follow = false;  // show rows as they come
+  CapturePart part;     // of the connections
   // Of a pipe or a compressed capture in the folder for temporary files.
   std::optional<std::uint64_t> most_temporary_megabytes;
   std::string module;         // DicomDecode.dll

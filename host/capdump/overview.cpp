@@ -85,6 +85,11 @@ void Overview::ShowPage(const Options& options, const std::string& name,
       sink);
 }
 
+void Overview::ShowFindings(const Options& options, const Sink& sink) const {
+  sink("\n");
+  WriteFindings(scene_, Wanted(options), {}, sink);
+}
+
 void Overview::ShowJson(const Options& options, const Sink& sink) const {
   WriteFindingsJson(scene_, Wanted(options), sink);
 }

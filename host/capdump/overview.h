@@ -28,6 +28,8 @@ class Overview {
   // The same, and what was negotiated, as a page.
   void ShowPage(const Options& options, const std::string& name,
                 const Sink& sink) const;
+  // The findings alone.
+  void ShowFindings(const Options& options, const Sink& sink) const;
   // The findings as JSON.
   void ShowJson(const Options& options, const Sink& sink) const;
 

@@ -43,6 +43,11 @@ class Report {
   // All rows at once, since columns are as wide as their widest text.
   virtual void BeginList(ListKind list,
                          const std::vector<ReportedRow>& rows) = 0;
+  // More rows of a list that was begun, or not; those of other lists and
+  // connections may stand between. In place of the two above for what comes
+  // bit by bit.
+  virtual void Continue(const ReportedConnection& connection, ListKind list,
+                        const std::vector<ReportedRow>& rows) = 0;
   // `decode` holds what was asked for, or nothing.
   virtual void Row(const ReportedRow& row, const DecodedRow& decode) = 0;
 };

@@ -49,6 +49,12 @@ class JsonReport final : public Report {
 
   void BeginCapture(const std::string&, std::size_t, std::size_t) override {}
 
+  void Continue(const ReportedConnection& reported, ListKind list,
+                const std::vector<ReportedRow>&) override {
+    reported_ = &reported;
+    list_ = list;
+  }
+
   void BeginConnection(const ReportedConnection& reported) override {
     reported_ = &reported;
     const Connection& connection = *reported.connection;

@@ -137,6 +137,26 @@ class TextReport final : public Report {
     Flush();
   }
 
+  // A heading only where the rows are of another list than those before;
+  // columns only grow.
+  void Continue(const ReportedConnection& reported, ListKind list,
+                const std::vector<ReportedRow>& rows) override {
+    const Connection& connection = *reported.connection;
+    names_ = &connection.names();
+    const Widths widths = MeasureColumns(rows, *names_);
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+      widths_[i] = std::max(widths_[i], widths[i]);
+    }
+    const auto of = std::pair(&reported, list);
+    if (std::exchange(continued_, of) == of) return;
+    BlankLine();
+    Line("Connection " + std::to_string(reported.index + 1) + "  " +
+         connection.first_endpoint + " --> " + connection.second_endpoint +
+         (list == ListKind::kPdus ? ", PDUs" : ", messages"));
+    Columns([](const Column& column) { return std::string(column.title); });
+    Flush();
+  }
+
   void Row(const ReportedRow& row, const DecodedRow& decode) override {
     Columns([&](const Column& column) { return column.text(row, *names_); });
     if (row.wire != nullptr && !row.wire->note.empty()) {
@@ -216,6 +236,8 @@ class TextReport final : public Report {
   std::string buffer_;
   const FrameNames* names_;  // of the connection; first such as are numbers
   Widths widths_{};
+  // The list that rows were continued of.
+  std::pair<const ReportedConnection*, ListKind> continued_{};
   bool after_blank_ = false;
 };
 

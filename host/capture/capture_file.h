@@ -38,6 +38,8 @@ class CaptureFile {
   // The next frame; false where there is none for now. A later call goes on,
   // should the file have grown.
   bool Next();
+  // Whether Next() need not wait for a pipe.
+  bool IsNextThere() { return records_->IsNextThere(); }
   // Valid until the next call of Next().
   const FrameRecord& record() const { return records_->record(); }
   std::uint32_t frames() const { return frames_; }  // that were read

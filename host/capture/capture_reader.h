@@ -38,6 +38,10 @@ class CaptureReader {
   // or where it is damaged. Lasts until the next call, as its bytes do.
   const TcpFrame* Next();
 
+  // Of a capture of one file: whether the next frame is there by now, so that
+  // Next() does not wait for a pipe.
+  bool IsNextThere() { return series_.IsNextThere(); }
+
   // Where the bytes of all segments can be read again.
   const std::shared_ptr<ByteStore>& store() const { return store_; }
   // What its frames are called. Grows with Next().

@@ -31,6 +31,8 @@ class CaptureSeries {
   // The next frame; false at the end. A capture of one file goes on with a
   // later call, should the file have grown.
   bool Next();
+  // Of a capture of one file: whether Next() need not wait for a pipe.
+  bool IsNextThere() { return current_->file->IsNextThere(); }
   // Valid until the next call of Next(), as the two below are.
   const FrameRecord& record() const { return current_->file->record(); }
   std::uint32_t number() const { return frames_; }  // in the capture, from 1

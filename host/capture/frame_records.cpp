@@ -27,6 +27,13 @@ FrameRecords::Next FrameRecords::Deliver(std::span<const std::uint8_t> bytes,
   return Next::kFrame;
 }
 
+bool FrameRecords::IsNextThere() {
+  const std::uint64_t known = file_.known_size();
+  if (known < at_ + least_) return false;
+  const auto header = file_.Ahead(at_, least_);
+  return header.size() >= least_ && known >= at_ + LengthOf(header);
+}
+
 std::unique_ptr<FrameRecords> OpenFrameRecords(FileBytes& file) {
   const std::uint32_t magic = WireReader(file.Ahead(0, 4)).Word32();
   if (PcapRecords::IsMagic(magic)) return std::make_unique<PcapRecords>(file);

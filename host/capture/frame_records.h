@@ -39,6 +39,9 @@ class FrameRecords {
 
   // Throws Failure when the file cannot be read.
   virtual Next Read() = 0;
+  // Whether all of the next frame, or of what stands before it, is there by
+  // now, so that Read() does not wait for a pipe.
+  bool IsNextThere();
   const FrameRecord& record() const { return record_; }
   // Why Read() answered kCut or kDamaged, as a clause.
   const std::string& reason() const { return reason_; }
@@ -48,7 +51,13 @@ class FrameRecords {
   std::uint64_t position() const { return at_; }
 
  protected:
-  explicit FrameRecords(FileBytes& file) : file_(file) {}
+  // How many bytes the next record has, from its first `header` on.
+  virtual std::uint64_t LengthOf(
+      std::span<const std::uint8_t> header) const = 0;
+
+  // No record is shorter than `least` bytes, which are its header.
+  FrameRecords(FileBytes& file, std::size_t least)
+      : file_(file), least_(least) {}
 
   Next Cut(const char* reason);
   Next Damaged(std::string reason);
@@ -57,6 +66,7 @@ class FrameRecords {
                std::uint32_t wire_length);
 
   FileBytes& file_;
+  std::size_t least_;
   std::uint64_t at_ = 0;
   FrameRecord record_;
   std::optional<int> link_type_;

@@ -11,6 +11,7 @@ constexpr std::uint32_t kNanoseconds = 0xA1B23C4D;
 constexpr std::uint32_t kLongHeaders = 0xA1B2CD34;
 
 constexpr std::size_t kFileHeaderBytes = 24;
+constexpr std::size_t kFrameHeaderBytes = 16;
 constexpr std::uint32_t kLinkTypeMask = 0xFFFF;  // above it: frame check bytes
 
 bool IsOneOfThem(std::uint32_t magic) {
@@ -28,7 +29,8 @@ bool PcapRecords::IsMagic(std::uint32_t magic) {
   return IsOneOfThem(magic) || IsOneOfThem(Swapped(magic));
 }
 
-PcapRecords::PcapRecords(FileBytes& file) : FrameRecords(file) {
+PcapRecords::PcapRecords(FileBytes& file)
+    : FrameRecords(file, kFrameHeaderBytes) {
   const auto bytes = file.Ahead(0, kFileHeaderBytes);
   if (!IsOneOfThem(WireReader(bytes).Word32())) order_ = std::endian::little;
   WireReader in(bytes, order_);
@@ -40,6 +42,13 @@ PcapRecords::PcapRecords(FileBytes& file) : FrameRecords(file) {
   if (magic == kLongHeaders) header_bytes_ = 24;
   link_type_ = record_.link_type = static_cast<int>(link & kLinkTypeMask);
   at_ = kFileHeaderBytes;
+}
+
+std::uint64_t PcapRecords::LengthOf(
+    std::span<const std::uint8_t> header) const {
+  WireReader in(header, order_);
+  in.Skip(8);  // time
+  return std::uint64_t{header_bytes_} + in.Word32();
 }
 
 FrameRecords::Next PcapRecords::Read() {

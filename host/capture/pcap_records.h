@@ -21,6 +21,9 @@ class PcapRecords final : public FrameRecords {
 
   Next Read() override;
 
+ protected:
+  std::uint64_t LengthOf(std::span<const std::uint8_t> header) const override;
+
  private:
   std::endian order_ = std::endian::big;
   Nanoseconds nanoseconds_per_unit_ = 1000;

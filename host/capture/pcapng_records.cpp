@@ -62,7 +62,8 @@ bool PcapngRecords::IsMagic(std::uint32_t magic) {
   return magic == kSectionHeader;
 }
 
-PcapngRecords::PcapngRecords(FileBytes& file) : FrameRecords(file) {
+PcapngRecords::PcapngRecords(FileBytes& file)
+    : FrameRecords(file, kLeastBytes) {
   while (interfaces_.empty()) {
     Block block;
     const Next head = ReadHead(block);
@@ -74,6 +75,17 @@ PcapngRecords::PcapngRecords(FileBytes& file) : FrameRecords(file) {
     }
   }
   link_type_ = interfaces_.front().link_type;
+}
+
+// A section says its byte order behind its length.
+std::uint64_t PcapngRecords::LengthOf(
+    std::span<const std::uint8_t> header) const {
+  const bool is_section = WireReader(header).Word32() == kSectionHeader;
+  const bool is_big =
+      is_section ? header[kHeadBytes] == 0x1A : order_ == std::endian::big;
+  WireReader in(header, is_big ? std::endian::big : std::endian::little);
+  in.Skip(4);  // type
+  return in.Word32();
 }
 
 FrameRecords::Next PcapngRecords::Read() {

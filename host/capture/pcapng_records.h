@@ -25,6 +25,9 @@ class PcapngRecords final : public FrameRecords {
 
   Next Read() override;
 
+ protected:
+  std::uint64_t LengthOf(std::span<const std::uint8_t> header) const override;
+
  private:
   // A unit of time is 1/units_per_second.
   struct Interface {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/rows/decoded_row.h"
@@ -25,6 +26,36 @@ struct ReportedRow {
   // dialogue; see AddOutcomes().
   std::string outcome = {};
   std::optional<std::uint32_t> message = {};
+};
+
+// Puts rows and the records that are not to be listed together in the order of
+// the wire, as they come.
+class RowReporter {
+ public:
+  // The records may grow at their end; they must outlive the reporter.
+  explicit RowReporter(const std::vector<WireRecord>& records)
+      : records_(records) {}
+
+  // The next row, which shows this record, or one that is not known.
+  void AddRow(std::uint32_t index, ListedRow row,
+              std::optional<std::size_t> record);
+  // The records that have no row, up to the next one that should have.
+  void AddUnlisted();
+  // What was put together since the last call. It points into the records: gone
+  // when they grow.
+  std::vector<ReportedRow> Take() { return std::exchange(reported_, {}); }
+
+ private:
+  void PassOver(std::size_t record);
+  void Add(ReportedRow row);
+
+  const std::vector<WireRecord>& records_;
+  std::vector<ReportedRow> reported_;
+  std::size_t next_ = 0;  // record that was not passed yet
+  // When all rows so far were complete: a message is listed with its command
+  // set, and its data set may end after the next one's, or the clock that
+  // captured it may have gone backward.
+  std::optional<Nanoseconds> latest_;
 };
 
 // Puts the rows of a list, which `trace` has traced, and the records that are

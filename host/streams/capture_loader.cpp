@@ -23,7 +23,9 @@ CaptureLoader::State CaptureLoader::Read(const TimeIsUp& time_is_up) {
   while (const TcpFrame* frame = reader_.Next()) {
     connections_.Add(*frame);
     ++frames;
-    if (frames % kFramesBetweenLooks == 0 && time_is_up()) {
+    // Whoever follows a pipe must not read on where that would wait.
+    const bool looks = follow_ || frames % kFramesBetweenLooks == 0;
+    if (looks && time_is_up()) {
       connections_.Update();
       return state_ = State::kReading;
     }

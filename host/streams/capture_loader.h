@@ -11,8 +11,9 @@
 
 namespace host {
 
-// Answers true when a slice of work has lasted long enough. Asked often, so it
-// may show the progress as well.
+// Answers true when a slice of work has lasted long enough. Asked often, behind
+// each frame of a capture that is followed, so it may show the progress as
+// well.
 using TimeIsUp = std::function<bool()>;
 
 struct LoadOptions {
@@ -48,6 +49,9 @@ class CaptureLoader {
   // connections show what has become settled. Throws Failure when the file
   // cannot be read any more.
   State Read(const TimeIsUp& time_is_up);
+  // Of a capture of one file: whether Read() has something to read without
+  // waiting for a pipe.
+  bool IsNextThere() { return reader_.IsNextThere(); }
   // The capture ends with what was read so far.
   void End();
 
