@@ -1,6 +1,7 @@
 #include "host/capdump/dump.h"
 
 #include <algorithm>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -22,6 +23,20 @@ std::size_t CountDicom(const std::vector<Connection>& connections) {
 std::filesystem::path ModulePath(const Options& options) {
   return options.module.empty() ? ModuleBesideProgram()
                                 : PathFromUtf8(options.module);
+}
+
+void ReportDecoded(Report& report, const ReportedRow& row,
+                   const std::function<DecodedRow()>& decode) {
+  try {
+    report.Row(row, decode());
+    return;
+  } catch (const std::bad_alloc&) {  // by now all of it is free again
+  }
+  DecodedRow none;
+  none.stopped =
+      "There is not enough memory for the lines of this row: show it with "
+      "capdump for a system of 64 bits.";
+  report.Row(row, none);
 }
 
 Dump::Dump(const Options& options)
@@ -107,8 +122,9 @@ void Dump::ShowList(ModuleSession& session, ListKind list,
 
 void Dump::ShowRow(ModuleSession& session, ListKind list,
                    const ReportedRow& row) {
-  DecodedRow decoded;
-  if (row.index) {  // or there is nothing that the module could show
+  ReportDecoded(*report_, row, [&] {
+    DecodedRow decoded;
+    if (!row.index) return decoded;  // nothing that the module could show
     const RowRef ref{list, *row.index};
     row_was_found_ = true;
     if (options_.tree || options_.hex) decoded = session.Decode(ref);
@@ -117,8 +133,8 @@ void Dump::ShowRow(ModuleSession& session, ListKind list,
       if (!decoded.stopped) decoded.stopped = std::move(stopped);
     }
     if (!options_.tree) decoded.tree.reset();
-  }
-  report_->Row(row, decoded);
+    return decoded;
+  });
 }
 
 void Dump::ShowProgress(const char* doing, unsigned percent) {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -20,6 +21,11 @@ namespace host {
 
 // The module that the options name, or the one beside this program.
 std::filesystem::path ModulePath(const Options& options);
+
+// Reports the row with what `decode` answers; where memory does not suffice for
+// that, with a sentence that says so.
+void ReportDecoded(Report& report, const ReportedRow& row,
+                   const std::function<DecodedRow()>& decode);
 
 // Shows the connections of one capture through the module, as a report on
 // standard output.

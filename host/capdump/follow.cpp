@@ -132,12 +132,14 @@ void Follow::ShowNewRows(Shown& shown, ListKind list, bool is_over) {
 }
 
 void Follow::ShowRow(Shown& shown, ListKind list, const ReportedRow& row) {
-  DecodedRow decoded;
-  if (row.index && (options_.tree || options_.hex)) {
-    decoded = shown.session.Decode({list, *row.index});
-    if (!options_.tree) decoded.tree.reset();
-  }
-  report_->Row(row, decoded);
+  ReportDecoded(*report_, row, [&] {
+    DecodedRow decoded;
+    if (row.index && (options_.tree || options_.hex)) {
+      decoded = shown.session.Decode({list, *row.index});
+      if (!options_.tree) decoded.tree.reset();
+    }
+    return decoded;
+  });
 }
 
 }  // namespace host

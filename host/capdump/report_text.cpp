@@ -13,6 +13,7 @@ namespace {
 
 // What stands left of a tree line's text: its bytes, then the nesting.
 constexpr std::size_t kRangeColumns = 16;
+constexpr std::size_t kMostBuffered = std::size_t{1} << 16;
 constexpr std::string_view kRowMargin = "  ";
 constexpr std::string_view kDecodeMargin = "      ";
 
@@ -195,6 +196,8 @@ class TextReport final : public Report {
       text.append(std::max(column, text.size() + 1) - text.size(), ' ');
       text.append(2 * std::size_t{line.depth}, ' ');
       Line(text + PrintableFromCodePage1252(line.text));
+      if (buffer_.size() > kMostBuffered)
+        Flush();  // lines may be many and long
     }
     if (lines.empty()) Line(std::string(kDecodeMargin) + "(no decode lines)");
   }
