@@ -1,12 +1,14 @@
 #define _FILE_OFFSET_BITS 64
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "host/capture/system_file.h"
 #include "host/text/failure.h"
@@ -30,6 +32,15 @@ std::string ErrorText(int error) {
   }
 }
 
+// A ring may have more files than a process may keep open unless it asks.
+bool RaiseLimitOfOpenFiles() {
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return false;
+  if (limit.rlim_cur == limit.rlim_max) return false;
+  limit.rlim_cur = limit.rlim_max;
+  return ::setrlimit(RLIMIT_NOFILE, &limit) == 0;
+}
+
 [[noreturn]] void FailReading() {
   throw Failure(std::string("The capture file cannot be read any more (") +
                 std::strerror(errno) + "): see that it stays where it is.");
@@ -46,7 +57,10 @@ std::string ErrorText(int error) {
 }  // namespace
 
 SystemFile::Opened SystemFile::Open(const std::filesystem::path& path) {
-  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0 && errno == EMFILE && RaiseLimitOfOpenFiles()) {
+    descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  }
   if (descriptor < 0) return {nullptr, ErrorText(errno)};
   return {std::unique_ptr<SystemFile>(new SystemFile(descriptor)), {}};
 }
@@ -60,8 +74,14 @@ SystemFile::Opened SystemFile::OpenStandardInput() {
 std::unique_ptr<SystemFile> SystemFile::MakeTemporary() {
   std::error_code failed;
   const auto folder = std::filesystem::temp_directory_path(failed);
-  std::string name = folder / "captureXXXXXX";
-  const int descriptor = ::mkstemp(name.data());
+  constexpr std::string_view kUnique = "XXXXXX";
+  std::string name = folder / "capture";
+  name += kUnique;
+  int descriptor = ::mkstemp(name.data());
+  if (descriptor < 0 && errno == EMFILE && RaiseLimitOfOpenFiles()) {
+    name.replace(name.size() - kUnique.size(), kUnique.size(), kUnique);
+    descriptor = ::mkstemp(name.data());
+  }
   if (descriptor < 0) FailKeeping();
   ::unlink(name.c_str());
   return std::unique_ptr<SystemFile>(new SystemFile(descriptor));
