@@ -1,8 +1,8 @@
 #!/bin/bash
 # Shows the DICOM traffic of a capture file:
 #
-#   ./run.sh [capdump options] [CAPTURE]
-#   ./run.sh --native [capdump options] [CAPTURE]    without Wine, by capdump for this system
+#   ./run.sh [capdump options] [CAPTURE...]
+#   ./run.sh --native [capdump options] [CAPTURE...] without Wine, by capdump for this system
 #   ./run.sh --window [CAPTURE]                      in a window, on your display
 #
 # Installs what is missing, builds, and runs capdump under Wine; ./run.sh --help lists its options.
