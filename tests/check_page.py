@@ -27,7 +27,7 @@ for line in open(values_file, encoding="utf-8"):
             problems.append("a value of a data set: " + value)
 
 known = set("html head meta title style body h1 h2 h3 p a span ul li section article footer table "
-            "thead tbody tr th td svg text line path rect".split())
+            "thead tbody tr th td svg text line path rect pattern".split())
 ids = {element.get("id") for element in page.iter()}
 for element in page.iter():
     if element.tag not in known:

@@ -32,10 +32,6 @@ std::string AssociationTimingJson(const Connection& connection,
                                   const ConnectionTiming& timing,
                                   std::uint32_t association);
 
-// The bar of an association, a character a column: the letter of the part that
-// took the most of the column's time.
-std::string TimeBar(const AssociationTiming& times, std::size_t columns);
-
 }  // namespace host
 
 #endif  // HOST_CAPDUMP_TIMING_REPORT_H_

@@ -11,6 +11,7 @@
 #include "host/findings/scene.h"
 #include "host/text/number_text.h"
 #include "host/text/text_encoding.h"
+#include "host/timing/time_shares.h"
 
 namespace host {
 namespace {
@@ -32,15 +33,6 @@ std::string RightOf(const std::string& text, std::size_t columns) {
 
 // "20.100123 s".
 std::string MicrosText(Microseconds time) { return Seconds(time * 1000, 6); }
-
-// "64.0 %", rounded.
-std::string ShareText(Microseconds part, Microseconds whole) {
-  if (whole <= 0) return "-";
-  constexpr Microseconds kLong = 1'000'000'000'000'000;
-  if (whole > kLong) return ShareText(part / 1000, whole / 1000);
-  const Microseconds tenths = (part * 1000 + whole / 2) / whole;
-  return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " %";
-}
 
 std::string MillisecondsText(Nanoseconds time) {
   const std::string micros = std::to_string(time / 1000 % 1000);
@@ -131,23 +123,8 @@ class AssociationText {
   }
 
   void AddParts() {
-    struct Row {
-      TimePart part;
-      TimeOwner owner;
-      Microseconds time;
-    };
-    std::vector<Row> rows;
-    for (std::size_t p = 0; p < kTimeParts; ++p) {
-      for (std::size_t o = 0; o < kTimeOwners; ++o) {
-        const auto part = static_cast<TimePart>(p);
-        const auto owner = static_cast<TimeOwner>(o);
-        const Microseconds time = times_.sums.Of(part, owner);
-        if (time != 0) rows.push_back({part, owner, time});
-      }
-    }
-    std::ranges::stable_sort(rows, std::greater(), &Row::time);
     Microseconds rest = 0;
-    for (const Row& row : rows) {
+    for (const TimeShare& row : SharesOf(times_)) {
       if (row.time * kLeastShare < times_.Duration()) {
         rest += row.time;
         continue;
@@ -282,27 +259,6 @@ std::string TitlesText(const Association& association) {
 }
 
 }  // namespace
-
-std::string TimeBar(const AssociationTiming& times, std::size_t columns) {
-  std::string bar(columns, ' ');
-  const auto count = static_cast<Microseconds>(columns);
-  auto span = times.spans.begin();
-  for (Microseconds i = 0; i < count && times.Duration() > 0; ++i) {
-    const Microseconds from = times.begin + times.Duration() * i / count;
-    const Microseconds to = times.begin + times.Duration() * (i + 1) / count;
-    std::array<Microseconds, kTimeParts> parts{};
-    while (span != times.spans.end() && span->end <= from) ++span;
-    for (auto one = span; one != times.spans.end() && one->begin < to; ++one) {
-      parts[static_cast<std::size_t>(one->part)] +=
-          std::min(one->end, to) - std::max(one->begin, from);
-    }
-    const auto most = std::ranges::max_element(parts);
-    if (*most == 0) continue;
-    bar[static_cast<std::size_t>(i)] =
-        PartLetter(static_cast<TimePart>(most - parts.begin()));
-  }
-  return bar;
-}
 
 void WriteTiming(const std::vector<Connection>& connections,
                  std::optional<std::uint32_t> only, const Sink& sink) {

@@ -7,14 +7,18 @@
 #include "host/page/ladder.h"
 #include "host/page/ladder_drawing.h"
 #include "host/page/markup.h"
+#include "host/page/time_section.h"
 #include "host/rows/negotiation_text.h"
 #include "host/text/number_text.h"
+#include "host/timing/connection_timing.h"
 
 namespace host {
 namespace {
 
 constexpr std::size_t kMostRungs = 60;
 constexpr std::size_t kMostAssociations = 10;  // of a connection
+// Of so many contexts those that were accepted and not used are left out.
+constexpr std::size_t kFewContexts = 16;
 constexpr std::size_t kMostContexts = 130;     // more than there are IDs for
 constexpr std::size_t kMostTexts = 20;         // of evidence, of notes
 constexpr std::size_t kMostCharacters = 1200;  // of a text
@@ -77,10 +81,16 @@ std::string PlaceMarkup(const Scene& scene, const Finding& finding,
   if (const SceneConnection* const at = scene.Find(finding.connection)) {
     const Connection& connection = *at->connection;
     if (finding.count > 1) {
-      text += "; " + NumberText(finding.count) + " times in connections " +
-              ConnectionLinks(finding.connections, shown) + "; the first";
+      text += "; " + NumberText(finding.count) + " times";
+      if (finding.connections.size() > 1) {
+        text +=
+            " in connections " + ConnectionLinks(finding.connections, shown);
+      }
+      text += ", the first:";
+    } else {
+      text += ";";
     }
-    text += "; connection " + ConnectionLink(finding.connection, shown);
+    text += " connection " + ConnectionLink(finding.connection, shown);
     if (finding.first_frame != 0) {
       text += Markup(", frame " + connection.names().Text(finding.first_frame,
                                                           finding.last_frame));
@@ -102,20 +112,30 @@ std::string ContextTable(const Association& association) {
     if (is_used[i]) text += Element("th", "", kNegotiationTitles[i]);
   }
   text += "</tr></thead>\n<tbody>\n";
-  const std::size_t count = std::min(rows.size(), kMostContexts);
-  for (std::size_t k = 0; k < count; ++k) {
+  std::size_t told = 0;
+  for (std::size_t k = 0; k < rows.size(); ++k) {
+    const PresentationContext& context = association.contexts[k];
+    const bool is_dull = context.IsAccepted() && context.messages == 0;
+    if (told == kMostContexts || (is_dull && rows.size() > kFewContexts)) {
+      continue;
+    }
+    ++told;
     text += "<tr>\n";
     for (std::size_t i = 0; i < kNegotiationColumns; ++i) {
       if (!is_used[i]) continue;
-      text += Element("td", "", Shortened(rows[k][i], kMostCharacters));
+      const bool is_short = i == 0 || i == 3 || i == 6;
+      text += Element("td", is_short ? "short" : "",
+                      Shortened(rows[k][i], kMostCharacters));
     }
     text += "</tr>\n";
   }
   text += "</tbody>\n</table>\n";
-  if (count < rows.size()) {
+  if (told < rows.size()) {
     text += Element(
         "p", "quiet",
-        "and " + NumberText(rows.size() - count) + " more contexts, left out");
+        "and " +
+            CountText(rows.size() - told, "more context", "more contexts") +
+            (told < kMostContexts ? ", accepted and not used" : ", left out"));
   }
   return text;
 }
@@ -139,6 +159,41 @@ std::string NegotiationMarkup(const Dialogue& dialogue, std::uint32_t index,
          SideMarkup("Acceptor", association.accept) +
          ContextTable(association) +
          Texts("notes", NegotiationNotes(dialogue, index, all));
+}
+
+std::string TimeMarkup(const Dialogue& dialogue, std::uint32_t index,
+                       const AssociationTiming& times) {
+  const std::string section = TimeSection(times);
+  if (section.empty()) return {};
+  std::string title = "Where the time went";
+  if (dialogue.associations.size() > 1) {
+    title += " in association " + std::to_string(index + 1);
+  }
+  return Element("h3", "",
+                 title + ": " + DurationText(times.Duration() * 1000)) +
+         section;
+}
+
+std::string AssociationsMarkup(const SceneConnection& at,
+                               const Acceptances& all) {
+  const Dialogue& dialogue = *at.dialogue;
+  const ConnectionTiming timing = TimeConnection(*at.connection);
+  const std::size_t associations = dialogue.associations.size();
+  const std::size_t count = std::min(associations, kMostAssociations);
+  std::string text;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    if (i < timing.associations.size()) {
+      text += TimeMarkup(dialogue, i, timing.associations[i]);
+    }
+    if (i == 0) text += Texts("notes", timing.limits);
+    text += NegotiationMarkup(dialogue, i, all);
+  }
+  if (count < associations) {
+    text += Element("p", "quiet",
+                    NumberText(associations - count) +
+                        " more associations of this connection are left out.");
+  }
+  return text;
 }
 
 std::string TitleOf(const SceneConnection& at) {
@@ -170,7 +225,7 @@ std::string FindingSection(const Scene& scene, const Finding& finding,
 std::string ConnectionRow(const SceneConnection& at,
                           const ShownConnections& shown, std::size_t like) {
   const Connection& connection = *at.connection;
-  std::string told = like == 0 ? "" : "as connection " + std::to_string(like);
+  std::string told = like == 0 ? "" : "like " + std::to_string(like);
   if (shown.contains(at.index)) told = "below";
   return "<tr>\n<td class=\"number\">" + ConnectionLink(at.index, shown) +
          "</td>\n" +
@@ -204,19 +259,7 @@ std::string ConnectionSection(const SceneConnection& at,
   }
   text += Texts("notes", connection.notes);
   text += DrawLadder(at, LadderOf(at, kMostRungs));
-  if (at.dialogue != nullptr) {
-    const std::size_t associations = at.dialogue->associations.size();
-    const std::size_t count = std::min(associations, kMostAssociations);
-    for (std::uint32_t i = 0; i < count; ++i) {
-      text += NegotiationMarkup(*at.dialogue, i, all);
-    }
-    if (count < associations) {
-      text += Element("p", "quiet",
-                      NumberText(associations - count) +
-                          " more associations of this connection are left "
-                          "out.");
-    }
-  }
+  if (at.dialogue != nullptr) text += AssociationsMarkup(at, all);
   return text + "</section>\n";
 }
 

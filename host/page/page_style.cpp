@@ -1,5 +1,6 @@
 #include "host/page/markup.h"
 #include "host/page/page_sections.h"
+#include "host/page/time_section.h"
 
 namespace host {
 namespace {
@@ -39,6 +40,8 @@ table { border-collapse: collapse; width: 100%; font-size: 12px; margin: 6px 0; 
 th, td { border: 1px solid #aaa; padding: 2px 5px; text-align: left; vertical-align: top; }
 th { background: #eee; white-space: nowrap; overflow-wrap: normal; }
 td.number { text-align: right; white-space: nowrap; }
+td.short { overflow-wrap: normal; }
+section > p { break-after: avoid; }
 tr, svg { break-inside: avoid; }
 svg { display: block; width: 100%; max-width: 760px; }
 svg text { font: 12px "Segoe UI", "Liberation Sans", Arial, sans-serif; fill: #111; }
@@ -53,6 +56,21 @@ line.fault { stroke: #b00020; stroke-width: 2.4; stroke-dasharray: 7 3; }
 path.fault { stroke: #b00020; fill: #b00020; }
 line.warning { stroke-dasharray: 3 3; }
 rect.gap { fill: #fff; stroke: #777; stroke-dasharray: 2 3; }
+table.narrow { width: auto; }
+td.swatch svg { width: 34px; }
+svg.patterns { position: absolute; width: 0; height: 0; }
+rect.part-connecting { fill: url(#part-connecting); }
+rect.part-negotiating { fill: url(#part-negotiating); }
+rect.part-preparing { fill: url(#part-preparing); }
+rect.part-transferring { fill: url(#part-transferring); }
+rect.part-held_back { fill: url(#part-held_back); }
+rect.part-zero_window { fill: url(#part-zero_window); }
+rect.part-loss_recovery { fill: url(#part-loss_recovery); }
+rect.part-thinking { fill: url(#part-thinking); }
+rect.part-idle { fill: url(#part-idle); }
+rect.part-releasing { fill: url(#part-releasing); }
+rect.frame { fill: none; stroke: #333; }
+svg text.letter { font-weight: bold; paint-order: stroke; stroke: #fff; stroke-width: 3px; }
 footer { margin-top: 28px; border-top: 1px solid #999; }
 @media print {
   body { max-width: none; margin: 0; padding: 0; font-size: 10pt; }
@@ -65,7 +83,8 @@ footer { margin-top: 28px; border-top: 1px solid #999; }
 
 std::string PageBegin(std::string_view title) {
   return std::string(kHead) + Element("title", "", title) +
-         "</head>\n<body>\n" + Element("h1", "", title);
+         "</head>\n<body>\n" + std::string(TimePatterns()) +
+         Element("h1", "", title);
 }
 
 }  // namespace host
