@@ -85,7 +85,9 @@ for sample in *.pcap *.pcapng; do
   [[ $lines == $(grep -c '^      \[' "$work/text") ]] ||
     fail "$sample: the JSON has $lines tree lines"
 
-  [[ -z $twin ]] || for options in "--all --as-captured" "--json --as-captured --hex" "--row 3 --tree"; do
+  [[ -z $twin ]] || for options in "--all --as-captured" "--json --as-captured --hex" "--row 3 --tree" \
+    "--findings" "--contexts" "--contexts --json" "--timing" "--csv" "--dump" "--dicom-json" \
+    "--element 0008,0060"; do
     capdump $options "$sample" >"$work/any" 2>&1 || : # only compared
   done
 done

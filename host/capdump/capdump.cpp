@@ -90,10 +90,15 @@ std::optional<std::uint64_t> MostTemporaryBytes(const Options& options) {
   return kMegabyte * std::min(*options.most_temporary_megabytes, kMost);
 }
 
-// What is wrong and what happened, or the lists.
-void ShowRest(const Options& options, const std::string& name,
-              const std::vector<Connection>& connections,
-              const Overview& overview) {
+// What the options ask for; else what is wrong and what happened, or the lists.
+void ShowWanted(const Options& options, const std::string& name,
+                const std::vector<Connection>& connections,
+                const Overview& overview) {
+  if (!options.export_folder.empty() || DataOutput::IsWanted(options)) {
+    return ShowData(options, connections);
+  }
+  if (options.contexts) return ShowContexts(options, connections);
+  if (options.timing || options.csv) return ShowTiming(options, connections);
   if (options.json) overview.ShowJson(options, WriteOutput);
   if (options.follow) {
     if (!options.json) overview.ShowFindings(options, WriteOutput);
@@ -158,19 +163,11 @@ ExitCode DumpCapture(const Options& options) {
     RequireConnection(*options.connection, loader.connections().whole_size());
   }
   const Overview overview(connections, {.damage = loader.Damage()});
-  if (!options.export_folder.empty() || DataOutput::IsWanted(options)) {
-    ShowData(options, connections);
-  } else if (options.contexts) {
-    ShowContexts(options, connections);
-  } else if (options.timing || options.csv) {
-    ShowTiming(options, connections);
-  } else {
-    const std::string name = NameOf(options, inputs, loader.names());
-    if (!options.page_file.empty()) {
-      WritePage(options, name, loader.names(), overview);
-    }
-    ShowRest(options, name, connections, overview);
+  const std::string name = NameOf(options, inputs, loader.names());
+  if (!options.page_file.empty()) {
+    WritePage(options, name, loader.names(), overview);
   }
+  ShowWanted(options, name, connections, overview);
   for (const std::string& failure : inputs.failures) Complain(failure);
   for (const std::string& note : loader.Notes()) Complain(note);
   if (!inputs.failures.empty() || !loader.Damage().empty()) return kUnreadable;

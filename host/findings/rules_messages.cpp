@@ -141,19 +141,23 @@ class StatusRule {
     }
     Finding& found = list_.Add(slug, sentence + ".");
     if (lacks_role) {
-      found.advice = "Let the " + Peer(1 - first.direction, association) +
-                     " propose the SCP role for this class, and the other side "
-                     "grant it.";
+      found.advice = RoleAdvice(Peer(1 - first.direction, association));
     } else if (refused && !destination.empty()) {
-      found.advice =
-          "Does the acceptor know this destination, with the right address and "
-          "port? Its log says more about this status.";
+      found.advice = kDestinationAdvice;
     }
     SetPlace(first, found);
     found.others = answers.others;
     found.likeness = at_.Address(first.direction) + '\n' +
                      StatusWithText(code, command, sop_class) +
                      set.error_comment;
+  }
+
+  static constexpr std::string_view kDestinationAdvice =
+      "Does the acceptor know this destination, with the right address and "
+      "port? Its log says more about this status.";
+  static std::string RoleAdvice(const std::string& sender) {
+    return "Let the " + sender +
+           " propose the SCP role for this class, and the other side grant it.";
   }
 
   std::string Peer(std::uint32_t direction, std::uint32_t association) const {

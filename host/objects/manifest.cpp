@@ -30,7 +30,11 @@ void ForEachColumn(const ExportedObject& object, bool has_files,
   text("complete", object.incomplete.empty() ? "yes" : "no");
   text("incomplete_because", object.incomplete);
   number("connection", object.connection + 1);
-  text("row", object.row ? std::to_string(*object.row + 1) : "");
+  if (object.row) {
+    number("row", *object.row + 1);
+  } else {
+    text("row", "");
+  }
   text("command", object.command);
   number("first_frame", object.first_frame);
   number("last_frame", object.last_frame);
