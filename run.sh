@@ -31,7 +31,7 @@ is_complete() {
   while (($#)); do
     case $1 in
       --help | -h | --version) return 0 ;;
-      --row | --connection | --inline | --element | --filter | --part | --max-temporary | --module | --save | --export)
+      --row | --connection | --inline | --element | --filter | --part | --max-temporary | --module | --save | --report | --export)
         (($# > 1)) || return 0  # capdump will complain
         shift
         ;;

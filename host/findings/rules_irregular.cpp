@@ -294,6 +294,11 @@ void AddRow(const Case& c, const std::string& peer, FindingList& list) {
   if (row->slug.starts_with("context-")) {
     found.context = static_cast<std::uint8_t>(c.what.found);
   }
+  // Without a name nobody minds: the port says it.
+  if (c.what.kind == IrregularityKind::kBadApplicationContext &&
+      c.what.text.empty()) {
+    found.severity = Severity::kNote;
+  }
   // A release that comes early or twice, and is answered, hurts nobody.
   if (c.what.kind == IrregularityKind::kUnexpectedPdu &&
       c.what.found == kReleaseRq && c.association != nullptr &&

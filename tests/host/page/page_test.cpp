@@ -35,7 +35,8 @@ TEST(LadderTest, WhatIsAlikeIsOneRungAndAFailureShows) {
     request.sop_class = "1.2.840.10008.5.1.4.1.1.2";
     request.data_bytes = 100;
     request.first_frame = request.last_frame = 2 * i + 1;
-    request.first_time = request.last_time = 1'000'000'000 * (i + 1);
+    request.first_time = request.last_time =
+        Nanoseconds{1'000'000'000} * (i + 1);
     request.answers = 1;
     request.last_answer = 2 * i + 1;
     DialogueMessage answer = request;
