@@ -148,7 +148,9 @@ class JsonReport final : public Report {
     object.Number("context", message.context);
     if (message.message_id) object.Number("message_id", *message.message_id);
     object.Text("sop_class", Utf8FromCodePage1252(message.sop_class));
-    AddTimes(timing_.messages[index], object);
+    if (index < timing_.messages.size()) {
+      AddTimes(timing_.messages[index], object);
+    }
     if (message.IsAnswer()) AddAnswer(*dialogue, message, object);
   }
 
