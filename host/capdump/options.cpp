@@ -152,10 +152,11 @@ void RequireCaptures(const Options& options) {
     throw UsageError(
         "Standard input is read alone: name no other capture beside -.");
   }
-  const bool is_whole = options.row || options.contexts || options.findings ||
-                        !options.save_file.empty() || options.dump ||
-                        options.dicom_json || !options.elements.empty() ||
-                        !options.export_folder.empty();
+  const bool is_whole =
+      options.row || options.contexts || options.findings ||
+      !options.save_file.empty() || options.dump || options.dicom_json ||
+      !options.elements.empty() || options.timing || options.csv ||
+      !options.page_file.empty() || !options.export_folder.empty();
   if (options.follow && (captures.size() > 1 || is_whole)) {
     throw UsageError(
         "The option --follow shows rows of one capture as they come: name one "

@@ -80,9 +80,12 @@ std::size_t GzipInflow::Read(std::span<std::uint8_t> to) {
       if (!between_members_) damage_ = "its compressed bytes break off";
       break;
     }
-    // Behind the last member there may be anything: gzip ignores it as well.
+    // Behind the last member there may be zeros, as on a tape.
     if (between_members_ && *state.next_in != 0x1F) {
       over_ = true;
+      if (*state.next_in != 0) {
+        damage_ = "what follows its compressed bytes is not compressed";
+      }
       break;
     }
     between_members_ = false;

@@ -22,7 +22,11 @@ bool CapturePart::Holds(const Endpoint& one, const Endpoint& other) const {
   if (count == 1) return true;
   std::uint64_t hash = Hash(std::min(one, other), 0xCBF29CE484222325);
   hash = Hash(std::max(one, other), hash);
-  hash ^= hash >> 32;  // the low bits alone know too little of the first bytes
+  // Clients count their ports up in steps, often of two: each bit of an end has
+  // to reach all bits of the result.
+  hash = (hash ^ hash >> 33) * 0xFF51AFD7ED558CCD;
+  hash = (hash ^ hash >> 33) * 0xC4CEB9FE1A85EC53;
+  hash ^= hash >> 33;
   return static_cast<std::uint32_t>(hash) % count == index;
 }
 

@@ -80,7 +80,7 @@ struct Connection {
   std::uint64_t captured_packets = 0;
   std::uint64_t payload_bytes = 0;  // both directions, each byte once
   Nanoseconds first_time = 0;
-  Nanoseconds last_time = 0;
+  Nanoseconds last_time = 0;  // the latest, should the clock have stepped
   std::unique_ptr<PacketFeed> feed;
   // Whoever was asked to see the PDUs of clean streams; else null. It reads
   // bytes of `feed`. Shared so that this header need not know it.

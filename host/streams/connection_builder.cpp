@@ -1,5 +1,7 @@
 #include "host/streams/connection_builder.h"
 
+#include <algorithm>
+
 namespace host {
 
 void ConnectionBuilder::Add(const TcpFrame& frame, std::uint32_t direction) {
@@ -7,8 +9,9 @@ void ConnectionBuilder::Add(const TcpFrame& frame, std::uint32_t direction) {
     connection_.first_endpoint = EndpointText(frame.source);
     connection_.second_endpoint = EndpointText(frame.destination);
     connection_.first_time = frame.time;
+    connection_.last_time = frame.time;
   }
-  connection_.last_time = frame.time;
+  connection_.last_time = std::max(connection_.last_time, frame.time);
   if (watch_.Add(frame, direction)) transfer_.Add(frame, direction);
   AddSegment(frame, direction);
 }

@@ -271,6 +271,14 @@ TEST(CaptureReaderTest, ReadsWhatGzipHasCompressed) {
   }
   EXPECT_EQ(frames_before, wire.segments.size());
 
+  Bytes broken = packed;  // where the second part begins
+  broken[first.size()] = 0x55;
+  file.Write(broken);
+  CaptureReader broken_reader(file.path(), "");
+  while (broken_reader.Next()) {
+  }
+  EXPECT_FALSE(broken_reader.Failures().empty());
+
   file.Write(Gzipped(plain + Bytes(20'000'000, 0)));
   CaptureReader reader(file.path(), "", 1'000'000);
   for (std::size_t i = 0; i < wire.segments.size(); ++i) reader.Next();

@@ -155,6 +155,24 @@ std::set<std::string> ConnectionsOf(const std::vector<TcpFrame>& frames,
 
 // Nine pairs of ends have four connections each, one behind the other, of which
 // some lack their SYN, some their end, and some are reset.
+// As clients often are: their ports are even, or lie behind each other.
+TEST(CapturePartTest, TakesItsShareOfNeighbouringPorts) {
+  constexpr int kClients = 512;
+  for (const int step : {1, 2, 4}) {
+    for (const std::uint32_t parts : {2u, 8u}) {
+      int own = 0;
+      for (int i = 0; i < kClients; ++i) {
+        Endpoint client = PeerOf(0);
+        client.port = static_cast<std::uint16_t>(40000 + i * step);
+        if (CapturePart{1, parts}.Holds(PeerOf(1), client)) ++own;
+      }
+      const int share = kClients / static_cast<int>(parts);
+      EXPECT_GT(own, share / 2) << step << " " << parts;
+      EXPECT_LT(own, share * 3 / 2) << step << " " << parts;
+    }
+  }
+}
+
 TEST(CapturePartTest, PartsTogetherAreTheWholeWithItsNumbers) {
   std::vector<Bytes> bytes;
   std::vector<TcpFrame> frames;
