@@ -142,16 +142,32 @@ class CapviewTest : public testing::Test {
   static void CALLBACK OnDialogTimer(HWND, UINT, UINT_PTR timer, DWORD) {
     const HWND dialog = FindWindowW(MAKEINTRESOURCEW(32770), nullptr);
     if (!IsWindowVisible(dialog)) return;
-    KillTimer(nullptr, timer);
     if (answer_.first == kFolder) {
       SendMessageW(dialog, BFFM_SETSELECTIONW, TRUE,
                    reinterpret_cast<LPARAM>(answer_.second.c_str()));
+      // Its tree may still be on its way to the folder that it begins with.
+      if (SelectedFolder(dialog) != fs::path(answer_.second).filename()) return;
     } else {
       SetDlgItemTextW(dialog, answer_.first, answer_.second.c_str());
     }
+    KillTimer(nullptr, timer);
     PostMessageW(dialog, WM_COMMAND, IDOK, 0);
   }
   void Find(const wchar_t* text) { Command(IDM_FIND, IDC_ASK_TEXT, text); }
+
+  static std::wstring SelectedFolder(HWND dialog) {
+    const HWND tree = FindWindowExW(dialog, nullptr, L"SysTreeView32", nullptr);
+    wchar_t text[MAX_PATH] = L"";
+    TVITEMW item{};
+    item.mask = TVIF_TEXT;
+    item.hItem = TreeView_GetSelection(tree);
+    item.pszText = text;
+    item.cchTextMax = MAX_PATH;
+    if (item.hItem != nullptr) {
+      SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    }
+    return item.pszText;
+  }
 
   // What the person sees.
   HWND Control(int id) { return GetDlgItem(window_->Handle(), id); }
