@@ -106,7 +106,7 @@ def compare_images(bench, folder, megabytes):
     print(f"{megabytes} MB of images as JSON")
     json = ["--json", "--tree", images]
     whole = bench.row("capdump --json --tree", [NATIVE, *json])
-    parts = bench.row("the same by two processes, --part 1/2 and 2/2",
+    parts = bench.row("the same by two processes, each with its --part",
                       *([NATIVE, "--part", f"{part}/2", *json] for part in (1, 2)))
     tshark = bench.row("tshark -T json", ["tshark", "-r", images, "-Y", "dicom", "-T", "json"])
     bench.ratio("capdump of tshark", whole, tshark, 0.5)
