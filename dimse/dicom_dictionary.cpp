@@ -31,6 +31,16 @@ struct FileClose {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
+// Hosts know these very paths. On other systems a backslash would be a letter
+// of the file's name.
+#ifdef _WIN32
+constexpr char kDataPath[] = ".\\Data.dic";
+constexpr char kUidPath[] = ".\\Uid.dic";
+#else
+constexpr char kDataPath[] = "./Data.dic";
+constexpr char kUidPath[] = "./Uid.dic";
+#endif
+
 // The bytes of the whole file, up to the Ctrl-Z that ends a text in Windows'
 // text mode. Not through iostreams, whose locales would take a thread-local
 // slot that unloading does not give back.
@@ -125,7 +135,7 @@ std::int32_t VrCodeOf(std::string_view vr_text) {
 }
 
 DicomDictionary::DicomDictionary()
-    : data_text_(ReadTextFile("Data.dic")), uid_text_(ReadTextFile("Uid.dic")) {
+    : data_text_(ReadTextFile(kDataPath)), uid_text_(ReadTextFile(kUidPath)) {
   ForEachLine(data_text_,
               [this](std::string_view line) { AddDataElement(line); });
   ForEachLine(uid_text_, [this](std::string_view line) { AddUid(line); });

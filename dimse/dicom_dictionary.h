@@ -54,7 +54,7 @@ struct DataElementEntry {
 // construction and only read from then on.
 class DicomDictionary {
  public:
-  // Reads Data.dic, then Uid.dic. Malformed lines are dropped. Throws
+  // Reads ".\Data.dic", then ".\Uid.dic". Malformed lines are dropped. Throws
   // ErrorWhileOpenFile when one of them cannot be opened.
   DicomDictionary();
   DicomDictionary(const DicomDictionary&) = delete;

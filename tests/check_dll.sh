@@ -26,4 +26,7 @@ grep -qi 'DllCharacteristics[[:space:]]*00000140' <<<"$headers" ||
 grep -q '^Time/Date[[:space:]].*1970$' <<<"$headers" || fail "the image has a timestamp"
 grep -q 'Time/Date stamp[[:space:]]*0$' <<<"$headers" || fail "the export table has a timestamp"
 i686-w64-mingw32-objdump -h "$dll" | grep -q '\.rsrc' || fail "no version resource"
+for path in '.\Data.dic' '.\Uid.dic'; do
+  grep -qF "$path" "$dll" || fail "it does not open $path"
+done
 echo "the DLL is as hosts expect it"
