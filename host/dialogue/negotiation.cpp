@@ -10,7 +10,6 @@
 namespace host {
 namespace {
 
-constexpr std::string_view kImplicitLittle = "1.2.840.10008.1.2";
 constexpr std::size_t kMostKept = 64;  // acceptances of a title and a class
 constexpr std::size_t kMostNamed = 8;  // sentences of one kind
 
@@ -18,11 +17,6 @@ std::string RoleText(const RoleSelection* role) {
   if (role == nullptr) return "none";
   if (role->scu && role->scp) return "SCU+SCP";
   return role->scu ? "SCU" : role->scp ? "SCP" : "neither";
-}
-
-bool IsUncompressed(std::string_view syntax) {
-  return syntax == kImplicitLittle || syntax == "1.2.840.10008.1.2.1" ||
-         syntax == "1.2.840.10008.1.2.1.99" || syntax == "1.2.840.10008.1.2.2";
 }
 
 class Notes {
@@ -150,7 +144,8 @@ class Notes {
     for (const PresentationContext& context : association_.contexts) {
       if (!context.proposed) continue;
       all.insert(context.abstract_syntax);
-      if (std::ranges::count(context.transfer_syntaxes, kImplicitLittle) != 0) {
+      if (std::ranges::count(context.transfer_syntaxes,
+                             kImplicitVrLittleEndian) != 0) {
         offered.insert(context.abstract_syntax);
       }
     }
@@ -171,6 +166,13 @@ class Notes {
 };
 
 }  // namespace
+
+bool IsUncompressed(std::string_view transfer_syntax) {
+  return transfer_syntax == kImplicitVrLittleEndian ||
+         transfer_syntax == "1.2.840.10008.1.2.1" ||
+         transfer_syntax == "1.2.840.10008.1.2.1.99" ||
+         transfer_syntax == "1.2.840.10008.1.2.2";
+}
 
 std::string SyntaxNames(const std::vector<std::string>& uids) {
   std::string text;

@@ -16,6 +16,12 @@ namespace host {
 
 // What was negotiated in an association, as people want to read it.
 
+// What every side has to offer and to accept.
+inline constexpr std::string_view kImplicitVrLittleEndian = "1.2.840.10008.1.2";
+// Whether data in this transfer syntax are sent without any compression of
+// their pixels; deflated ones are.
+bool IsUncompressed(std::string_view transfer_syntax);
+
 inline constexpr std::size_t kNegotiationColumns = 7;
 // The ID, the abstract syntax, the proposed transfer syntaxes, the result, the
 // chosen syntax, the roles asked and granted, the number of messages. UTF-8.

@@ -107,10 +107,8 @@ void SetPlace(const DialogueMessage& message, Finding& finding) {
 }
 
 void SetPlace(const Ending& ending, Finding& finding) {
+  SetFrame({ending.frame, ending.time}, finding);
   finding.pdu = ending.pdu;
-  finding.first_frame = ending.frame;
-  finding.last_frame = ending.frame;
-  finding.time = ending.time;
 }
 
 void SetFrame(const FrameMark& mark, Finding& finding) {

@@ -3,6 +3,7 @@
 #include <set>
 #include <string_view>
 
+#include "host/dialogue/negotiation.h"
 #include "host/dialogue/outcome.h"
 #include "host/findings/rules.h"
 #include "host/streams/pdu_header.h"
@@ -11,20 +12,12 @@
 namespace host {
 namespace {
 
-constexpr std::string_view kImplicit = "1.2.840.10008.1.2";
-
-bool IsUncompressed(std::string_view syntax) {
-  return syntax == kImplicit || syntax == "1.2.840.10008.1.2.1" ||
-         syntax == "1.2.840.10008.1.2.1.99" || syntax == "1.2.840.10008.1.2.2";
-}
-
 // What became of one SOP class over all contexts that propose it.
 struct ClassResult {
   bool accepted = false;
   bool for_syntax = false;          // refused for its transfer syntaxes
   bool compressed_refused = false;  // a context with compressed ones only was
   bool uncompressed_only = true;    // of those that were accepted
-  bool proposes_compressed = false;
   std::uint32_t refused = 0;
   std::uint8_t result = 0;  // of a refusal
   std::uint8_t id = 0;
@@ -39,12 +32,8 @@ std::map<std::string, ClassResult> ResultsOf(const Association& association) {
     if (!context.proposed || !context.result) continue;
     ClassResult& result = results[context.abstract_syntax];
     result.messages += context.messages;
-    const bool compressed = std::ranges::none_of(
-        context.transfer_syntaxes,
-        [](const std::string& syntax) { return IsUncompressed(syntax); });
-    result.proposes_compressed |= std::ranges::any_of(
-        context.transfer_syntaxes,
-        [](const std::string& syntax) { return !IsUncompressed(syntax); });
+    const bool compressed =
+        std::ranges::none_of(context.transfer_syntaxes, IsUncompressed);
     if (context.IsAccepted()) {
       result.accepted = true;
       result.uncompressed_only &= IsUncompressed(context.chosen_syntax);
@@ -263,7 +252,7 @@ void NoteMissingImplicit(const SceneConnection& at,
                          const Association& association, FindingList& list) {
   std::set<std::string_view> with_implicit;
   for (const PresentationContext& context : association.contexts) {
-    if (std::ranges::find(context.transfer_syntaxes, kImplicit) !=
+    if (std::ranges::find(context.transfer_syntaxes, kImplicitVrLittleEndian) !=
         context.transfer_syntaxes.end()) {
       with_implicit.insert(context.abstract_syntax);
     }
