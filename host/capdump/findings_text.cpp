@@ -168,12 +168,10 @@ void AppendStory(const Scene& scene, const StoryGroup& group,
                  std::string& text) {
   const SceneConnection& at = *scene.Find(group.first);
   const Connection& connection = *at.connection;
-  std::string begin = UtcTime(connection.first_time, 3);
-  begin.replace(10, 1, " ").replace(begin.size() - 1, 1, " UTC");
   text += "\nConnection " + std::to_string(group.first + 1) + "  ";
   AppendWrapped(
       at.Address(at.client) + " --> " + at.Address(1 - at.client) + ", " +
-          begin + ", " +
+          UtcText(connection.first_time, 3) + ", " +
           Seconds(connection.last_time - connection.first_time, 3) + " s" +
           (group.others == 0
                ? ""

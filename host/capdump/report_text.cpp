@@ -112,9 +112,7 @@ class TextReport final : public Report {
     Line("Connection " + std::to_string(reported.index + 1) + "  " +
          connection.first_endpoint + " --> " + connection.second_endpoint);
     if (reported.ae_titles) Fact("AE titles", TitlesText(*reported.ae_titles));
-    std::string begin = UtcTime(connection.first_time, 6);
-    begin.replace(10, 1, " ").replace(begin.size() - 1, 1, " UTC");
-    Fact("begins", begin);
+    Fact("begins", UtcText(connection.first_time, 6));
     Fact("lasts",
          Seconds(connection.last_time - connection.first_time, 6) + " s, " +
              CountText(connection.captured_packets, "packet", "packets") +

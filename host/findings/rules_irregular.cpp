@@ -37,8 +37,7 @@ struct Case {
     }
     const DialogueMessage& message = at.dialogue->messages[*what.message];
     const std::string command = CommandText(message.command_field);
-    return (command.starts_with('N') ? "an " : "a ") + command +
-           (message.IsAnswer() ? " answer" : "");
+    return OneCommandText(command) + (message.IsAnswer() ? " answer" : "");
   }
 };
 

@@ -38,7 +38,7 @@ std::string CommentText(const CommandSet& set) {
 }
 
 std::string PluralText(std::uint64_t count, const std::string& command) {
-  return count == 1 ? (command.starts_with('N') ? "an " : "a ") + command
+  return count == 1 ? OneCommandText(command)
                     : NumberText(count) + " " + command + " requests";
 }
 

@@ -253,6 +253,10 @@ std::string CommandText(std::uint16_t command_field) {
   return text;
 }
 
+std::string OneCommandText(const std::string& command) {
+  return (command.starts_with('N') ? "an " : "a ") + command;
+}
+
 std::string DurationText(Nanoseconds duration) {
   char text[32];
   if (duration >= 100 * kSecond) {

@@ -122,6 +122,8 @@ std::string EndingText(const Ending& ending, const Association& association);
 
 // "C-STORE" of a request or an answer.
 std::string CommandText(std::uint16_t command_field);
+// With its article: "a C-STORE", "an N-GET".
+std::string OneCommandText(const std::string& command);
 // "0.8 ms", "41 ms", "1.25 s", "300 s".
 std::string DurationText(Nanoseconds duration);
 // ", likely a time-out of 30 s" for round ones, else nothing.

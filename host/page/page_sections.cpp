@@ -10,6 +10,7 @@
 #include "host/page/time_section.h"
 #include "host/rows/negotiation_text.h"
 #include "host/text/number_text.h"
+#include "host/text/time_text.h"
 #include "host/timing/connection_timing.h"
 
 namespace host {
@@ -24,11 +25,6 @@ constexpr std::size_t kMostTexts = 20;         // of evidence, of notes
 constexpr std::size_t kMostCharacters = 1200;  // of a text
 constexpr std::size_t kMostNumbers = 30;       // of connections
 constexpr std::string_view kArrow = " \xE2\x86\x92 ";
-
-std::string UtcText(Nanoseconds time, int digits) {
-  std::string text = UtcTime(time, digits);
-  return text.replace(10, 1, " ").replace(text.size() - 1, 1, " UTC");
-}
 
 std::string Texts(std::string_view style_class,
                   const std::vector<std::string>& texts) {

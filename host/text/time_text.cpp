@@ -37,6 +37,13 @@ std::string UtcTime(Nanoseconds time, int digits) {
   return text.data() + Fraction(clock.subseconds().count(), digits) + "Z";
 }
 
+std::string UtcText(Nanoseconds time, int digits) {
+  std::string text = UtcTime(time, digits);
+  text.replace(text.find('T'), 1, " ");
+  text.pop_back();
+  return text + " UTC";
+}
+
 std::string Seconds(Nanoseconds duration, int digits) {
   const bool negative = duration < 0;
   if (negative) duration = -duration;

@@ -12,6 +12,8 @@ using Nanoseconds = std::int64_t;
 
 // "2024-05-03T10:11:12.123456789Z"; `digits` of the second's fraction, 0 to 9.
 std::string UtcTime(Nanoseconds time, int digits);
+// The same for people: "2024-05-03 10:11:12.123 UTC".
+std::string UtcText(Nanoseconds time, int digits);
 std::string TimeOfDay(Nanoseconds time);  // "10:11:12.123456", UTC
 // "1.234567"; `digits` of the fraction, 0 to 9.
 std::string Seconds(Nanoseconds duration, int digits);

@@ -29,6 +29,7 @@ TEST(TextEncodingTest, JsonStringsAreValidWhateverIsPutIn) {
 TEST(TimeTextTest, TimesAreUtcWithTheAskedDigits) {
   constexpr Nanoseconds kNoon = 1'714'737'600'000'000'000;
   EXPECT_EQ(UtcTime(kNoon + 123'456'789, 9), "2024-05-03T12:00:00.123456789Z");
+  EXPECT_EQ(UtcText(kNoon, 3), "2024-05-03 12:00:00.000 UTC");
   EXPECT_EQ(UtcTime(-1, 6), "1969-12-31T23:59:59.999999Z");
   EXPECT_EQ(Seconds(61'000'500'000, 6), "61.000500");
   EXPECT_EQ(Seconds(-1'500'000, 6), "-0.001500");
