@@ -22,6 +22,14 @@ constexpr Nanoseconds kLeastQuiet = kMillisecond;
 constexpr Nanoseconds kLongestTrip = 60'000 * kMillisecond;
 constexpr std::uint32_t kRepeatsUntilFast = 2;
 
+// Whether a side can have sent something because of what passed the capture
+// point so long before, and did not wait. How soon it can at the earliest only
+// a handshake tells: acknowledgements of data may all have been delayed.
+bool IsAtOnce(Nanoseconds since, Nanoseconds trip, const FlowFacts& flow) {
+  const Nanoseconds soonest = flow.handshake_trip ? trip / 2 : 0;
+  return since >= soonest && since <= trip + trip / 4 + kAtOnce;
+}
+
 }  // namespace
 
 void TransferWatch::NoteData(const Packet& packet) {
@@ -125,9 +133,8 @@ void TransferWatch::NoteWaitBefore(const Packet& packet) {
   FlowFacts& flow = facts_.flows[packet.side];
   const Nanoseconds trip =
       std::min(flow.LeastTrip().value_or(kMillisecond), kLongestTrip);
-  const Nanoseconds at_once = trip + trip / 4 + kAtOnce;
   if (side.limited_since && side.limited_until &&
-      packet.time - *side.limited_until <= at_once) {
+      IsAtOnce(packet.time - *side.limited_until, trip, flow)) {
     flow.window_limited += packet.time - *side.limited_since;
   }
   side.limited_since.reset();
@@ -135,7 +142,7 @@ void TransferWatch::NoteWaitBefore(const Packet& packet) {
   if (InFlight(packet.side) != 0 || side.advanced == 0) return;
   if (side.release && !packet.header.Has(kFin) &&
       packet.payload < FullPayload(packet.side) &&
-      packet.time - side.release->acknowledged <= at_once &&
+      IsAtOnce(packet.time - side.release->acknowledged, trip, flow) &&
       packet.time - side.release->sent >= kLeastHeldBack) {
     AddWait(WaitKind::kHeldBack, packet.side, side.release->sent, packet,
             side.release->acknowledged);

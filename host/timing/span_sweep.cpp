@@ -62,14 +62,17 @@ void SpanSweep::Negotiate() {
     spoke_ = requestor_;
   }
   const std::uint32_t acceptor = 1 - requestor_;
-  if (association_.accept) {
-    Turn(EndOf(association_.accept->place.pdu), TimePart::kNegotiating,
-         acceptor, {});
-  } else if (association_.reject) {
-    Turn(EndOf(association_.reject->place.pdu), TimePart::kNegotiating,
-         acceptor, {});
-  } else if (request &&
-             association_.first_message == association_.end_message) {
+  std::optional<std::uint32_t> answer;
+  if (association_.accept)
+    answer = association_.accept->place.pdu;
+  else if (association_.reject)
+    answer = association_.reject->place.pdu;
+  if (answer) {
+    Turn(EndOf(*answer), TimePart::kNegotiating, acceptor, {});
+    spoke_ = acceptor;
+    return;
+  }
+  if (request && association_.first_message == association_.end_message) {
     Turn(EndOfTalk(), TimePart::kNegotiating, acceptor, {});
   }
   spoke_.reset();
@@ -77,7 +80,11 @@ void SpanSweep::Negotiate() {
 
 Microseconds SpanSweep::EndOfTalk() const {
   Microseconds end = end_;
-  if (const auto closing = FirstClosing()) end = std::min(end, closing->time);
+  for (const Step& closing : Closings()) end = std::min(end, closing.time);
+  for (std::uint32_t i = association_.first_message;
+       i < association_.end_message; ++i) {
+    end = std::max(end, timing_.Since(timing_.messages[i].last.time));
+  }
   if (association_.reject) {
     end = std::min(end, EndOf(association_.reject->place.pdu));
   }
@@ -90,25 +97,38 @@ Microseconds SpanSweep::EndOfTalk() const {
   return end;
 }
 
-std::optional<SpanSweep::Closing> SpanSweep::FirstClosing() const {
-  if (index_ + 1 != dialogue_.associations.size()) return {};
-  std::optional<Closing> first;
+std::vector<SpanSweep::Step> SpanSweep::Closings() const {
+  std::vector<Step> steps;
+  if (index_ + 1 != dialogue_.associations.size()) return steps;
   for (const std::uint32_t direction : {0u, 1u}) {
     const SideFacts& side = connection_.transport.sides[direction];
     for (const auto& mark : {side.fin, side.rst}) {
       if (!mark) continue;
-      const Microseconds time =
-          timing_.Since(connection_.transfer.TimeOf(mark->frame, mark->time));
-      if (!first || time < first->time) first = Closing{time, direction};
+      steps.push_back(
+          {timing_.Since(connection_.transfer.TimeOf(mark->frame, mark->time)),
+           direction, 1 - direction});
     }
   }
-  if (!first) return {};
-  for (std::uint32_t i = association_.first_message;
-       i < association_.end_message; ++i) {
-    first->time =
-        std::max(first->time, timing_.Since(timing_.messages[i].last.time));
+  return steps;
+}
+
+std::vector<SpanSweep::Step> SpanSweep::Steps() const {
+  std::vector<Step> steps;
+  const auto add = [&](const WirePlace& place, std::uint32_t next) {
+    steps.push_back({EndOf(place.pdu), place.direction, next});
+  };
+  if (association_.reject) add(association_.reject->place, requestor_);
+  if (association_.release_request) {
+    const std::uint32_t asks = association_.release_request->direction;
+    add(*association_.release_request, 1 - asks);
+    if (association_.release_answer) add(*association_.release_answer, asks);
   }
-  return first;
+  for (const Abort& abort : association_.aborts) {
+    add(abort.place, 1 - abort.place.direction);
+  }
+  for (const Step& step : Closings()) steps.push_back(step);
+  std::ranges::stable_sort(steps, {}, &Step::time);
+  return steps;
 }
 
 std::vector<SpanSweep::Event> SpanSweep::Events() const {
@@ -172,39 +192,27 @@ void SpanSweep::SpanUntil(Microseconds time, const Event* next) {
     Turn(time, message.IsAnswer() ? TimePart::kThinking : TimePart::kPreparing,
          message.direction, next->message);
   } else {
-    Until(time, TimePart::kIdle, TimeOwner::kRequestor);
+    Turn(time, TimePart::kIdle, requestor_, {});
   }
   spoke_.reset();
 }
 
 void SpanSweep::Release() {
-  const std::uint32_t acceptor = 1 - requestor_;
-  if (association_.release_request) {
-    const WirePlace& request = *association_.release_request;
-    Until(EndOf(request.pdu), TimePart::kReleasing, OwnerOf(request.direction));
-    spoke_ = request.direction;
-    if (association_.release_answer) {
-      Turn(EndOf(association_.release_answer->pdu), TimePart::kReleasing,
-           1 - request.direction, {});
-      Until(end_, TimePart::kReleasing, OwnerOf(request.direction));
-    }
-    Turn(end_, TimePart::kReleasing, 1 - request.direction, {});
-  } else if (!association_.aborts.empty()) {
-    Until(end_, TimePart::kReleasing,
-          OwnerOf(1 - association_.aborts.front().place.direction));
-  } else if (const auto closing = FirstClosing();
-             closing && !association_.reject) {
-    Until(end_, TimePart::kReleasing, OwnerOf(1 - closing->direction));
-  } else {
-    Until(end_, TimePart::kReleasing,
-          OwnerOf(association_.reject ? requestor_ : acceptor));
+  spoke_.reset();
+  std::optional<std::uint32_t> next;
+  for (const Step& step : Steps()) {
+    Turn(step.time, TimePart::kReleasing, next.value_or(step.direction), {});
+    spoke_ = step.direction;
+    next = step.next;
   }
+  Turn(end_, TimePart::kReleasing, next.value_or(1 - requestor_), {});
 }
 
 void SpanSweep::Turn(Microseconds until, TimePart part, std::uint32_t direction,
                      std::optional<std::uint32_t> message) {
   if (spoke_ && *spoke_ != direction) {
-    const TimePart way = message ? TimePart::kTransferring : part;
+    const TimePart way =
+        message || part == TimePart::kIdle ? TimePart::kTransferring : part;
     Until(std::min(at_ + TripTo(direction), until), way, TimeOwner::kNetwork,
           message);
   }

@@ -36,18 +36,24 @@ class SpanSweep {
     bool is_end = false;
   };
 
+  // Something by which the association comes to its end: who did it, and who
+  // has to do something next.
+  struct Step {
+    Microseconds time = 0;
+    std::uint32_t direction = 0;
+    std::uint32_t next = 0;
+  };
+
   void Connect();
   void Negotiate();
   void Converse(Microseconds until);
   void Release();
   // When the association goes over into its end.
   Microseconds EndOfTalk() const;
-  // The first FIN or RST behind all messages; none when there is none.
-  struct Closing {
-    Microseconds time = 0;
-    std::uint32_t direction = 0;
-  };
-  std::optional<Closing> FirstClosing() const;
+  // The connection's FINs and RSTs, if it ends with this association.
+  std::vector<Step> Closings() const;
+  // All by which it comes to its end, in their order.
+  std::vector<Step> Steps() const;
 
   std::vector<Event> Events() const;
   void Take(const Event& event);

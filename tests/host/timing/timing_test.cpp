@@ -192,6 +192,33 @@ TEST(TimingTest, SmallPacketsThatWaitForAnAcknowledgementAreTheirSenders) {
   EXPECT_EQ(TimesOf(no_delay).sums.Of(TimePart::kHeldBack), 0);
 }
 
+TEST(TimingTest, TheWayToAFarSideIsNobodysTime) {
+  Play play;  // captured at the acceptor, 50 ms from the requestor
+  play.Send(0, {}, kSyn).Send(1, {}, kSyn | kAck).After(50).Send(0, {});
+  play.After(2).Send(0, AssociateRequest({})).After(3);
+  play.Send(1, AssociateAccept({})).After(60).Send(0, kStore);
+  // On its way already when the acknowledgement left: not held back.
+  play.After(43).Acknowledge(1).After(2).Send(0, Object(100));
+  play.After(20).Send(1, kStored).After(55).Send(0, ReleaseRequest());
+  play.After(1).Send(1, ReleaseReply()).After(52).Send(0, {}, kFin | kAck);
+  play.After(4).Send(1, {}, kFin | kAck).After(50).Acknowledge(0);
+  EXPECT_EQ(Spans(TimesOf(play)),
+            "connecting network 50000\n"
+            "negotiating requestor 2000\n"
+            "negotiating acceptor 3000\n"
+            "transferring network 50000\n"
+            "preparing requestor 10000\n"
+            "transferring network 45000\n"
+            "thinking acceptor 20000\n"
+            "transferring network 50000\n"
+            "idle requestor 5000\n"
+            "releasing acceptor 1000\n"
+            "releasing network 50000\n"
+            "releasing requestor 2000\n"
+            "releasing acceptor 4000\n"
+            "releasing network 50000\n");
+}
+
 TEST(TimingTest, WhatTcpWaitsForBelongsToItsCause) {
   const Bytes object = Object(3000);
   const Bytes parts[] = {object.First(1000), object.Part(1000, 1000),
