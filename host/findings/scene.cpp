@@ -169,6 +169,22 @@ std::string PeerText(const SceneConnection& at, std::uint32_t direction,
   return title.empty() ? text + address : text + title + " (" + address + ")";
 }
 
+FrameMark BeginOf(const Dialogue& dialogue, const DialogueMessage& message) {
+  const std::uint32_t frame =
+      message.pieces.empty()
+          ? message.first_frame
+          : dialogue.pdus[message.pieces.front().pdu].last_frame;
+  return {frame, message.first_time};
+}
+
+FrameMark EndOf(const DialogueMessage& message) {
+  return {message.last_frame, message.last_time};
+}
+
+FrameMark MarkOf(const WirePlace& place) {
+  return {place.last_frame, place.time};
+}
+
 bool FollowsLoss(const Dialogue& dialogue, const WirePlace& place) {
   if (place.pdu >= dialogue.pdus.size()) return false;
   const DialoguePdu& pdu = dialogue.pdus[place.pdu];

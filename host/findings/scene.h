@@ -34,6 +34,11 @@ struct SceneConnection {
   }
   // "192.0.2.1:104".
   const std::string& Address(std::uint32_t direction) const;
+  // From the connection's first packet on, by the clock that never goes back.
+  Nanoseconds Since(const FrameMark& mark) const {
+    return connection->transfer.TimeOf(mark.frame, mark.time) -
+           connection->first_time;
+  }
   // Bytes of one direction are missing in the capture, so that nothing can be
   // concluded from what is not there.
   bool LacksBytes(std::uint32_t direction) const;
@@ -85,6 +90,12 @@ class Scene {
 // "client 192.0.2.2:41522". `association` may be null.
 std::string PeerText(const SceneConnection& at, std::uint32_t direction,
                      const Association* association);
+
+// The frames, and their times as captured, with which the first and the last
+// PDU of a message, or a PDU, were there.
+FrameMark BeginOf(const Dialogue& dialogue, const DialogueMessage& message);
+FrameMark EndOf(const DialogueMessage& message);
+FrameMark MarkOf(const WirePlace& place);
 
 // Whether bytes are missing in this PDU or before it: they read as zero, and
 // are nobody's fault.

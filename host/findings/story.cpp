@@ -1,6 +1,7 @@
 #include "host/findings/story.h"
 
 #include <algorithm>
+#include <limits>
 #include <map>
 
 #include "host/dialogue/outcome.h"
@@ -24,8 +25,8 @@ struct Run {
   std::string outcome;  // "0000h", "no answer"
   std::uint64_t answers = 0;
   std::uint64_t bytes = 0;  // of data sets, both ways
-  Nanoseconds begin = 0;
-  Nanoseconds end = 0;
+  FrameMark begin;
+  Nanoseconds end = 0;  // since the connection's first packet
 };
 
 class StoryTeller {
@@ -41,44 +42,49 @@ class StoryTeller {
       }
     }
     TellEnd();
-    std::ranges::stable_sort(story_.steps, {}, &StoryStep::since_begin);
+    TellClock();
+    std::ranges::stable_sort(story_.steps, {}, &StoryStep::frame);
     return std::move(story_);
   }
 
  private:
   // `shape` stands for the text among stories of the same shape.
-  void Add(Nanoseconds time, std::string text, const std::string& shape) {
-    story_.steps.push_back(
-        {time - at_.connection->first_time, std::move(text)});
+  void Add(const FrameMark& mark, std::string text, const std::string& shape) {
+    story_.steps.push_back({at_.Since(mark), mark.frame, std::move(text)});
     story_.shape += shape + '\n';
   }
-  void Add(Nanoseconds time, const std::string& text) { Add(time, text, text); }
+  void Add(const FrameMark& mark, const std::string& text) {
+    Add(mark, text, text);
+  }
+  void Add(const WirePlace& place, const std::string& text) {
+    Add(MarkOf(place), text);
+  }
 
   void TellBeginning() {
     const SideFacts& client = at_.Facts(at_.client);
     const SideFacts& server = at_.Facts(1 - at_.client);
     story_.shape = at_.Address(1 - at_.client) + '\n';
     if (client.syn && server.syns == 0) {
-      Add(client.syn->time, CountText(client.syns, "attempt", "attempts") +
-                                " to connect" +
-                                (server.packets == 0 ? ": no answer" : ""));
+      Add(*client.syn, CountText(client.syns, "attempt", "attempts") +
+                           " to connect" +
+                           (server.packets == 0 ? ": no answer" : ""));
     }
     const bool spoke = client.first_payload || server.first_payload;
     if (!spoke && server.syns != 0) {
-      Add(server.syn->time, "connected, and nothing was sent");
+      Add(*server.syn, "connected, and nothing was sent");
     }
     for (const std::uint32_t direction : {at_.client, 1 - at_.client}) {
       const SideFacts& facts = at_.Facts(direction);
       const std::string side = direction == at_.client ? "client" : "server";
       if (facts.tls && facts.first_payload) {
-        Add(facts.first_payload->time,
+        Add(*facts.first_payload,
             "the " + side + " speaks TLS" +
                 (facts.tls->server_name.empty()
                      ? ""
                      : ", server name " +
                            PrintableFromUtf8(facts.tls->server_name)));
       } else if (!at_.connection->carries_dicom && facts.first_payload) {
-        Add(facts.first_payload->time,
+        Add(*facts.first_payload,
             "the " + side + " sends something that is no DICOM");
       }
     }
@@ -101,12 +107,12 @@ class StoryTeller {
     FlushRuns();
     for (const Abort& abort : association.aborts) {
       const std::string reason = AbortReasonText(abort.source, abort.reason);
-      Add(abort.place.time, Side(association, abort.place.direction) +
-                                " aborts (by " + AborterText(abort.source) +
-                                (reason.empty() ? ")" : ": " + reason + ")"));
+      Add(abort.place, Side(association, abort.place.direction) +
+                           " aborts (by " + AborterText(abort.source) +
+                           (reason.empty() ? ")" : ": " + reason + ")"));
     }
     if (association.release_request) {
-      Add(association.release_request->time,
+      Add(*association.release_request,
           association.release_answer
               ? "released"
               : Side(association, association.release_request->direction) +
@@ -117,7 +123,7 @@ class StoryTeller {
   void TellNegotiation(const Association& association) {
     if (association.request) {
       const AssociationSide& request = *association.request;
-      Add(request.place.time,
+      Add(request.place,
           PrintableFromCodePage1252(request.calling_ae_title) + " asks " +
               PrintableFromCodePage1252(request.called_ae_title) +
               " for an association, " + ContextsText(association) +
@@ -128,13 +134,13 @@ class StoryTeller {
                    : ": no answer"));
     }
     if (association.accept) {
-      Add(association.accept->place.time,
+      Add(association.accept->place,
           AcceptText(association) +
               ToolkitOf(association, association.accept->place.direction));
     }
     if (association.reject) {
       const Rejection& reject = *association.reject;
-      Add(reject.place.time,
+      Add(reject.place,
           "rejected: " + RejectReasonText(reject.source, reject.reason) + " (" +
               RejectResultText(reject.result) + ")");
     }
@@ -197,8 +203,8 @@ class StoryTeller {
     if (cancels_.contains(index)) run.outcome += ", cancelled";
     run.answers = message.answers;
     run.bytes = message.data_bytes;
-    run.begin = message.first_time;
-    run.end = answer != nullptr ? answer->last_time : message.last_time;
+    run.begin = BeginOf(dialogue, message);
+    run.end = at_.Since(EndOf(answer != nullptr ? *answer : message));
     // Sub-operations of a C-GET have a run of their own inside of it.
     Run& current = message.parent ? inner_ : outer_;
     if (!message.parent) FlushRun(inner_, "  ");
@@ -239,7 +245,8 @@ class StoryTeller {
       text += ", " + CountText(run.answers, "answer", "answers");
     }
     if (run.bytes != 0) text += ", " + SizeText(run.bytes);
-    if (run.answers != 0) text += ", " + DurationText(run.end - run.begin);
+    if (run.answers != 0)
+      text += ", " + DurationText(run.end - at_.Since(run.begin));
     Add(run.begin, text, shape);
     run = {};
   }
@@ -254,21 +261,31 @@ class StoryTeller {
     const SideFacts& server = at_.Facts(1 - at_.client);
     if (ending.kind == Ending::Kind::kNone) {
       if (at_.Facts(at_.client).acknowledged) {
-        Add(at_.connection->last_time,
-            "the capture ends, the connection is "
-            "open");
+        Add(FrameMark{std::numeric_limits<std::uint32_t>::max(),
+                      at_.connection->last_time},
+            "the capture ends, the connection is open");
       }
       return;
     }
+    const FrameMark mark{ending.frame, ending.time};
     const std::string side =
         ending.direction == at_.client ? "the client" : "the server";
     if (ending.kind == Ending::Kind::kReset) {
-      Add(ending.time, server.syns == 0 && at_.Facts(at_.client).syn
-                           ? side + " refuses (RST)"
-                           : side + " resets the connection (RST)");
+      Add(mark, server.syns == 0 && at_.Facts(at_.client).syn
+                    ? side + " refuses (RST)"
+                    : side + " resets the connection (RST)");
     } else {
-      Add(ending.time, side + " closes (FIN)");
+      Add(mark, side + " closes (FIN)");
     }
+  }
+
+  void TellClock() {
+    const TransferFacts& transfer = at_.connection->transfer;
+    if (!transfer.GoesBack()) return;
+    Add({transfer.set_back_frame, at_.connection->last_time},
+        "the clock of the capture goes back by " +
+            DurationText(transfer.most_set_back),
+        "the clock goes back");
   }
 
   static std::string Side(const Association& association,

@@ -1,6 +1,7 @@
 #ifndef HOST_FINDINGS_STORY_H_
 #define HOST_FINDINGS_STORY_H_
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,8 +13,10 @@ namespace host {
 // One thing that happened in a connection, or several equal ones behind each
 // other.
 struct StoryStep {
-  Nanoseconds since_begin = 0;  // of the connection
-  std::string text;             // UTF-8, no full stop
+  // From the connection's first packet on, by the clock that never goes back.
+  Nanoseconds since_begin = 0;
+  std::uint32_t frame = 0;  // by which steps are ordered
+  std::string text;         // UTF-8, no full stop
 };
 
 struct Story {

@@ -18,8 +18,8 @@ struct Run {
   std::string what;  // "C-STORE CT Image Storage"
   std::uint32_t direction = 0;
   std::uint64_t bytes = 0;  // of their data sets
-  Nanoseconds begin = 0;
-  Nanoseconds end = 0;  // of the last request
+  FrameMark begin;
+  FrameMark end;  // of the last request
   std::uint32_t first_frame = 0;
   std::uint32_t last_frame = 0;
 
@@ -27,21 +27,22 @@ struct Run {
   std::uint64_t answered = 0;  // requests
   std::uint64_t failed = 0;
   std::uint64_t warnings = 0;
-  std::uint64_t cut_off = 0;      // requests that did not come to their end
-  std::string status;             // of the first that failed, else of the last
-  Nanoseconds answers_begin = 0;  // the first one's
-  Nanoseconds answers_end = 0;
+  std::uint64_t cut_off = 0;  // requests that did not come to their end
+  std::string status;         // of the first that failed, else of the last
+  FrameMark answers_begin;    // the first one's
+  FrameMark answers_end;
   std::uint32_t first_answer_frame = 0;
-  std::uint32_t last_answer_frame = 0;
 };
 
-void TakeAnswer(const DialogueMessage& answer, Run& run) {
+void TakeAnswer(const Dialogue& dialogue, const DialogueMessage& answer,
+                Run& run) {
   if (run.answered++ == 0) {
-    run.answers_begin = answer.first_time;
+    run.answers_begin = BeginOf(dialogue, answer);
     run.first_answer_frame = answer.first_frame;
   }
-  run.answers_end = std::max(run.answers_end, answer.last_time);
-  run.last_answer_frame = std::max(run.last_answer_frame, answer.last_frame);
+  if (answer.last_frame > run.answers_end.frame) {
+    run.answers_end = EndOf(answer);
+  }
   if (!answer.status) return;
   const StatusClass status_class =
       ExplainStatus(*answer.status, answer.command_field, answer.sop_class)
@@ -83,15 +84,17 @@ class LadderMaker {
       }
     }
     AddEnd();
-    std::ranges::stable_sort(rungs_, {}, &Rung::begin);
+    AddClock();
+    std::ranges::stable_sort(rungs_, {}, &Rung::begin_frame);
     return std::move(rungs_);
   }
 
  private:
-  Rung& Add(Nanoseconds time, std::uint32_t direction, std::string text,
+  Rung& Add(const FrameMark& mark, std::uint32_t direction, std::string text,
             Severity severity = Severity::kNote) {
     Rung& rung = rungs_.emplace_back();
-    rung.begin = rung.end = time - at_.connection->first_time;
+    rung.begin = rung.end = at_.Since(mark);
+    rung.begin_frame = mark.frame;
     rung.from_client = direction == at_.client;
     rung.text = std::move(text);
     rung.severity = severity;
@@ -99,7 +102,7 @@ class LadderMaker {
   }
   void Add(const WirePlace& place, std::string text,
            Severity severity = Severity::kNote) {
-    Rung& rung = Add(place.time, place.direction, std::move(text), severity);
+    Rung& rung = Add(MarkOf(place), place.direction, std::move(text), severity);
     rung.first_frame = place.first_frame;
     rung.last_frame = place.last_frame;
   }
@@ -108,7 +111,7 @@ class LadderMaker {
     const SideFacts& client = at_.Facts(at_.client);
     const SideFacts& server = at_.Facts(1 - at_.client);
     if (client.syn && server.syns == 0) {
-      Rung& rung = Add(client.syn->time, at_.client,
+      Rung& rung = Add(*client.syn, at_.client,
                        CountText(client.syns, "attempt to connect (SYN)",
                                  "attempts to connect (SYN)") +
                            (server.packets == 0 ? ": no answer" : ""),
@@ -120,7 +123,7 @@ class LadderMaker {
       if (!facts.first_payload) continue;
       if (!facts.tls && at_.connection->carries_dicom) continue;
       Rung& rung =
-          Add(facts.first_payload->time, direction,
+          Add(*facts.first_payload, direction,
               facts.tls ? "speaks TLS" : "sends something that is no DICOM");
       rung.first_frame = rung.last_frame = facts.first_payload->frame;
     }
@@ -173,7 +176,8 @@ class LadderMaker {
 
   void TakeMessage(const DialogueMessage& message) {
     if (message.has_command_field && message.command_field == kCCancelRq) {
-      Rung& rung = Add(message.first_time, message.direction, "C-CANCEL");
+      Rung& rung =
+          Add(BeginOf(*at_.dialogue, message), message.direction, "C-CANCEL");
       rung.first_frame = message.first_frame;
       rung.last_frame = message.last_frame;
     }
@@ -189,16 +193,17 @@ class LadderMaker {
       Flush(run);
       run.what = std::move(what);
       run.direction = message.direction;
-      run.begin = message.first_time;
+      run.begin = BeginOf(*at_.dialogue, message);
       run.first_frame = message.first_frame;
     }
     ++run.count;
     run.bytes += message.data_bytes;
-    run.end = message.last_time;
+    run.end = EndOf(message);
     run.last_frame = message.last_frame;
     run.answers += message.answers;
     if (message.last_answer) {
-      TakeAnswer(at_.dialogue->messages[*message.last_answer], run);
+      TakeAnswer(*at_.dialogue, at_.dialogue->messages[*message.last_answer],
+                 run);
     } else if (!message.IsComplete()) {
       ++run.cut_off;
     }
@@ -224,9 +229,8 @@ class LadderMaker {
     if (run.count > 1) text += NumberText(run.count) + " x ";
     text += run.what;
     if (run.bytes != 0) text += ", " + BytesText(run.bytes);
-    if (run.end - run.begin >= kWorthTelling) {
-      text += " in " + DurationText(run.end - run.begin);
-    }
+    const Nanoseconds duration = at_.Since(run.end) - at_.Since(run.begin);
+    if (duration >= kWorthTelling) text += " in " + DurationText(duration);
     if (run.cut_off != 0) {
       text += run.count == 1
                   ? ", not sent to its end"
@@ -234,7 +238,7 @@ class LadderMaker {
     }
     Rung& rung = Add(run.begin, run.direction, std::move(text),
                      run.cut_off != 0 ? Severity::kWarning : Severity::kNote);
-    rung.end = run.end - at_.connection->first_time;
+    rung.end = at_.Since(run.end);
     rung.first_frame = run.first_frame;
     rung.last_frame = run.last_frame;
   }
@@ -247,16 +251,25 @@ class LadderMaker {
     const bool is_one = run.answers == 1;
     Rung& rung = Add(is_one ? run.answers_begin : run.answers_end,
                      1 - run.direction, AnswersText(run), severity);
-    rung.end = run.answers_end - at_.connection->first_time;
+    rung.end = at_.Since(run.answers_end);
     rung.first_frame = run.first_answer_frame;
-    rung.last_frame = run.last_answer_frame;
+    rung.last_frame = run.answers_end.frame;
+  }
+
+  void AddClock() {
+    const TransferFacts& transfer = at_.connection->transfer;
+    if (!transfer.GoesBack()) return;
+    Add({transfer.set_back_frame, at_.connection->last_time}, at_.client,
+        "the clock of the capture goes back by " +
+            DurationText(transfer.most_set_back))
+        .is_sent = false;
   }
 
   void AddEnd() {
     const Ending ending = ClosingOf(at_);
     if (ending.kind == Ending::Kind::kNone) return;
     const bool is_reset = ending.kind == Ending::Kind::kReset;
-    Rung& rung = Add(ending.time, ending.direction,
+    Rung& rung = Add({ending.frame, ending.time}, ending.direction,
                      is_reset ? "resets the connection (RST)" : "closes (FIN)",
                      is_reset ? Severity::kWarning : Severity::kNote);
     rung.first_frame = rung.last_frame = ending.frame;

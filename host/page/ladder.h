@@ -14,11 +14,13 @@ namespace host {
 // One rung between the two sides of a connection: what one of them sent, or
 // several equal things behind each other.
 struct Rung {
-  Nanoseconds begin = 0;  // since the connection's first packet
+  // Since the connection's first packet, by the clock that never goes back.
+  Nanoseconds begin = 0;
   Nanoseconds end = 0;
-  bool from_client = false;  // from the side that opened the connection
-  bool is_sent = true;       // false: nobody sent it, it only has to be known
-  std::string text;          // UTF-8, no full stop
+  std::uint32_t begin_frame = 0;  // by which rungs are ordered
+  bool from_client = false;       // from the side that opened the connection
+  bool is_sent = true;  // false: nobody sent it, it only has to be known
+  std::string text;     // UTF-8, no full stop
   // As findings are: a rejection is a fault, what went well a note.
   Severity severity = Severity::kNote;
   std::uint32_t first_frame = 0;  // 0: not captured

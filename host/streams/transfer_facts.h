@@ -104,13 +104,16 @@ struct TransferFacts {
   std::array<FlowFacts, 2> flows;  // by direction
   std::vector<Wait> waits;         // in the order of their ends
   std::vector<ClockHold> holds;
-  Nanoseconds most_set_back = 0;  // how far the clock went back at most
-  Nanoseconds first = 0;          // of the connection's packets
+  Nanoseconds most_set_back = 0;     // how far the clock went back at most,
+  std::uint32_t set_back_frame = 0;  // and with which frame
+  Nanoseconds first = 0;             // of the connection's packets
   Nanoseconds last = 0;
   std::uint32_t last_frame = 0;
   // The client's acknowledgement of the server's SYN; 0 when it is not there.
   Nanoseconds connected = 0;
 
+  // Whether the clock went back by more than capture ports mix up.
+  bool GoesBack() const { return most_set_back >= 1'000'000; }
   // The time of a packet of this connection, by the clock that never goes back.
   Nanoseconds TimeOf(std::uint32_t frame, Nanoseconds captured) const;
 };

@@ -62,8 +62,10 @@ Nanoseconds TransferWatch::Clock(const TcpFrame& frame) {
     facts_.last = frame.time;
     return frame.time;
   }
-  facts_.most_set_back =
-      std::max(facts_.most_set_back, facts_.last - frame.time);
+  if (facts_.last - frame.time > facts_.most_set_back) {
+    facts_.most_set_back = facts_.last - frame.time;
+    facts_.set_back_frame = frame.number;
+  }
   if (!holding) holds.push_back({frame.number, 0, facts_.last});
   holds.back().until = frame.number + 1;
   return facts_.last;

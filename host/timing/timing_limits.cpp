@@ -6,8 +6,6 @@
 namespace host {
 namespace {
 
-constexpr Nanoseconds kMillisecond = 1'000'000;
-
 const std::string& Address(const Connection& connection,
                            std::uint32_t direction) {
   return direction == 0 ? connection.first_endpoint
@@ -15,7 +13,7 @@ const std::string& Address(const Connection& connection,
 }
 
 void AddClock(const TransferFacts& transfer, std::vector<std::string>& limits) {
-  if (transfer.most_set_back >= kMillisecond) {
+  if (transfer.GoesBack()) {
     limits.push_back(
         "The clock of the capture goes back by up to " +
         Seconds(transfer.most_set_back, 6) +

@@ -7,6 +7,7 @@
 
 #include "host/dialogue/dialogue_reader.h"
 #include "host/findings/findings.h"
+#include "host/findings/story.h"
 #include "host/streams/capture_loader.h"
 #include "host/timing/connection_timing.h"
 #include "tests/wire_builder.h"
@@ -328,6 +329,21 @@ TEST(TimingTest, AClockThatGoesBackMakesNoNegativeTimes) {
   EXPECT_EQ(timing.limits[0],
             "The clock of the capture goes back by up to 0.300000 s: until it "
             "has caught up, times count as not going on.");
+  const Scene scene({&connections[0]}, {});
+  std::string story;
+  Nanoseconds at = 0;
+  for (const StoryStep& step : StoryOf(scene.connections()[0], 20).steps) {
+    EXPECT_GE(step.since_begin, at);
+    at = step.since_begin;
+    story += step.text.substr(0, step.text.find_first_of(",:")) + "\n";
+  }
+  EXPECT_EQ(story,
+            "CALLING asks CALLED for an association\n"
+            "accepted\n"
+            "C-STORE\n"
+            "the clock of the capture goes back by 300 ms\n"
+            "released\n"
+            "the client closes (FIN)\n");
 }
 
 }  // namespace
