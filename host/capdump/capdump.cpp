@@ -46,11 +46,6 @@ std::vector<Connection> ReadConnections(CaptureLoader& loader) {
 // What messages carry needs no module.
 void ShowData(const Options& options,
               const std::vector<Connection>& connections) {
-  if (options.as_captured) {
-    throw UsageError(
-        "What messages carry is read from clean streams: leave "
-        "out --as-captured.");
-  }
   const DataOutput data(options, WriteOutput);
   if (DataOutput::IsWanted(options)) data.Show(connections);
   if (!options.export_folder.empty()) data.Export(connections);
@@ -58,25 +53,12 @@ void ShowData(const Options& options,
 
 void ShowContexts(const Options& options,
                   const std::vector<Connection>& connections) {
-  if (options.as_captured) {
-    throw UsageError(
-        "What was negotiated is read from clean streams: leave out "
-        "--as-captured.");
-  }
   const auto write = options.json ? WriteContextsJson : WriteContexts;
   write(connections, options.connection, WriteOutput);
 }
 
 void ShowTiming(const Options& options,
                 const std::vector<Connection>& connections) {
-  if (options.as_captured) {
-    throw UsageError(
-        "Times of messages are read from clean streams: leave out "
-        "--as-captured.");
-  }
-  if (options.connection) {
-    RequireConnection(*options.connection, connections.size());
-  }
   const auto write = options.csv    ? WriteTimingCsv
                      : options.json ? WriteTimingJson
                                     : WriteTiming;
@@ -134,11 +116,6 @@ std::string NameOf(const Options& options, const CaptureInputs& inputs,
 // `name`: as NameOf() says it; the folder is nobody else's business.
 void WritePage(const Options& options, const std::string& name,
                const FrameNames& names, const Overview& overview) {
-  if (options.as_captured) {
-    throw UsageError(
-        "What the page tells is read from clean streams: leave out "
-        "--as-captured.");
-  }
   const std::string told = names.HasSeveralFiles()
                                ? name
                                : Utf8FromPath(PathFromUtf8(name).filename());

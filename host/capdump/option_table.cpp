@@ -15,34 +15,36 @@ constexpr std::string_view kAbout = "About capdump";
 
 constexpr OptionRow kRows[] = {
     {kShown, "--findings", "", "", "",
-     "only what is wrong, all of it, with its evidence", &Options::findings},
+     "only what is wrong, all of it, with its evidence", &Options::findings,
+     kFindingsView},
     {kShown, "--check", "", "", "",
      "end with exit code 3 if there is a fault, for scripts", &Options::check},
     {kShown, "--tree", "", "", "",
      "the decode tree of each row, each line with its bytes as [offset+length]",
-     &Options::tree},
+     &Options::tree, kEveryList},
     {kShown, "--no-message-data", "", "", "",
      "leave the hex dump of message data out of the trees",
-     &Options::no_message_data},
+     &Options::no_message_data, kEveryList},
     {kShown, "--hex", "", "", "", "the hex dump of each row's bytes",
-     &Options::hex},
+     &Options::hex, kEveryList},
     {kShown, "--pdus", "", "", "", "the list of the PDUs, and no other",
-     &Options::only_pdus},
+     &Options::only_pdus, kEveryList},
     {kShown, "--messages", "", "", "",
-     "the list of the DIMSE messages, and no other", &Options::only_messages},
+     "the list of the DIMSE messages, and no other", &Options::only_messages,
+     kEveryList},
     {kShown, "--contexts", "", "", "",
      "the negotiation of each association, what is odd about it and what would "
      "have matched, and no lists",
-     &Options::contexts},
+     &Options::contexts, kContextsView},
     {kShown, "--timing", "", "", "",
      "where the time of each association went and whose it was, how soon "
      "requests were answered, and no lists",
-     &Options::timing},
+     &Options::timing, kTimingView | kCsvView},
     {kShown, "--csv", "", "", "",
      "one line a message with its frames, times and bytes, for spreadsheets",
-     &Options::csv},
+     &Options::csv, kCsvView},
     {kShown, "--row", "", "N", "a number", "only row N of each list",
-     &Options::row},
+     &Options::row, kWholeLists | kDataView},
     {kShown, "--connection", "", "N", "a number",
      "only connection N, whatever it carries", &Options::connection},
     {kShown, "--all", "", "", "", "every TCP connection, DICOM or not",
@@ -50,31 +52,32 @@ constexpr OptionRow kRows[] = {
     {kShown, "--json", "", "", "",
      "one JSON object a line, for jq: \"kind\" is \"finding\", "
      "\"connection\", \"pdu\" or \"message\"",
-     &Options::json},
+     &Options::json, kEveryView & ~(kCsvView | kDataView)},
     {kCarried, "--dump", "", "", "",
      "every element of command set and data set, with path and position",
-     &Options::dump},
+     &Options::dump, kDataView},
     {kCarried, "--dicom-json", "", "", "",
-     "the same as DICOM JSON, one object a message", &Options::dicom_json},
+     "the same as DICOM JSON, one object a message", &Options::dicom_json,
+     kDataView},
     {kCarried, "--inline", "", "N", "a number of bytes",
      "write values of up to N bytes, at most 16,384, into DICOM JSON, not "
      "only their place",
-     &Options::most_inline},
+     &Options::most_inline, kDataView, "--dicom-json"},
     {kCarried, "--element", "", "TAG", "a tag as 0010,0020",
      "one line a message with this element's values; in a sequence "
      "0040,0275.0040,0007; may be given several times",
-     &Options::elements},
+     &Options::elements, kDataView},
     {kRead, "--filter", "", "FILTER",
      "a packet filter, for example \"port 104\",",
      "only the packets that match, in tcpdump's language", &Options::filter},
     {kRead, "--as-captured", "", "", "",
      "hand the captured packets to the module as they are, not as clean "
      "streams",
-     &Options::as_captured},
+     &Options::as_captured, kRawListsView | kRawFollowView},
     {kRead, "--follow", "", "", "",
      "show rows as they come: of a pipe until it ends, of a file that grows "
      "until capdump is stopped",
-     &Options::follow},
+     &Options::follow, kFollowViews},
     {kRead, "--part", "", "K/N", "a part as 2/4",
      "only the connections of part K of N, by their addresses and ports; they "
      "keep their numbers, so that N processes can share a capture",
@@ -89,17 +92,17 @@ constexpr OptionRow kRows[] = {
      &Options::module},
     {kWritten, "--save", "", "FILE", "the file to write",
      "the decode lines of the rows, as the module saves them",
-     &Options::save_file},
+     &Options::save_file, kWholeLists},
     {kWritten, "--report", "", "FILE.html", "the page to write",
      "findings, what happened and what was negotiated as one page for the "
      "vendor or the ticket, without patients' data",
-     &Options::page_file},
+     &Options::page_file, kEveryView & ~(kRawListsView | kFollowViews)},
     {kWritten, "--export", "", "DIR", "the folder to write to",
      "the data set of each C-STORE as a DICOM file, and a manifest",
-     &Options::export_folder},
+     &Options::export_folder, kDataView},
     {kWritten, "--export-identifiers", "", "", "",
      "with --export, the data sets of all other messages as well",
-     &Options::export_identifiers},
+     &Options::export_identifiers, kDataView, "--export"},
     {kAbout, "--version", "", "", "",
      "the versions of program, module and dictionaries", &Options::version},
     {kAbout, "--help", "-h", "", "", "the list of options", &Options::help},
@@ -116,8 +119,37 @@ static_assert(std::ranges::all_of(kRows,
                                   }),
               "complete, and a value exactly where something takes it");
 
+// The first of the options that says nothing beside `last`.
+std::string OpponentOf(const OptionRow& last,
+                       const std::vector<const OptionRow*>& given) {
+  const auto found = std::ranges::find_if(given, [&last](const auto* option) {
+    return (option->views & last.views) == 0;
+  });
+  return std::string((found == given.end() ? given.front() : *found)->name);
+}
+
 }  // namespace
 
 std::span<const OptionRow> OptionTable() { return kRows; }
+
+void RequireTogether(const std::vector<const OptionRow*>& given) {
+  unsigned views = kEveryView;
+  for (const OptionRow* option : given) {
+    views &= option->views;
+    if (views == 0) {
+      throw UsageError("The options " + OpponentOf(*option, given) + " and " +
+                       std::string(option->name) +
+                       " do not go together: leave out one of them.");
+    }
+    const bool has_needed = option->needs.empty() ||
+                            std::ranges::find(given, option->needs,
+                                              &OptionRow::name) != given.end();
+    if (!has_needed) {
+      throw UsageError("The option " + std::string(option->name) +
+                       " says nothing without " + std::string(option->needs) +
+                       ": add that, or leave it out.");
+    }
+  }
+}
 
 }  // namespace host

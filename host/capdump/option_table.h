@@ -13,6 +13,26 @@
 
 namespace host {
 
+// What is shown of a capture, one of these at a time: flags, since most options
+// say something in several of them. Options without a view in common cannot be
+// given together.
+enum View : unsigned {
+  kOverviewView = 1 << 0,  // what is wrong and what happened
+  kFindingsView = 1 << 1,
+  kContextsView = 1 << 2,
+  kTimingView = 1 << 3,
+  kCsvView = 1 << 4,
+  kDataView = 1 << 5,  // what messages carry
+  kListsView = 1 << 6,
+  kRawListsView = 1 << 7,  // of the packets as captured
+  kFollowView = 1 << 8,    // lists as they grow
+  kRawFollowView = 1 << 9,
+};
+inline constexpr unsigned kEveryView = (1 << 10) - 1;
+inline constexpr unsigned kWholeLists = kListsView | kRawListsView;
+inline constexpr unsigned kFollowViews = kFollowView | kRawFollowView;
+inline constexpr unsigned kEveryList = kWholeLists | kFollowViews;
+
 // One option, with all that anybody needs to know of it: the parser, --help,
 // the table in docs/capdump.md and run.sh go by these rows.
 struct OptionRow {
@@ -34,12 +54,18 @@ struct OptionRow {
   std::string_view wanted;
   std::string_view help;  // what it does, without a capital and a full stop
   std::variant<Switch, Text, Number, Amount, Part, Texts> target;
+  unsigned views = kEveryView;  // in which it says something
+  std::string_view needs = {};  // the option without which it says nothing
 
   constexpr bool TakesValue() const { return !value.empty(); }
 };
 
 // In the order in which they are explained. Each name is there once.
 std::span<const OptionRow> OptionTable();
+
+// Throws UsageError, which says what to leave out or to add, where the options
+// that were given say nothing beside each other. Linear.
+void RequireTogether(const std::vector<const OptionRow*>& given);
 
 }  // namespace host
 

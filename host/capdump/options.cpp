@@ -152,15 +152,10 @@ void RequireCaptures(const Options& options) {
     throw UsageError(
         "Standard input is read alone: name no other capture beside -.");
   }
-  const bool is_whole =
-      options.row || options.contexts || options.findings ||
-      !options.save_file.empty() || options.dump || options.dicom_json ||
-      !options.elements.empty() || options.timing || options.csv ||
-      !options.page_file.empty() || !options.export_folder.empty();
-  if (options.follow && (captures.size() > 1 || is_whole)) {
+  if (options.follow && captures.size() > 1) {
     throw UsageError(
         "The option --follow shows rows of one capture as they come: name one "
-        "file or -, and ask for nothing but rows, --tree, --hex or --json.");
+        "file or -.");
   }
 }
 
@@ -182,6 +177,7 @@ std::vector<ListKind> Options::Lists() const {
 Options ParseOptions(const std::vector<std::string>& argument_list) {
   Arguments arguments(argument_list);
   Options options;
+  std::vector<const OptionRow*> given;
   bool only_names = false;  // behind "--"
   while (!arguments.AtEnd()) {
     std::string name = only_names ? arguments.Take() : arguments.TakeName();
@@ -192,8 +188,10 @@ Options ParseOptions(const std::vector<std::string>& argument_list) {
     } else {
       const OptionRow& option = FindOption(name);
       std::visit(OptionTaker{option, arguments, options}, option.target);
+      given.push_back(&option);
     }
   }
+  RequireTogether(given);
   RequireCaptures(options);
   return options;
 }

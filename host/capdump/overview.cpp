@@ -26,8 +26,12 @@ std::vector<const Connection*> Pointers(
 
 Overview::Overview(const std::vector<Connection>& connections,
                    CaptureCondition condition)
-    : scene_(Pointers(connections), std::move(condition)),
-      findings_(FindAll(scene_)) {}
+    : scene_(Pointers(connections), std::move(condition)) {}
+
+const std::vector<Finding>& Overview::All() const {
+  if (!findings_) findings_ = FindAll(scene_);
+  return *findings_;
+}
 
 bool Overview::HasFault(const Options& options) const {
   return std::ranges::any_of(Wanted(options), [](const Finding& finding) {
@@ -36,7 +40,7 @@ bool Overview::HasFault(const Options& options) const {
 }
 
 std::vector<Finding> Overview::Wanted(const Options& options) const {
-  std::vector<Finding> wanted = findings_;
+  std::vector<Finding> wanted = All();
   if (options.connection) {
     std::erase_if(wanted, [&options](const Finding& finding) {
       return std::ranges::find(finding.connections, *options.connection) ==

@@ -1,6 +1,7 @@
 #ifndef HOST_CAPDUMP_OVERVIEW_H_
 #define HOST_CAPDUMP_OVERVIEW_H_
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,11 +37,13 @@ class Overview {
  private:
   // Whether what happened in it is told.
   static bool IsTold(const Options& options, const SceneConnection& at);
+  // All findings, which are sought when they are asked for first.
+  const std::vector<Finding>& All() const;
   // Those of the connection that was asked for, else all.
   std::vector<Finding> Wanted(const Options& options) const;
 
   Scene scene_;
-  std::vector<Finding> findings_;
+  mutable std::optional<std::vector<Finding>> findings_;
 };
 
 }  // namespace host

@@ -1,3 +1,5 @@
+#include "host/capdump/options.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,7 +10,6 @@
 
 #include "host/capdump/help_text.h"
 #include "host/capdump/option_table.h"
-#include "host/capdump/options.h"
 
 namespace host {
 namespace {
@@ -70,7 +71,22 @@ TEST(OptionsTest, MistakesSayWhatToDo) {
        "The option --part wants a part as 2/4, of which the first number is "
        "not the greater one, not \"3/2\"."},
       {{"a", "-"},
-       "Standard input is read alone: name no other capture beside -."}};
+       "Standard input is read alone: name no other capture beside -."},
+      {{"a", "--timing", "--csv", "--json"},
+       "The options --csv and --json do not go together: leave out one of "
+       "them."},
+      {{"a", "--pdus", "--contexts"},
+       "The options --pdus and --contexts do not go together: leave out one "
+       "of them."},
+      {{"a", "--dump", "--row", "5", "--as-captured"},
+       "The options --dump and --as-captured do not go together: leave out "
+       "one of them."},
+      {{"a", "--follow", "--report", "b"},
+       "The options --follow and --report do not go together: leave out one "
+       "of them."},
+      {{"a", "--export-identifiers"},
+       "The option --export-identifiers says nothing without --export: add "
+       "that, or leave it out."}};
   for (const auto& [arguments, sentence] : mistakes) {
     EXPECT_EQ(ErrorOf(arguments), sentence);
   }
