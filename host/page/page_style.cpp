@@ -83,7 +83,7 @@ footer { margin-top: 28px; border-top: 1px solid #999; }
 
 std::string PageBegin(std::string_view title) {
   return std::string(kHead) + Element("title", "", title) +
-         "</head>\n<body>\n" + std::string(TimePatterns()) +
+         "</head>\n<body>\n" + TimePatterns() +
          Element("h1", "", title);
 }
 

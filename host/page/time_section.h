@@ -2,7 +2,6 @@
 #define HOST_PAGE_TIME_SECTION_H_
 
 #include <string>
-#include <string_view>
 
 #include "host/timing/connection_timing.h"
 
@@ -14,7 +13,7 @@ namespace host {
 std::string TimeSection(const AssociationTiming& times);
 
 // What the bars are filled with: once on a page, before the first bar.
-std::string_view TimePatterns();
+std::string TimePatterns();
 
 }  // namespace host
 

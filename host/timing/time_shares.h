@@ -2,6 +2,7 @@
 #define HOST_TIMING_TIME_SHARES_H_
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,21 @@ namespace host {
 // The bar of an association, a character a column: the letter of the part that
 // took the most of the column's time; a blank where there is no time at all.
 std::string TimeBar(const AssociationTiming& times, std::size_t columns);
+
+// Columns [begin, end) of the same bar, neighbours of which the same part took
+// the most.
+struct BarRun {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+  TimePart part = TimePart::kIdle;
+};
+// In order; columns without any time are in none.
+std::vector<BarRun> BarRuns(const AssociationTiming& times,
+                            std::size_t columns);
+// Of the part that a column of the bar shows, the span that took the most of
+// that column's time; empty where there is none.
+std::optional<TimeSpan> SpanAt(const AssociationTiming& times,
+                               std::size_t columns, std::size_t column);
 
 // A part and whose time it was, if it took any.
 struct TimeShare {
