@@ -46,6 +46,7 @@ void CaptureBrowser::Read(const std::filesystem::path& path, bool follow,
   next_update_ = GetTickCount();
   panes_.status.Hush();
   ShowFindings();
+  ShowTimes();
   ShowNothing();
 }
 
@@ -88,6 +89,7 @@ void CaptureBrowser::ChooseConnection(std::size_t connection) {
   panes_.status.Hush();
   loop_.Start();
   ShowNothing();
+  ShowTimes();
   Work();
 }
 
@@ -112,6 +114,10 @@ void CaptureBrowser::GoToFinding(std::size_t index) {
   panes_.status.Say(
       "This is about the connection as a whole, there is no row of it; the "
       "notes (Ctrl+I) may tell more.");
+}
+
+void CaptureBrowser::GoToMoment(Nanoseconds time) {
+  if (const auto row = model_.RowAtTime(time)) panes_.rows.Select(row);
 }
 
 void CaptureBrowser::Reload() {
@@ -167,6 +173,7 @@ void CaptureBrowser::ShowProgress() {
     if (IsConnectionThere()) rows_.Update();
   }
   ShowFindings();
+  ShowTimes();
   panes_.status.SetProgress(loop_.Percent());
   panes_.status.Refresh();
 }
@@ -177,7 +184,14 @@ void CaptureBrowser::ShowFindings() {
   shown_findings_ = findings.size();
   panes_.findings.Show(findings);
   if (model_.Count() > 0) rows_.Update();  // they mark rows
-  if (on_findings_) on_findings_();
+  if (on_heights_) on_heights_();
+}
+
+void CaptureBrowser::ShowTimes() {
+  if (document_.Timing() == shown_times_) return;
+  shown_times_ = document_.Timing();
+  panes_.times.Update();
+  if (on_heights_) on_heights_();
 }
 
 bool CaptureBrowser::IsConnectionThere() {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -64,9 +65,11 @@ class CaptureBrowser {
   // Takes the person to the finding, by its place among the document's: to its
   // connection, its row and the line of it.
   void GoToFinding(std::size_t index);
-  // Told when the findings that are shown have changed.
-  void OnFindings(std::function<void()> handler) {
-    on_findings_ = std::move(handler);
+  // Takes the person to the row that was under way at a time of the capture.
+  void GoToMoment(Nanoseconds time);
+  // Told when a pane wants another height.
+  void OnHeights(std::function<void()> handler) {
+    on_heights_ = std::move(handler);
   }
 
   // A slice of the work that is left; false when there is none.
@@ -92,6 +95,7 @@ class CaptureBrowser {
   void ShowProgress();
   // When they are others than those that are shown.
   void ShowFindings();
+  void ShowTimes();
 
   HWND window_;
   CaptureDocument& document_;
@@ -100,8 +104,9 @@ class CaptureBrowser {
   WorkLoop loop_;
   RowNavigator rows_;
   std::function<void()> on_opened_;
-  std::function<void()> on_findings_;
+  std::function<void()> on_heights_;
   std::size_t shown_findings_ = 0;
+  std::shared_ptr<const ConnectionTiming> shown_times_;
   bool follow_ = false;
   bool clean_streams_;
   std::optional<std::size_t> wanted_connection_;  // as soon as it is there

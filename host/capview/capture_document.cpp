@@ -35,6 +35,7 @@ void CaptureDocument::Open(const std::filesystem::path& path,
   clean_streams_ = hand_over == HandOver::kCleanStreams;
   has_findings_ = false;
   findings_.clear();
+  timing_.reset();
   path_ = path;
   loader_ = std::move(loader);
   look_again_ = true;
@@ -53,7 +54,9 @@ bool CaptureDocument::Work(const TimeIsUp& time_is_up) {
     if (!IsListed()) ListSome(*session, time_is_up);
     if (!IsListed()) return true;
   }
-  return loader_->state() == CaptureLoader::State::kReading;
+  if (loader_->state() == CaptureLoader::State::kReading) return true;
+  TimeTheChosen();
+  return false;
 }
 
 void CaptureDocument::LookAgain() {
@@ -83,6 +86,12 @@ void CaptureDocument::FindWhatIsWrong() {
     connections.push_back(&ConnectionAt(i));
   }
   findings_ = FindAll(Scene(connections, {.damage = loader_->Damage()}));
+}
+
+void CaptureDocument::TimeTheChosen() {
+  if (timing_ || !chosen_ || IsGrowing()) return;
+  timing_ = std::make_shared<const ConnectionTiming>(
+      TimeConnection(ConnectionAt(*chosen_)));
 }
 
 // The first connection with DICOM is shown as soon as it is found.
@@ -120,6 +129,7 @@ void CaptureDocument::Choose(std::size_t index) {
   if (chosen_ == index) return;
   if (!IsListed()) module_->Reload();
   chosen_ = index;
+  timing_.reset();
   auto& session = sessions_[index];
   if (!session) {
     session =

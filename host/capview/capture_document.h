@@ -21,6 +21,7 @@
 #include "host/rows/row_trace.h"
 #include "host/streams/ae_titles.h"
 #include "host/streams/capture_loader.h"
+#include "host/timing/connection_timing.h"
 
 namespace host {
 
@@ -97,6 +98,12 @@ class CaptureDocument {
   // What is wrong in the capture, worst first; empty until all of it was read.
   const std::vector<Finding>& Findings() const { return findings_; }
 
+  // Where the time of the chosen connection went; null until the capture was
+  // read and the connection listed.
+  const std::shared_ptr<const ConnectionTiming>& Timing() const {
+    return timing_;
+  }
+
   // What a person wants to see of a decode: see DisplayState.
   struct Switches {
     bool show_message_data = true;
@@ -129,6 +136,8 @@ class CaptureDocument {
   void ChooseFirstDicom();
   // Once, when the capture was read to its end.
   void FindWhatIsWrong();
+  // Once for each choice, when nothing is left to be read or listed.
+  void TimeTheChosen();
 
   std::filesystem::path module_path_;
   std::unique_ptr<Module> module_;
@@ -142,6 +151,7 @@ class CaptureDocument {
   bool clean_streams_ = false;
   bool has_findings_ = false;  // they were looked for
   std::vector<Finding> findings_;
+  std::shared_ptr<const ConnectionTiming> timing_;  // of the chosen connection
   bool look_again_ = false;
 };
 

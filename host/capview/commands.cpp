@@ -108,6 +108,11 @@ void ToggleSection(const Targets& t, unsigned bit) {
   t.browser.Rows().ShowAgain();
 }
 
+void ToggleTimeBar(const Targets& t) {
+  t.panes.times.SetWanted(!t.panes.times.IsWanted());
+  t.sizes.Place();
+}
+
 Commands FileCommands(const Targets& t) {
   const auto is_open = [t] { return t.document.IsOpen(); };
   const auto has_row = [t] { return t.panes.rows.Selected().has_value(); };
@@ -188,6 +193,8 @@ Commands ViewCommands(const Targets& t) {
        [t] { return t.panes.decode.Chosen().show_message_data; }},
       {IDM_EXPAND_ALL, [&tabs] { tabs.Active().ExpandAll(true); }},
       {IDM_COLLAPSE_ALL, [&tabs] { tabs.Active().ExpandAll(false); }},
+      {IDM_TIME_BAR, [t] { ToggleTimeBar(t); }, nullptr,
+       [t] { return t.panes.times.IsWanted(); }},
       {IDM_LARGER, [t] { t.sizes.ChangeFont(+1); }},
       {IDM_SMALLER, [t] { t.sizes.ChangeFont(-1); }},
       {IDM_TALLER_LIST, move(Splitter::kBelowList, +kShareStep)},

@@ -94,7 +94,7 @@ ConnectionColumns ConnectionChooser::Texts(std::size_t connection) const {
 
 ConnectionChooser::Widths ConnectionChooser::Measure() const {
   const WindowDevice device = DeviceOf(window_);
-  const SelectedFont font = UseFont(device.get(), GetWindowFont(window_));
+  const SelectedObject font = Select(device.get(), GetWindowFont(window_));
   Widths needed{};
   for (std::size_t i = 0; i < std::min(items_.size(), kMostMeasured); ++i) {
     const ConnectionColumns texts = Texts(items_[i]);

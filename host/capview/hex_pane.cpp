@@ -34,7 +34,7 @@ HexPane::~HexPane() { RemoveWindowSubclass(window_, OnMessage, 0); }
 void HexPane::SetFonts(const UiFonts& fonts) {
   font_ = fonts.fixed.get();
   const WindowDevice device = DeviceOf(window_);
-  const SelectedFont selected = UseFont(device.get(), font_);
+  const SelectedObject selected = Select(device.get(), font_);
   GetTextExtentPoint32W(device.get(), L"0", 1, &cell_);
   SetWindowFont(window_, font_, TRUE);
 }
@@ -181,7 +181,7 @@ void HexPane::Paint() {
   HideCaret(window_);
   {
     const WindowDevice device = DeviceOf(window_);
-    const SelectedFont selected = UseFont(device.get(), font_);
+    const SelectedObject selected = Select(device.get(), font_);
     RECT area;
     Edit_GetRect(window_, &area);
     IntersectClipRect(device.get(), area.left, area.top, area.right,

@@ -43,6 +43,7 @@ MainWindow::MainWindow(const std::wstring& module_path,
       commands_(MakeCommands({window_.get(), document_, model_, panes_, sizes_,
                               browser_, find_, recent_})) {
   panes_.rows.Columns().Choose(first_settings_.columns);
+  panes_.times.SetWanted(first_settings_.time_bar);
   panes_.decode.Choose(first_settings_.switches);
   model_.SetList(first_settings_.list);
   Connect();
@@ -65,9 +66,12 @@ void MainWindow::Connect() {
   panes_.findings.OnChosen([this](std::size_t finding) {
     Run([=, this] { browser_.GoToFinding(finding); });
   });
+  panes_.times.OnChosen([this](Nanoseconds time) {
+    Run([=, this] { browser_.GoToMoment(time); });
+  });
   panes_.tabs.OnClicked(
       [this](DetailTab tab) { Run([=, this] { panes_.tabs.Choose(tab); }); });
-  browser_.OnFindings([this] { sizes_.Place(); });
+  browser_.OnHeights([this] { sizes_.Place(); });
   browser_.OnOpened([this] { OnOpened(); });
   browser_.Rows().OnShown([this] { find_.Shown(); });
 }
@@ -185,6 +189,8 @@ void MainWindow::OnCommand(int id, int code) {
     panes_.findings.Notify(code);
   } else if (id == IDOK && GetFocus() == panes_.findings.Handle()) {
     panes_.findings.Choose();
+  } else if (id == IDOK && GetFocus() == panes_.times.Handle()) {
+    panes_.times.Choose();
   } else {
     Run([this, id] { commands_.Run(id); });
   }
@@ -230,6 +236,7 @@ Settings MainWindow::Choices() const {
   settings.columns = panes_.rows.Columns().Chosen();
   settings.switches = panes_.decode.Chosen();
   settings.clean_streams = browser_.UsesCleanStreams();
+  settings.time_bar = panes_.times.IsWanted();
   settings.list = model_.list();
   settings.recent_files = recent_.Paths();
   return settings;

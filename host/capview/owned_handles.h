@@ -46,16 +46,21 @@ inline OpenedClipboard OpenClipboardFor(HWND owner) {
   return OpenedClipboard(OpenClipboard(owner) ? owner : nullptr);
 }
 
-struct FontDelete {
-  void operator()(HFONT font) const { DeleteObject(font); }
+struct ObjectDelete {
+  void operator()(HGDIOBJ object) const { DeleteObject(object); }
 };
-// Must not be selected into a device any more when it goes.
-using Font = std::unique_ptr<std::remove_pointer_t<HFONT>, FontDelete>;
+// Must not be selected into a device any more when they go.
+using Font = std::unique_ptr<std::remove_pointer_t<HFONT>, ObjectDelete>;
+using Brush = std::unique_ptr<std::remove_pointer_t<HBRUSH>, ObjectDelete>;
+using Pen = std::unique_ptr<std::remove_pointer_t<HPEN>, ObjectDelete>;
+using Bitmap = std::unique_ptr<std::remove_pointer_t<HBITMAP>, ObjectDelete>;
 
-struct PrinterDelete {
-  void operator()(HDC printer) const { DeleteDC(printer); }
+struct DeviceDelete {
+  void operator()(HDC device) const { DeleteDC(device); }
 };
-using Printer = std::unique_ptr<std::remove_pointer_t<HDC>, PrinterDelete>;
+using Printer = std::unique_ptr<std::remove_pointer_t<HDC>, DeviceDelete>;
+// To draw into a bitmap that is selected into it.
+using MemoryDevice = std::unique_ptr<std::remove_pointer_t<HDC>, DeviceDelete>;
 
 struct DeviceRelease {
   HWND window;
@@ -68,16 +73,16 @@ inline WindowDevice DeviceOf(HWND window) {
   return WindowDevice(GetDC(window), DeviceRelease{window});
 }
 
-struct FontDeselect {
+struct ObjectDeselect {
   HDC device;
   void operator()(HGDIOBJ before) const { SelectObject(device, before); }
 };
-using SelectedFont =
-    std::unique_ptr<std::remove_pointer_t<HGDIOBJ>, FontDeselect>;
-// The device writes in the font until the answer goes, which has to be before
-// either of the two does.
-inline SelectedFont UseFont(HDC device, HFONT font) {
-  return SelectedFont(SelectObject(device, font), FontDeselect{device});
+using SelectedObject =
+    std::unique_ptr<std::remove_pointer_t<HGDIOBJ>, ObjectDeselect>;
+// The device draws with the object until the answer goes, which has to be
+// before either of the two does.
+inline SelectedObject Select(HDC device, HGDIOBJ object) {
+  return SelectedObject(SelectObject(device, object), ObjectDeselect{device});
 }
 
 }  // namespace host

@@ -28,7 +28,11 @@ PaneLayout::PaneLayout(SIZE client, unsigned dpi, const PaneShares& shares,
   // Findings take a third of the room at the most.
   const LONG top = bar + std::min<LONG>(heights.findings, (bottom - bar) / 3);
   findings = {0, bar, client.cx, top};
-  panes_ = {0, top, client.cx, bottom};
+  // The time bar is there as a whole or not at all.
+  const bool has_times = heights.times <= (bottom - top) / 4;
+  const LONG times_end = top + (has_times ? heights.times : 0);
+  times = {0, top, client.cx, times_end};
+  panes_ = {0, times_end, client.cx, bottom};
   PlaceBar(client.cx, dpi);
   PlacePanes(dpi, shares, heights.tabs);
 }

@@ -27,24 +27,26 @@ struct PaneShares {
 // What parts want for themselves, in pixels.
 struct PaneHeights {
   int findings = 0;  // 0: there are none
+  int times = 0;     // 0: the time bar is not there
   int tabs = 0;
 };
 
 // Where everything stands in the window: a bar with the chooser, below it the
-// findings if there are any, then the list, the tabs, and of the tab either
+// findings if there are any, the time bar if it is there, then the list, the
+// tabs, and of the tab either
 // tree and hex dump side by side or the contexts in their place.
 // What is below all of them, the status line, places itself. Everything in
 // pixels of the window's client area; no place has a negative height, however
 // small the window is.
 class PaneLayout {
  public:
-  // `client` without the status line; `dpi` of the screen; the findings get
-  // their height if that leaves room for the other panes.
+  // `client` without the status line; `dpi` of the screen; the findings and
+  // the time bar get their heights if that leaves room for the other panes.
   PaneLayout(SIZE client, unsigned dpi, const PaneShares& shares,
              const PaneHeights& heights = {});
 
   RECT connections, pdus, messages, filter_label, filter;
-  RECT findings;
+  RECT findings, times;
   RECT list, tabs, tree, hex, contexts;
 
   // The bar between panes at a point, if there is one.

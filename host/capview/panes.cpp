@@ -18,6 +18,7 @@ std::string MarkedBytesText(std::uint64_t offset, std::uint64_t length) {
 Panes::Panes(HWND window, const CaptureDocument& document, RowModel& model)
     : bar(window, document),
       findings(window, IDC_FINDINGS),
+      times(window, IDC_TIMES, document),
       rows(window, IDC_ROWS, model),
       tabs(window, IDC_TABS),
       decode(window),
@@ -29,6 +30,7 @@ Panes::Panes(HWND window, const CaptureDocument& document, RowModel& model)
   };
   decode.OnBytes(tell);
   data_set.OnBytes(tell);
+  times.OnText([this](const std::string& text) { status.Say(text); });
   tabs.SetViews({&decode, &data_set, &contexts});
 }
 
@@ -36,6 +38,7 @@ void Panes::SetFonts(const UiFonts& fonts) {
   bar.SetFonts(fonts);
   status.SetFonts(fonts);
   findings.SetFonts(fonts);
+  times.SetFonts(fonts);
   rows.SetFonts(fonts);
   tabs.SetFonts(fonts);
   decode.SetFonts(fonts);
@@ -46,6 +49,7 @@ void Panes::SetFonts(const UiFonts& fonts) {
 void Panes::Place(const PaneLayout& layout) {
   bar.Place(layout);
   findings.Place(layout.findings);
+  times.Place(layout.times);
   rows.Place(layout);
   tabs.Place(layout);
   decode.Place(layout);

@@ -13,6 +13,7 @@
 #include "host/capview/row_list.h"
 #include "host/capview/row_model.h"
 #include "host/capview/status_line.h"
+#include "host/capview/time_bar_pane.h"
 #include "host/capview/top_bar.h"
 #include "host/capview/ui_fonts.h"
 
@@ -37,6 +38,7 @@ struct Panes {
 
   TopBar bar;
   FindingPane findings;
+  TimeBarPane times;
   RowList rows;
   DetailTabs tabs;  // of the three below
   DecodePanes decode;

@@ -29,6 +29,7 @@
 #define IDC_DATA_TREE 212
 #define IDC_DATA_HEX 213
 #define IDC_CONTEXTS 214
+#define IDC_TIMES 215
 
 /* The commands, menu by menu. */
 #define IDM_OPEN 1001
@@ -71,6 +72,7 @@
 #define IDM_DECODE_TAB 1055
 #define IDM_DATA_SET_TAB 1056
 #define IDM_CONTEXTS_TAB 1057
+#define IDM_TIME_BAR 1058
 #define IDM_KEYS 1060
 #define IDM_ABOUT 1061
 #define IDM_NO_RECENT 1070

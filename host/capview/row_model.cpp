@@ -186,6 +186,17 @@ std::string RowModel::DetailText(const ListedRow& row,
   return text + wire->note;
 }
 
+std::optional<std::uint32_t> RowModel::RowAtTime(Nanoseconds time) const {
+  if (count_ == 0) return {};
+  std::uint32_t position = 0;
+  const auto is_before = [&] {
+    const WireRecord* const wire = Wire(position);
+    return wire == nullptr || wire->complete_time < time;
+  };
+  while (position + 1 < count_ && is_before()) ++position;
+  return position;
+}
+
 std::uint32_t RowModel::PositionInOtherList(std::uint32_t position) {
   const ListKind other =
       list_ == ListKind::kPdus ? ListKind::kMessages : ListKind::kPdus;

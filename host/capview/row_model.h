@@ -64,6 +64,9 @@ class RowModel {
   // Where the row was in the capture; null when it is not known.
   const WireRecord* Wire(std::uint32_t position) const;
 
+  // The row that was under way at a time of the capture, or the next one, or
+  // the last; empty without rows.
+  std::optional<std::uint32_t> RowAtTime(Nanoseconds time) const;
   // The position in the other list that is nearest in the capture; the same one
   // where that is not known.
   std::uint32_t PositionInOtherList(std::uint32_t position);

@@ -22,6 +22,7 @@ void RowNavigator::Clear() {
   shown_.reset();
   panes_.decode.Clear(document_);
   panes_.tabs.ShowRow({});
+  panes_.times.ShowRow({});
   model_.Reset();
   panes_.rows.Select({});
   panes_.rows.SetHint(
@@ -128,6 +129,7 @@ bool RowNavigator::ShowPending() {
   const std::string stopped =
       panes_.decode.Show(document_, {model_.list(), row});
   panes_.tabs.ShowRow(RowRef{model_.list(), row});
+  panes_.times.ShowRow(RowRef{model_.list(), row});
   if (const auto byte = std::exchange(wanted_byte_, {})) {
     panes_.decode.Tree().SelectByte(*byte);
   }

@@ -157,6 +157,7 @@ Settings ReadSettings(const std::wstring& path) {
           ini.Number(L"ExpandMask", 0, 0x1FE,
                      static_cast<int>(settings.switches.expand_mask)))};
   settings.clean_streams = ini.Switch(L"CleanStreams", settings.clean_streams);
+  settings.time_bar = ini.Switch(L"TimeBar", settings.time_bar);
   settings.list =
       ini.Switch(L"MessageView", false) ? ListKind::kMessages : ListKind::kPdus;
   for (std::size_t i = 0; i < RecentFiles::kMost; ++i) {
@@ -180,6 +181,7 @@ void WriteSettings(const Settings& settings, const std::wstring& path) {
   ini.Number(L"FontPoints", settings.sizes.font_points);
   ini.Number(L"ShowMessageData", settings.switches.show_message_data);
   ini.Number(L"CleanStreams", settings.clean_streams);
+  ini.Number(L"TimeBar", settings.time_bar);
   ini.Number(L"MessageView", settings.list == ListKind::kMessages);
   ini.Number(L"ExpandMask", static_cast<long>(settings.switches.expand_mask));
   ini.Numbers(L"ColumnWidths", settings.columns.widths);

@@ -21,6 +21,7 @@ struct Settings {
   // Sections 1 to 7 are expanded; 8 is the message's data.
   CaptureDocument::Switches switches{true, 0xFE};
   bool clean_streams = true;
+  bool time_bar = true;
   ListKind list = ListKind::kPdus;
   std::vector<std::wstring> recent_files;  // the newest first
 };

@@ -421,6 +421,34 @@ TEST_F(CapviewTest, AFindingMarksItsRowsAndLeadsToItsLine) {
   EXPECT_EQ(Bytes(), "bytes 76 to 77 (2)");
 }
 
+// In the sample the answer's second part waits for an acknowledgement for 95 %
+// of the time.
+TEST_F(CapviewTest, TheTimeBarTellsWhoseTimeItWasAndLeadsToTheRow) {
+  Open("samples/store_explicit_le.pcap");
+  Command(IDM_MESSAGE_VIEW);
+  const HWND bar = Control(IDC_TIMES);
+  ASSERT_TRUE(IsWindowVisible(bar));
+  RECT area;
+  GetClientRect(bar, &area);
+  const auto click = [&](int x) {
+    SendMessageW(bar, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, 15));
+    Settle();
+    return SelectedRow();
+  };
+  EXPECT_EQ(click(area.right / 2), 1);
+  EXPECT_EQ(click(6), 0);
+  SetFocus(bar);
+  for (int i = 0; i < 9 && Status().find("held back") == std::string::npos;
+       ++i) {
+    SendMessageW(bar, WM_KEYDOWN, VK_RIGHT, 0);
+  }
+  ExpectStatus(" s of the acceptor 192.0.2.1:11112, from 0.00");
+  Command(IDOK);
+  EXPECT_EQ(SelectedRow(), 1);
+  Command(IDM_TIME_BAR);
+  EXPECT_FALSE(IsWindowVisible(bar));
+}
+
 TEST_F(CapviewTest, AModuleThatFailsIsLoadedAgain) {
   SetEnvironmentVariableA("FAULT", "raise@1 fail@9");
   Start(BuildFolder() + L"\\tests\\faulty\\faulty.dll");
