@@ -28,6 +28,7 @@ void CaptureBrowser::Open(const std::filesystem::path& path,
   Read(path, false, clean_streams_);
   wanted_connection_.reset();
   panes_.bar.ClearFilter();
+  model_.SortBy({});
   rows_.Want(row);
   if (on_opened_) on_opened_();
 }
@@ -191,6 +192,7 @@ void CaptureBrowser::ShowTimes() {
   if (document_.Timing() == shown_times_) return;
   shown_times_ = document_.Timing();
   panes_.times.Update();
+  if (model_.Count() > 0) rows_.Update();  // they have columns
   if (on_heights_) on_heights_();
 }
 

@@ -113,6 +113,18 @@ void ToggleTimeBar(const Targets& t) {
   t.sizes.Place();
 }
 
+void ToggleTimeColumns(const Targets& t) {
+  ListColumns& columns = t.panes.rows.Columns();
+  columns.WantTimes(!columns.ShowsTimes());
+}
+
+// Messages have them.
+void SortByTimes(const Targets& t, RowColumn column) {
+  t.browser.Rows().ShowList(ListKind::kMessages);
+  t.panes.rows.Columns().WantTimes(true);
+  if (t.model.sorted_by() != column) t.browser.Rows().SortBy(column);
+}
+
 Commands FileCommands(const Targets& t) {
   const auto is_open = [t] { return t.document.IsOpen(); };
   const auto has_row = [t] { return t.panes.rows.Selected().has_value(); };
@@ -206,6 +218,24 @@ Commands ViewCommands(const Targets& t) {
   };
 }
 
+// In which order the rows are, and by which of their times.
+Commands OrderCommands(const Targets& t) {
+  Commands commands{
+      {IDM_TIME_COLUMNS, [t] { ToggleTimeColumns(t); },
+       [t] { return t.model.list() == ListKind::kMessages; },
+       [t] { return t.panes.rows.Columns().ShowsTimes(); }},
+      {IDM_SORT_NONE, [t] { t.browser.Rows().SortBy(RowColumn::kNumber); },
+       nullptr, [t] { return !t.model.sorted_by(); }},
+  };
+  for (const auto& [id, column] :
+       {std::pair{IDM_SORT_LATENCY, RowColumn::kLatency},
+        {IDM_SORT_THROUGHPUT, RowColumn::kThroughput}}) {
+    commands.push_back({id, [t, column] { SortByTimes(t, column); }, nullptr,
+                        [t, column] { return t.model.sorted_by() == column; }});
+  }
+  return commands;
+}
+
 // What is shown of the row.
 Commands TabCommands(const Targets& t) {
   Commands commands;
@@ -246,8 +276,8 @@ Commands NumberedCommands(const Targets& t) {
 CommandTable MakeCommands(const CommandTargets& targets) {
   Commands all;
   for (Commands (*const part)(const Targets&) :
-       {FileCommands, EditCommands, ListCommands, ViewCommands, TabCommands,
-        NumberedCommands}) {
+       {FileCommands, EditCommands, ListCommands, ViewCommands, OrderCommands,
+        TabCommands, NumberedCommands}) {
     Commands commands = part(targets);
     std::move(commands.begin(), commands.end(), std::back_inserter(all));
   }

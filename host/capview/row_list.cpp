@@ -66,6 +66,8 @@ void RowList::SetHint(const std::wstring& hint) {
 }
 
 void RowList::Update() {
+  columns_.SetHasTimes(model_.list() == ListKind::kMessages);
+  columns_.MarkSorted(model_.sorted_by());
   silent_ = true;
   ListView_SetItemCountEx(window_, model_.ShownCount(),
                           LVSICF_NOSCROLL | LVSICF_NOINVALIDATEALL);
@@ -138,6 +140,12 @@ LRESULT RowList::Notify(NMHDR* header) {
       if (!silent_ && on_selected_) on_selected_(model_.PositionAt(selected_));
       return 0;
     }
+    case LVN_COLUMNCLICK:
+      if (on_head_) {
+        on_head_(static_cast<RowColumn>(
+            reinterpret_cast<NMLISTVIEW*>(header)->iSubItem));
+      }
+      return 0;
     case NM_CUSTOMDRAW:
       return Draw(*reinterpret_cast<NMLVCUSTOMDRAW*>(header));
     default:

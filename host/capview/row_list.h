@@ -52,6 +52,10 @@ class RowList {
   void OnSelected(std::function<void(std::uint32_t)> handler) {
     on_selected_ = std::move(handler);
   }
+  // Told whose head was clicked.
+  void OnHead(std::function<void(RowColumn)> handler) {
+    on_head_ = std::move(handler);
+  }
   // Answers what the control tells its parent by WM_NOTIFY.
   LRESULT Notify(NMHDR* header);
 
@@ -76,6 +80,7 @@ class RowList {
   std::uint32_t selected_ = 0;  // the index that was selected last
   bool silent_ = false;         // selections are our own
   std::function<void(std::uint32_t)> on_selected_;
+  std::function<void(RowColumn)> on_head_;
 };
 
 }  // namespace host

@@ -1,6 +1,11 @@
 #include "host/capview/row_model.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <numeric>
+#include <utility>
 
 #include "host/text/failure.h"
 #include "host/text/number_text.h"
@@ -14,6 +19,20 @@ constexpr const char kToTheRight[] = "\xE2\x86\x92 ";  // an arrow
 constexpr const char kToTheLeft[] = "\xE2\x86\x90 ";
 constexpr const char kDot[] = " \xC2\xB7 ";
 
+// "85,772 kB/s", "1.4 kB/s".
+std::string RateText(double bytes_a_second) {
+  constexpr double kKilobyte = 1000;
+  constexpr double kSmall = 100;
+  const double kilobytes = bytes_a_second / kKilobyte;
+  if (kilobytes >= kSmall) {
+    return NumberText(static_cast<std::uint64_t>(std::llround(kilobytes))) +
+           " kB/s";
+  }
+  char text[32];
+  std::snprintf(text, sizeof text, "%.1f kB/s", kilobytes);
+  return text;
+}
+
 }  // namespace
 
 RowModel::RowModel(CaptureDocument& document)
@@ -23,12 +42,14 @@ RowModel::RowModel(CaptureDocument& document)
 
 void RowModel::SetList(ListKind list) {
   list_ = list;
+  sorted_by_.reset();
   Reset();
 }
 
 void RowModel::ForgetSayings() {
   outcomes_.reset();
   marks_.reset();
+  messages_.clear();
 }
 
 void RowModel::Reset() {
@@ -50,6 +71,7 @@ bool RowModel::Update() {
     filtered_ = 0;
   }
   if (IsFiltered()) ExtendFilter();
+  Sort();
   return ShownCount() != before;
 }
 
@@ -65,6 +87,49 @@ void RowModel::SetFilter(const std::string& text) {
   passing_.clear();
   filtered_ = 0;
   if (IsFiltered()) ExtendFilter();
+  Sort();
+}
+
+bool RowModel::IsSortable(RowColumn column) {
+  return column == RowColumn::kSince || column == RowColumn::kLength ||
+         column == RowColumn::kLatency || column == RowColumn::kThroughput;
+}
+
+void RowModel::SortBy(std::optional<RowColumn> column) {
+  sorted_by_ = column;
+  Sort();
+}
+
+void RowModel::Sort() {
+  sorted_.clear();
+  if (!sorted_by_) return;
+  std::vector<std::pair<double, std::uint32_t>> keys;
+  keys.reserve(ShownCount());
+  for (std::uint32_t i = 0; i < ShownCount(); ++i) {
+    const std::uint32_t position = IsFiltered() ? passing_[i] : i;
+    keys.emplace_back(SortKey(position).value_or(-HUGE_VAL), position);
+  }
+  std::ranges::stable_sort(keys, std::greater(),
+                           &std::pair<double, std::uint32_t>::first);
+  sorted_.reserve(keys.size());
+  for (const auto& [key, position] : keys) sorted_.push_back(position);
+}
+
+std::optional<double> RowModel::SortKey(std::uint32_t position) {
+  const WireRecord* const wire = Wire(position);
+  const MessageTiming* const times = TimesOf(position);
+  if (sorted_by_ == RowColumn::kSince) {
+    if (const auto since = Since(position)) return static_cast<double>(*since);
+  } else if (sorted_by_ == RowColumn::kLength) {
+    if (wire != nullptr) return static_cast<double>(wire->length);
+  } else if (times != nullptr && sorted_by_ == RowColumn::kLatency) {
+    if (times->answered_after) {
+      return static_cast<double>(*times->answered_after);
+    }
+  } else if (times != nullptr) {
+    if (const auto rate = times->Throughput()) return -*rate;
+  }
+  return {};
 }
 
 void RowModel::ExtendFilter() {
@@ -86,10 +151,15 @@ std::uint32_t RowModel::ShownCount() const {
 }
 
 std::uint32_t RowModel::PositionAt(std::uint32_t index) const {
+  if (index < sorted_.size()) return sorted_[index];
   return IsFiltered() && index < passing_.size() ? passing_[index] : index;
 }
 
 std::uint32_t RowModel::IndexOf(std::uint32_t position) const {
+  if (sorted_by_) {
+    return static_cast<std::uint32_t>(std::ranges::find(sorted_, position) -
+                                      sorted_.begin());
+  }
   if (!IsFiltered()) return position;
   return static_cast<std::uint32_t>(
       std::lower_bound(passing_.begin(), passing_.end(), position) -
@@ -136,12 +206,17 @@ std::string RowModel::Text(std::uint32_t position, RowColumn column) {
     }
     case RowColumn::kTime:
       return wire ? TimeOfDay(wire->time) : std::string();
-    case RowColumn::kSince:
-      return SinceText(position);
+    case RowColumn::kSince: {
+      const auto since = Since(position);
+      return since ? Seconds(*since, 6) : std::string();
+    }
     case RowColumn::kDirection:
       return DirectionText(*row);
     case RowColumn::kLength:
       return NumberText(row->length);
+    case RowColumn::kLatency:
+    case RowColumn::kThroughput:
+      return TimesText(position, column);
     case RowColumn::kSummary:
       return PrintableFromCodePage1252(row->summary);
     case RowColumn::kOutcome:
@@ -164,12 +239,44 @@ std::string RowModel::OutcomeText(const WireRecord* wire) {
   }
 }
 
-std::string RowModel::SinceText(std::uint32_t position) const {
+std::optional<Nanoseconds> RowModel::Since(std::uint32_t position) const {
   const WireRecord* wire = Wire(position);
   const WireRecord* before = position == 0 ? nullptr : Wire(position - 1);
   if (wire == nullptr || before == nullptr) return {};
   const Nanoseconds since = wire->complete_time - before->complete_time;
-  return Seconds(std::max(since, Nanoseconds{0}), 6);
+  return std::max(since, Nanoseconds{0});
+}
+
+const MessageTiming* RowModel::TimesOf(std::uint32_t position) {
+  const RowTrace* const trace = document_.Trace(list_);
+  if (list_ != ListKind::kMessages || trace == nullptr || !document_.Timing()) {
+    return nullptr;
+  }
+  const Connection& connection = document_.ConnectionAt(*document_.chosen());
+  const Dialogue* const dialogue = DialogueOf(connection);
+  const auto record = trace->RecordIndexOf(position);
+  if (dialogue == nullptr || !record) return nullptr;
+  if (messages_.empty()) {
+    messages_.resize(connection.messages.size());
+    for (std::uint32_t i = 0; i < dialogue->messages.size(); ++i) {
+      const auto& of = dialogue->messages[i].record;
+      if (of && *of < messages_.size()) messages_[*of] = i;
+    }
+  }
+  const auto message = messages_.at(*record);
+  return message ? &document_.Timing()->messages.at(*message) : nullptr;
+}
+
+std::string RowModel::TimesText(std::uint32_t position, RowColumn column) {
+  const MessageTiming* const times = TimesOf(position);
+  if (times == nullptr) return {};
+  if (column == RowColumn::kLatency) {
+    return times->answered_after ? Seconds(*times->answered_after, 6)
+                                 : std::string();
+  }
+  const auto rate = times->Throughput();
+  if (!rate) return {};
+  return RateText(*rate);
 }
 
 std::string RowModel::DirectionText(const ListedRow& row) const {

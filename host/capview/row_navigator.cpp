@@ -15,6 +15,7 @@ RowNavigator::RowNavigator(CaptureDocument& document, RowModel& model,
                            Panes& panes, WorkLoop& work)
     : document_(document), model_(model), panes_(panes), work_(work) {
   panes_.rows.OnSelected([this](std::uint32_t row) { Show(row); });
+  panes_.rows.OnHead([this](RowColumn column) { SortBy(column); });
 }
 
 void RowNavigator::Clear() {
@@ -35,10 +36,13 @@ void RowNavigator::Clear() {
 void RowNavigator::Update() {
   const bool nowhere = !shown_ && !wanted_ && !pending_;
   if (nowhere && !model_.IsFiltered()) wanted_ = 0;
+  const auto selected =
+      model_.sorted_by() ? panes_.rows.Selected() : std::nullopt;
   model_.Update();
   panes_.rows.SetHint(
       WideFromUtf8(EmptyListText(document_, model_, work_.IsBusy())));
   panes_.rows.Update();
+  if (selected) panes_.rows.Mark(selected);  // rows may have changed places
   panes_.status.SetRows(RowCountText(model_));
   if (wanted_ && *wanted_ < model_.Count()) {
     panes_.rows.Mark(wanted_);
@@ -69,6 +73,20 @@ void RowNavigator::Filter(const std::wstring& text) {
   const bool passes = place && model_.IndexOf(*place) < model_.ShownCount() &&
                       model_.PositionAt(model_.IndexOf(*place)) == *place;
   if (passes) panes_.rows.Mark(place);
+}
+
+void RowNavigator::SortBy(RowColumn column) {
+  const auto place = panes_.rows.Selected();
+  const bool sorts =
+      RowModel::IsSortable(column) && model_.sorted_by() != column;
+  panes_.rows.Mark({});
+  model_.SortBy(sorts ? std::optional(column) : std::nullopt);
+  Update();
+  if (sorts && model_.ShownCount() > 0) {
+    panes_.rows.Select(model_.PositionAt(0));
+  } else {
+    panes_.rows.Mark(place);
+  }
 }
 
 void RowNavigator::GoTo(const std::wstring& number) {

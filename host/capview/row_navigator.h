@@ -48,6 +48,10 @@ class RowNavigator {
   void ShowList(ListKind list);
   // As it is typed. The row that is shown stays selected while it passes.
   void Filter(const std::wstring& text);
+  // Rows in the order of a column, or again in the capture's when they are in
+  // it already; the first of them is shown then. Columns that have no order
+  // stand for the capture's.
+  void SortBy(RowColumn column);
   // `number` as the person reads it, from 1 on. Says it when there is no such
   // row.
   void GoTo(const std::wstring& number);

@@ -108,6 +108,8 @@ ListColumns::Choice ReadColumns(const IniReader& ini) {
   if (widths && std::ranges::all_of(*widths, is_width)) {
     columns.widths = *widths;
   }
+  const int times = ini.Number(L"TimeColumns", 0, 1, -1);
+  if (times >= 0) columns.times = times != 0;
   const auto order = ini.Numbers<kRowColumns>(L"ColumnOrder");
   if (order && IsOrder(*order)) columns.order = *order;
   return columns;
@@ -186,6 +188,9 @@ void WriteSettings(const Settings& settings, const std::wstring& path) {
   ini.Number(L"ExpandMask", static_cast<long>(settings.switches.expand_mask));
   ini.Numbers(L"ColumnWidths", settings.columns.widths);
   ini.Numbers(L"ColumnOrder", settings.columns.order);
+  if (settings.columns.times) {
+    ini.Number(L"TimeColumns", *settings.columns.times);
+  }
   for (std::size_t i = 0; i < settings.recent_files.size(); ++i) {
     ini.Text(RecentKey(i), settings.recent_files[i]);
   }

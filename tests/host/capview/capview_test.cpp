@@ -251,7 +251,7 @@ TEST_F(CapviewTest, ShowsRowsTreeAndBytesOfASample) {
   Open("samples/store_explicit_le.pcap");
   EXPECT_EQ(RowCount(), 7);
   EXPECT_EQ(Row(1),
-            "2||02:23:15.182077|0.000419|\u2190 192.0.2.2:60234|223|"
+            "2||02:23:15.182077|0.000419|\u2190 192.0.2.2:60234|223|||"
             "A-ASSOCIATE-AC PDU||2 of 2 contexts accepted");
 
   Command(IDM_MESSAGE_VIEW);
@@ -449,6 +449,38 @@ TEST_F(CapviewTest, TheTimeBarTellsWhoseTimeItWasAndLeadsToTheRow) {
   EXPECT_FALSE(IsWindowVisible(bar));
 }
 
+// Of the answers the first came 4.7 ms behind its request, the fourth 43 ms
+// behind the third; the others at once. Of three messages the first and last
+// byte came with one frame, so that they have no throughput.
+TEST_F(CapviewTest, MessagesAreListedByTheirTimes) {
+  Open("samples/find_worklist.pcapng");
+  const HWND list = Control(IDC_ROWS);
+  const auto order = [this] {
+    std::string rows;
+    for (int row = 0; row < RowCount(); ++row) rows += Row(row).front();
+    return rows;
+  };
+  Command(IDM_MESSAGE_VIEW);
+  EXPECT_EQ(ListView_GetColumnWidth(list, 6), 0);  // there is no room for it
+  SelectRow(2);
+  Command(IDM_SORT_LATENCY);
+  EXPECT_GT(ListView_GetColumnWidth(list, 6), 0);
+  EXPECT_EQ(order(), "152346");
+  EXPECT_EQ(SelectedRow(), 0);
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "|0.042970||", Row(1));
+  NMLISTVIEW head{};
+  head.hdr = {list, IDC_ROWS, LVN_COLUMNCLICK};
+  head.iSubItem = 7;
+  const auto click = [&] {
+    Send(WM_NOTIFY, IDC_ROWS, reinterpret_cast<LPARAM>(&head));
+  };
+  click();
+  EXPECT_EQ(order(), "124356");
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "|1,538 kB/s|", Row(1));
+  click();
+  EXPECT_EQ(order(), "123456");
+}
+
 TEST_F(CapviewTest, AModuleThatFailsIsLoadedAgain) {
   SetEnvironmentVariableA("FAULT", "raise@1 fail@9");
   Start(BuildFolder() + L"\\tests\\faulty\\faulty.dll");
@@ -512,9 +544,9 @@ TEST_F(CapviewTest, RemembersItsSettings) {
     Command(id);
   }
   const HWND list = Control(IDC_ROWS);
-  const int width = 2 * ListView_GetColumnWidth(list, 8);
-  ListView_SetColumnWidth(list, 8, width);  // as by dragging its edge
-  std::array<int, kRowColumns> order{0, 5, 6, 1, 2, 3, 4, 8, 7};
+  const int width = 2 * ListView_GetColumnWidth(list, 10);
+  ListView_SetColumnWidth(list, 10, width);  // as by dragging its edge
+  std::array<int, kRowColumns> order{0, 5, 6, 1, 2, 3, 4, 8, 7, 10, 9};
   ListView_SetColumnOrderArray(list, kRowColumns, order.data());
   SendMessageW(window_->Handle(), WM_CLOSE, 0, 0);
 
@@ -534,7 +566,7 @@ TEST_F(CapviewTest, RemembersItsSettings) {
   std::array<int, kRowColumns> shown{};
   ListView_GetColumnOrderArray(Control(IDC_ROWS), kRowColumns, shown.data());
   EXPECT_EQ(shown, order);
-  EXPECT_NEAR(ListView_GetColumnWidth(Control(IDC_ROWS), 8), width, 2);
+  EXPECT_NEAR(ListView_GetColumnWidth(Control(IDC_ROWS), 10), width, 2);
   Command(IDM_FIRST_RECENT + 7);
   EXPECT_EQ(RowCount(), 6);
 }
