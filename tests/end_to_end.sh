@@ -118,23 +118,28 @@ for way in "cat echo.pcap" "gzip -c echo.pcap"; do
     fail "$way: the text differs"
 done
 
-# What is followed is there before the pipe ends, and in the end the same rows as without.
-follow() {
-  { head -c 1500 echo.pcap; sleep "$1"; [[ ! -s $work/rows ]] || touch "$work/early"; tail -c +1501 echo.pcap; } |
-    start "$2" --follow --json --tree - >"$work/rows"
+# Rows of a pipe are there before it ends, and in the end the same as those of a file: with --follow those
+# of a connection that goes on, without it those of one that has ended.
+pipe_slowly() {  # BYTES PROGRAM OPTION...: of the capture the first BYTES at once
+  { head -c "$1" "$work/both.pcap"; sleep 3; [[ ! -s $work/rows ]] || touch "$work/early"
+    tail -c +$(($1 + 1)) "$work/both.pcap"; } | start "${@:2}" --json --tree - >"$work/rows"
 }
 # How long a message took is not known while its connection goes on.
 rows_alone() {
   jq -c 'select(.kind == "pdu" or .kind == "message") |
     del(.first_time, .duration, .answered_after, .until_last_answer)' "$1" | sort
 }
-capdump --json --tree echo.pcap >"$work/json"
+{ cat echo.pcap; tail -c +25 reject_called_aet.pcap; } >"$work/both.pcap"
+capdump --json --tree "$work/both.pcap" >"$work/json"
 rows_alone "$work/json" >"$work/text"
 for each in "$program" ${twin:+"$twin"}; do
-  rm -f "$work/rows" "$work/early"
-  follow 3 "$each" || fail "following: exit code $?"
-  [[ -e $work/early ]] || fail "$each shows nothing before the pipe ends"
-  rows_alone "$work/rows" | cmp "$work/text" - || fail "$each: what is followed differs"
+  for way in "1500 --follow" "$(stat -c %s echo.pcap)"; do
+    rm -f "$work/rows" "$work/early"
+    pipe_slowly ${way% *} "$each" $(cut -s -d' ' -f2 <<<"$way") || fail "a slow pipe: exit code $?"
+    # Wine cannot say whether a pipe of its system has more: it waits inside for what follows an end.
+    [[ -e $work/early || ($each == *.exe && $way != *follow) ]] || fail "$each $way shows nothing before the pipe ends"
+    rows_alone "$work/rows" | cmp "$work/text" - || fail "$each $way: the rows of a slow pipe differ"
+  done
 done
 
 # A folder is one capture, from which parts can be taken: together they are the whole.

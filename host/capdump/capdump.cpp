@@ -8,8 +8,10 @@
 #include "host/capdump/contexts_report.h"
 #include "host/capdump/data_output.h"
 #include "host/capdump/dump.h"
+#include "host/capdump/ended_connections.h"
 #include "host/capdump/follow.h"
 #include "host/capdump/help_text.h"
+#include "host/capdump/live_reading.h"
 #include "host/capdump/options.h"
 #include "host/capdump/overview.h"
 #include "host/capdump/page_file.h"
@@ -126,15 +128,19 @@ void WritePage(const Options& options, const std::string& name,
 
 ExitCode DumpCapture(const Options& options) {
   const CaptureInputs inputs = FindInputs(options);
+  std::optional<EndedConnections> ended;
+  if (EndedConnections::AreShown(options)) ended.emplace(options);
   CaptureLoader loader(
       inputs.files, {.hand_over = options.as_captured ? HandOver::kAsCaptured
                                                       : HandOver::kCleanStreams,
                      .filter = options.filter,
-                     .follow = options.follow,
+                     .follow = options.follow || ended.has_value(),
                      .most_temporary = MostTemporaryBytes(options),
                      .part = options.part,
                      .observe = ReadDialogues()});
+  if (IsPiped(options)) PassFirstInterrupt();
   if (options.follow) Follow(options).Run(loader);
+  if (ended) ended->Run(loader);
   const std::vector<Connection> connections = ReadConnections(loader);
   if (options.connection) {
     RequireConnection(*options.connection, loader.connections().whole_size());
@@ -144,7 +150,11 @@ ExitCode DumpCapture(const Options& options) {
   if (!options.page_file.empty()) {
     WritePage(options, name, loader.names(), overview);
   }
-  ShowWanted(options, name, connections, overview);
+  if (ended) {
+    ended->ShowRest(name, connections, overview);
+  } else {
+    ShowWanted(options, name, connections, overview);
+  }
   for (const std::string& failure : inputs.failures) Complain(failure);
   for (const std::string& note : loader.Notes()) Complain(note);
   if (!inputs.failures.empty() || !loader.Damage().empty()) return kUnreadable;

@@ -12,6 +12,11 @@ namespace host {
 // Before anything is written.
 void PrepareConsole();
 
+// From now on the first Ctrl-C is not for this program: it ends the one that
+// writes to our standard input, as tcpdump, and by that the capture. The second
+// one ends us.
+void PassFirstInterrupt();
+
 // Whoever read our output has gone away; nothing is wrong.
 class ReaderGone : public std::exception {};
 

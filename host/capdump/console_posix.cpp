@@ -28,6 +28,15 @@ void PrepareConsole() {
   std::setvbuf(stdout, nullptr, _IOFBF, kCollectedBytes);
 }
 
+void PassFirstInterrupt() {
+  struct sigaction action {};
+  if (::sigaction(SIGINT, nullptr, &action) != 0) return;
+  if (action.sa_handler == SIG_IGN) return;  // by whoever has started us
+  action.sa_handler = [](int) {};
+  action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
+  ::sigaction(SIGINT, &action, nullptr);
+}
+
 void WriteOutput(std::string_view text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
     RaiseWriteFailure();

@@ -22,6 +22,11 @@ constexpr std::size_t kCollectedBytes = std::size_t{1} << 18;
                 "): check where it goes to.");
 }
 
+BOOL WINAPI PassOnce(DWORD event) {
+  static LONG passed = 0;
+  return event == CTRL_C_EVENT && InterlockedExchange(&passed, 1) == 0;
+}
+
 }  // namespace
 
 void PrepareConsole() {
@@ -30,6 +35,8 @@ void PrepareConsole() {
   SetConsoleOutputCP(CP_UTF8);
   std::setvbuf(stdout, nullptr, _IOFBF, kCollectedBytes);
 }
+
+void PassFirstInterrupt() { SetConsoleCtrlHandler(PassOnce, TRUE); }
 
 void WriteOutput(std::string_view text) {
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {

@@ -62,6 +62,20 @@ void Dump::Show(const std::string& name,
   RequireRow();
 }
 
+void Dump::ShowRest(const std::string& name,
+                    const std::vector<Connection>& connections,
+                    const std::vector<bool>& shown) {
+  connections_ = connections.size();
+  for (std::size_t i = 0; i < connections.size(); ++i) {
+    const Connection& connection = connections[i];
+    const bool was_shown =
+        connection.index < shown.size() && shown[connection.index];
+    if (!was_shown && IsWanted(connection)) ShowConnection(i, connection);
+  }
+  report_->EndCapture(name, connections.size(), CountDicom(connections));
+  RequireRow();
+}
+
 bool Dump::IsWanted(const Connection& connection) const {
   if (options_.connection) return connection.index == *options_.connection;
   return options_.all_connections || connection.carries_dicom;
@@ -138,10 +152,10 @@ void Dump::ShowRow(ModuleSession& session, ListKind list,
 }
 
 void Dump::ShowProgress(const char* doing, unsigned percent) {
-  progress_.Show(std::string(doing) + " connection " +
-                     std::to_string(shown_ + 1) + " of " +
-                     std::to_string(connections_),
-                 percent);
+  std::string text =
+      std::string(doing) + " connection " + std::to_string(shown_ + 1);
+  if (connections_ != 0) text += " of " + std::to_string(connections_);
+  progress_.Show(text, percent);
 }
 
 }  // namespace host

@@ -39,6 +39,15 @@ class Dump {
   // as ModuleSession and the output do. `name` is that of the capture.
   void Show(const std::string& name,
             const std::vector<Connection>& connections);
+  // In place of Show(): a connection before the capture has ended, and then
+  // those that were not shown yet, with the counts of the capture behind them.
+  // `shown` is by index in the capture.
+  void ShowEnded(const Connection& connection) {
+    ShowConnection(connection.index, connection);
+  }
+  void ShowRest(const std::string& name,
+                const std::vector<Connection>& connections,
+                const std::vector<bool>& shown);
 
  private:
   bool IsWanted(const Connection& connection) const;
@@ -51,7 +60,8 @@ class Dump {
   void ShowList(ModuleSession& session, ListKind list,
                 std::vector<ReportedRow> rows);
   void ShowRow(ModuleSession& session, ListKind list, const ReportedRow& row);
-  // "listing connection 2 of 7", with the per cent of that.
+  // "listing connection 2 of 7", with the per cent of that; "listing connection
+  // 2" before the capture has ended.
   void ShowProgress(const char* doing, unsigned percent);
 
   const Options& options_;
@@ -60,7 +70,7 @@ class Dump {
   std::unique_ptr<Report> report_;
   std::unique_ptr<SaveFile> save_file_;  // null without --save
   ProgressLine progress_;
-  std::size_t connections_ = 0;  // in the capture
+  std::size_t connections_ = 0;  // in the capture; 0 before it has ended
   std::size_t shown_ = 0;        // the index there of the one being shown
   bool row_was_found_ = false;
 };

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -42,6 +43,17 @@ void WriteFindings(const Scene& scene, const std::vector<Finding>& findings,
 // once.
 void WriteStories(const Scene& scene, const IsWantedConnection& is_wanted,
                   const std::vector<Finding>& findings, const Sink& sink);
+
+// Tells stories one by one, of connections that end while others go on. One of
+// a shape that was told before is a line that names the connection of that
+// story.
+class StoryTeller {
+ public:
+  void Tell(const SceneConnection& at, const Sink& sink);
+
+ private:
+  std::map<std::string, std::size_t> told_;  // index of the first, by shape
+};
 
 // One object a finding, a line each.
 void WriteFindingsJson(const Scene& scene, const std::vector<Finding>& findings,

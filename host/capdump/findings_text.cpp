@@ -164,21 +164,20 @@ std::set<std::size_t> ConnectionsOf(const std::vector<Finding>& findings) {
   return connections;
 }
 
-void AppendStory(const Scene& scene, const StoryGroup& group,
-                 std::string& text) {
-  const SceneConnection& at = *scene.Find(group.first);
+// The line above a story; `addition` stands behind what it says.
+void AppendStoryHead(const SceneConnection& at, const std::string& addition,
+                     std::string& text) {
   const Connection& connection = *at.connection;
-  text += "\nConnection " + std::to_string(group.first + 1) + "  ";
-  AppendWrapped(
-      at.Address(at.client) + " --> " + at.Address(1 - at.client) + ", " +
-          UtcText(connection.first_time, 3) + ", " +
-          Seconds(connection.last_time - connection.first_time, 3) + " s" +
-          (group.others == 0
-               ? ""
-               : ", and " +
-                     CountText(group.others, "more like it", "more like it")),
-      4, text);
-  for (const StoryStep& step : group.story.steps) {
+  text += "\nConnection " + std::to_string(at.index + 1) + "  ";
+  AppendWrapped(at.Address(at.client) + " --> " + at.Address(1 - at.client) +
+                    ", " + UtcText(connection.first_time, 3) + ", " +
+                    Seconds(connection.last_time - connection.first_time, 3) +
+                    " s" + addition,
+                4, text);
+}
+
+void AppendSteps(const Story& story, std::string& text) {
+  for (const StoryStep& step : story.steps) {
     const std::string time = Seconds(step.since_begin, 3);
     text.append(std::max(kTimeColumns - 2, time.size()) - time.size(), ' ');
     text += time + "  ";
@@ -225,14 +224,33 @@ void WriteStories(const Scene& scene, const IsWantedConnection& is_wanted,
   }
   const auto [groups, left_out] = choice.Take();
   for (const StoryGroup& group : groups) {
+    const std::string others =
+        group.others == 0 ? ""
+                          : ", and " + CountText(group.others, "more like it",
+                                                 "more like it");
     std::string text;
-    AppendStory(scene, group, text);
+    AppendStoryHead(*scene.Find(group.first), others, text);
+    AppendSteps(group.story, text);
     sink(text);
   }
   if (left_out != 0) {
     sink("\nand " + CountText(left_out, "more connection", "more connections") +
          ", --connection N shows one\n");
   }
+}
+
+void StoryTeller::Tell(const SceneConnection& at, const Sink& sink) {
+  const Story story = StoryOf(at, kMostSteps);
+  const auto [known, is_new] = told_.emplace(story.shape, at.index);
+  std::string text;
+  if (is_new) {
+    AppendStoryHead(at, "", text);
+    AppendSteps(story, text);
+  } else {
+    AppendStoryHead(
+        at, ", like connection " + std::to_string(known->second + 1), text);
+  }
+  sink(text);
 }
 
 }  // namespace host

@@ -1,24 +1,13 @@
 #include "host/capdump/follow.h"
 
 #include <algorithm>
-#include <chrono>
-#include <thread>
 #include <utility>
 
 #include "host/capdump/console.h"
 #include "host/capdump/dump.h"
-#include "host/capture/capture_source.h"
-#include "host/capture/pipe_wait.h"
+#include "host/capdump/live_reading.h"
 
 namespace host {
-namespace {
-
-using Clock = std::chrono::steady_clock;
-
-constexpr std::chrono::milliseconds kBetweenLooks{200};
-
-}  // namespace
-
 // A connection that has rows, and how far they were shown.
 struct Follow::Shown {
   Shown(const Connection& one, Module& module, DecodeControls& controls)
@@ -39,7 +28,6 @@ struct Follow::Shown {
 
 Follow::Follow(const Options& options)
     : options_(options),
-      is_pipe_(options.captures.front() == kStandardInput),
       module_(ModulePath(options)),
       controls_(options.hex ? DecodeControls::HexWindow::kEdit
                             : DecodeControls::HexWindow::kPlain),
@@ -49,29 +37,9 @@ Follow::Follow(const Options& options)
 Follow::~Follow() = default;
 
 void Follow::Run(CaptureLoader& loader) {
-  while (ReadOn(loader)) Look(loader);
-  loader.End();
+  ReadLive(loader, IsPiped(options_), [&] { Look(loader); });
   Look(loader);
   shown_.clear();
-}
-
-bool Follow::ReadOn(CaptureLoader& loader) {
-  if (is_pipe_ && !loader.IsNextThere() &&
-      StandardInputHasMore(kBetweenLooks) == false) {
-    loader.connections().Update();
-    return true;
-  }
-  const auto end = Clock::now() + kBetweenLooks;
-  const auto state = loader.Read([&] {
-    // What came is shown before reading on has to wait for more.
-    const bool may_wait =
-        is_pipe_ && !loader.IsNextThere() && StandardInputHasMore({}) != true;
-    return may_wait || Clock::now() >= end;
-  });
-  if (state != CaptureLoader::State::kFollowing) return true;
-  if (is_pipe_ || !loader.Damage().empty()) return false;
-  std::this_thread::sleep_for(kBetweenLooks);
-  return true;
 }
 
 void Follow::Look(CaptureLoader& loader) {

@@ -32,8 +32,6 @@ class Follow {
  private:
   struct Shown;
 
-  // Reads what is there now; false when nothing will follow.
-  bool ReadOn(CaptureLoader& loader);
   // Shows what is new in the connections.
   void Look(CaptureLoader& loader);
   bool IsWanted(const Connection& connection) const;
@@ -43,7 +41,6 @@ class Follow {
   void ShowRow(Shown& shown, ListKind list, const ReportedRow& row);
 
   const Options& options_;
-  bool is_pipe_;
   Module module_;
   DecodeControls controls_;
   std::unique_ptr<Report> report_;

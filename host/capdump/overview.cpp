@@ -4,7 +4,6 @@
 #include <limits>
 #include <utility>
 
-#include "host/capdump/findings_report.h"
 #include "host/findings/findings.h"
 #include "host/page/capture_page.h"
 #include "host/text/number_text.h"
@@ -55,8 +54,8 @@ bool Overview::IsTold(const Options& options, const SceneConnection& at) {
   return options.all_connections || at.concerns_dicom;
 }
 
-void Overview::Show(const Options& options, const std::string& name,
-                    const Sink& sink) const {
+void Overview::ShowHead(const Options& options, const std::string& name,
+                        const Sink& sink) const {
   const auto& connections = scene_.connections();
   const auto with_dicom = static_cast<std::size_t>(std::ranges::count_if(
       connections,
@@ -71,10 +70,26 @@ void Overview::Show(const Options& options, const std::string& name,
   }
   shown.connection = options.connection;
   WriteFindings(scene_, Wanted(options), shown, sink);
+}
+
+void Overview::Show(const Options& options, const std::string& name,
+                    const Sink& sink) const {
+  ShowHead(options, name, sink);
   if (options.findings) return;
   WriteStories(
       scene_, [&](const SceneConnection& at) { return IsTold(options, at); },
       Wanted(options), sink);
+}
+
+void Overview::ShowRest(const Options& options, const std::string& name,
+                        const std::vector<bool>& told, StoryTeller& stories,
+                        const Sink& sink) const {
+  for (const SceneConnection& at : scene_.connections()) {
+    const bool was_told = at.index < told.size() && told[at.index];
+    if (!was_told && IsTold(options, at)) stories.Tell(at, sink);
+  }
+  sink("\n");
+  ShowHead(options, name, sink);
 }
 
 void Overview::ShowPage(const Options& options, const std::string& name,

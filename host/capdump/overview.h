@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/capdump/findings_report.h"
 #include "host/capdump/options.h"
 #include "host/capdump/report.h"
 #include "host/findings/finding.h"
@@ -26,6 +27,11 @@ class Overview {
   // that of the capture.
   void Show(const Options& options, const std::string& name,
             const Sink& sink) const;
+  // The same behind stories that were told before: first those of the other
+  // connections. `told` is by index in the capture.
+  void ShowRest(const Options& options, const std::string& name,
+                const std::vector<bool>& told, StoryTeller& stories,
+                const Sink& sink) const;
   // The same, and what was negotiated, as a page.
   void ShowPage(const Options& options, const std::string& name,
                 const Sink& sink) const;
@@ -35,6 +41,9 @@ class Overview {
   void ShowJson(const Options& options, const Sink& sink) const;
 
  private:
+  // How many connections there are, and the findings.
+  void ShowHead(const Options& options, const std::string& name,
+                const Sink& sink) const;
   // Whether what happened in it is told.
   static bool IsTold(const Options& options, const SceneConnection& at);
   // All findings, which are sought when they are asked for first.

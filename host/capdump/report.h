@@ -39,6 +39,10 @@ class Report {
   // The capture's name as it was given, and how many connections it holds.
   virtual void BeginCapture(const std::string& name, std::size_t connections,
                             std::size_t with_dicom) = 0;
+  // In its place, behind all connections of a capture that was shown before it
+  // had ended.
+  virtual void EndCapture(const std::string& name, std::size_t connections,
+                          std::size_t with_dicom) = 0;
   virtual void BeginConnection(const ReportedConnection& connection) = 0;
   // All rows at once, since columns are as wide as their widest text.
   virtual void BeginList(ListKind list,

@@ -48,6 +48,7 @@ class JsonReport final : public Report {
   explicit JsonReport(Sink sink) : sink_(std::move(sink)) {}
 
   void BeginCapture(const std::string&, std::size_t, std::size_t) override {}
+  void EndCapture(const std::string&, std::size_t, std::size_t) override {}
 
   void Continue(const ReportedConnection& reported, ListKind list,
                 const std::vector<ReportedRow>&) override {

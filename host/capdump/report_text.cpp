@@ -105,6 +105,12 @@ class TextReport final : public Report {
     Flush();
   }
 
+  void EndCapture(const std::string& name, std::size_t connections,
+                  std::size_t with_dicom) override {
+    BlankLine();
+    BeginCapture(name, connections, with_dicom);
+  }
+
   void BeginConnection(const ReportedConnection& reported) override {
     const Connection& connection = *reported.connection;
     names_ = &connection.names();

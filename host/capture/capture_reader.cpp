@@ -12,9 +12,16 @@ CaptureReader::CaptureReader(const std::vector<CaptureInput>& inputs,
     : series_(inputs, *store_, most_temporary),
       filter_(filter, series_.link_type()) {}
 
+bool CaptureReader::Read() {
+  has_segment_ = false;
+  if (!series_.Next()) return false;
+  has_segment_ = ReadFrame() == FrameKind::kTcp;
+  return true;
+}
+
 const TcpFrame* CaptureReader::Next() {
-  while (series_.Next()) {
-    if (ReadFrame() == FrameKind::kTcp) return &frame_;
+  while (Read()) {
+    if (has_segment_) return &frame_;
   }
   return nullptr;
 }

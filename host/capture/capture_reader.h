@@ -34,12 +34,17 @@ class CaptureReader {
       : CaptureReader(std::vector<CaptureInput>{{path}}, filter,
                       most_temporary) {}
 
-  // The next TCP segment that passes the filter; null at the end of the capture
-  // or where it is damaged. Lasts until the next call, as its bytes do.
+  // Reads the next frame, whatever it is; false at the end of the capture or
+  // where it is damaged.
+  bool Read();
+  // The TCP segment that this frame holds or completes, if it passes the
+  // filter; else null. Lasts until the next frame is read, as its bytes do.
+  const TcpFrame* segment() const { return has_segment_ ? &frame_ : nullptr; }
+  // Reads on to the next one; null at the end.
   const TcpFrame* Next();
 
   // Of a capture of one file: whether the next frame is there by now, so that
-  // Next() does not wait for a pipe.
+  // Read() does not wait for a pipe.
   bool IsNextThere() { return series_.IsNextThere(); }
 
   // Where the bytes of all segments can be read again.
@@ -70,6 +75,7 @@ class CaptureReader {
   CaptureSeries series_;
   PacketFilter filter_;
   TcpFrame frame_;  // the newest
+  bool has_segment_ = false;
   IpFragments fragments_;
   std::vector<FramePart> parts_;  // of frame_
 };

@@ -20,8 +20,8 @@ CaptureLoader::CaptureLoader(const std::vector<CaptureInput>& inputs,
 CaptureLoader::State CaptureLoader::Read(const TimeIsUp& time_is_up) {
   if (state_ == State::kDone) return state_;
   unsigned frames = 0;
-  while (const TcpFrame* frame = reader_.Next()) {
-    connections_.Add(*frame);
+  while (reader_.Read()) {
+    if (const TcpFrame* frame = reader_.segment()) connections_.Add(*frame);
     ++frames;
     // Whoever follows a pipe must not read on where that would wait.
     const bool looks = follow_ || frames % kFramesBetweenLooks == 0;

@@ -1,6 +1,7 @@
 #include "host/streams/clean_connection.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/streams/pdu_header.h"
 #include "host/streams/pdv_cutter.h"
@@ -13,6 +14,9 @@ namespace {
 // Packets of the connection after which acknowledged bytes that are still
 // missing will not come any more.
 constexpr std::uint64_t kPacketsUntilLost = 64;
+
+// For how long bytes may still be under way to a connection that was closed.
+constexpr std::chrono::seconds kQuietUntilOver{1};
 
 CleanFeed* MakeFeed(const std::shared_ptr<ByteStore>& store,
                     Connection& connection) {
@@ -140,18 +144,19 @@ void CleanConnection::AddParts(const TcpFrame& frame, std::uint32_t sequence,
   }
 }
 
-bool CleanConnection::Update() {
-  if (finished_) return false;
-  const bool closed = reset_ || (sides_[0].fin_seen && sides_[1].fin_seen);
-  const bool quiet = packets_at_update_ == connection_.captured_packets;
-  packets_at_update_ = connection_.captured_packets;
-  if (closed && quiet) {
-    Finish();
-    return false;
+ConnectionBuilder::Standing CleanConnection::Update(Clock::time_point now) {
+  if (finished_) return Standing::kOver;
+  const std::uint64_t packets = connection_.captured_packets;
+  if (std::exchange(packets_at_update_, packets) != packets) {
+    quiet_since_ = now;
+    Cut(false);
+    Describe();
   }
-  Cut(false);
-  Describe();
-  return closed;
+  const bool closed = reset_ || (sides_[0].fin_seen && sides_[1].fin_seen);
+  if (!closed) return Standing::kOpen;
+  if (now - quiet_since_ < kQuietUntilOver) return Standing::kClosing;
+  Finish();
+  return Standing::kOver;
 }
 
 void CleanConnection::Finish() {

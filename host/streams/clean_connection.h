@@ -31,9 +31,9 @@ class CleanConnection final : public ConnectionBuilder {
   // SYN of a direction that has sent nothing while the other has.
   bool BeginsAnother(const TcpFrame& frame,
                      std::uint32_t direction) const override;
-  // A connection that was closed or reset is over when nothing has come since
-  // the last look; until then it asks for another one.
-  bool Update() override;
+  // A connection that was closed or reset is over when nothing has come for a
+  // second.
+  Standing Update(Clock::time_point now) override;
   void Finish() override;
 
  protected:
@@ -106,6 +106,7 @@ class CleanConnection final : public ConnectionBuilder {
   std::optional<Reset> reset_;  // the first RST
   bool finished_ = false;
   std::uint64_t packets_at_update_ = 0;
+  Clock::time_point quiet_since_;  // that many packets were first seen then
 };
 
 }  // namespace host

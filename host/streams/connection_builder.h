@@ -1,6 +1,8 @@
 #ifndef HOST_STREAMS_CONNECTION_BUILDER_H_
 #define HOST_STREAMS_CONNECTION_BUILDER_H_
 
+#include <chrono>
+
 #include "host/capture/frame_parser.h"
 #include "host/streams/connection.h"
 #include "host/streams/transfer_watch.h"
@@ -26,9 +28,14 @@ class ConnectionBuilder {
   // The connection's next segment, in the order of the capture. Throws Failure
   // when what came before cannot be read again.
   void Add(const TcpFrame& frame, std::uint32_t direction);
-  // Lets the connection show all that is settled by now. True when it should be
-  // asked once more even if nothing is added.
-  virtual bool Update() { return false; }
+  using Clock = std::chrono::steady_clock;
+  enum class Standing {
+    kOpen,
+    kClosing,  // to be asked again even if nothing is added
+    kOver,     // finished
+  };
+  // Lets the connection show all that is settled by now, and says how it is.
+  virtual Standing Update(Clock::time_point) { return Standing::kOpen; }
   // The connection is over: no segment will follow.
   virtual void Finish() {}
 

@@ -32,6 +32,7 @@ void TcpConnections::Add(const TcpFrame& frame) {
   std::uint32_t direction = frame.source == current.first ? 0 : 1;
   if (current.builder->BeginsAnother(frame, direction)) {
     current.builder->Finish();
+    NoteEnd(current);
     Begin(frame, current);
     direction = 0;
   }
@@ -57,6 +58,11 @@ void TcpConnections::Touch(Current& current) {
   touched_.push_back(&current);
 }
 
+void TcpConnections::NoteEnd(Current& current) {
+  if (std::exchange(current.over, true)) return;
+  ended_.push_back(&current.builder->connection());
+}
+
 void TcpConnections::Begin(const TcpFrame& frame, Current& current) {
   if (hand_over_ == HandOver::kCleanStreams) {
     builders_.push_back(std::make_unique<CleanConnection>(store_, observe_));
@@ -64,15 +70,19 @@ void TcpConnections::Begin(const TcpFrame& frame, Current& current) {
     builders_.push_back(std::make_unique<CapturedConnection>(store_));
   }
   current.builder = builders_.back().get();
+  current.over = false;
   current.builder->connection().frame_names = frame_names_;
   current.builder->connection().index = begun_++;
   current.first = frame.source;
 }
 
-void TcpConnections::Update() {
+void TcpConnections::Update(ConnectionBuilder::Clock::time_point now) {
+  using enum ConnectionBuilder::Standing;
   for (Current* current : std::exchange(touched_, {})) {
     current->touched = false;
-    if (current->builder->Update()) Touch(*current);
+    const auto standing = current->builder->Update(now);
+    if (standing == kClosing) Touch(*current);
+    if (standing == kOver) NoteEnd(*current);
   }
 }
 
@@ -87,6 +97,7 @@ std::vector<Connection> TcpConnections::Take() {
     connections.push_back(std::move(builder->connection()));
   }
   touched_.clear();
+  ended_.clear();
   current_.clear();
   builders_.clear();
   return connections;

@@ -42,7 +42,8 @@ class TcpConnections {
   // cannot be read again.
   void Add(const TcpFrame& frame);
   // Makes what has become settled by now visible in the connections.
-  void Update();
+  void Update(ConnectionBuilder::Clock::time_point now =
+                  ConnectionBuilder::Clock::now());
   // The capture is over: everything becomes visible.
   void Finish();
 
@@ -52,6 +53,10 @@ class TcpConnections {
   std::size_t whole_size() const { return begun_; }  // of all parts
   // Stays where it is; grows by Update() and Finish() only.
   Connection& at(std::size_t index) { return builders_[index]->connection(); }
+  // Those that have ended since the last call, before the capture has.
+  std::vector<const Connection*> TakeEnded() {
+    return std::exchange(ended_, {});
+  }
   // Hands all connections over, for after Finish().
   std::vector<Connection> Take();
 
@@ -61,6 +66,7 @@ class TcpConnections {
   // The newest connection of a pair of ends.
   struct Current {
     bool touched = false;                      // waits for the next Update()
+    bool over = false;                         // the builder is finished
     ConnectionBuilder* builder = nullptr;      // one of builders_, or null
     std::unique_ptr<PassedConnection> passed;  // of another part
     Endpoint first;                            // the end that is direction 0
@@ -70,6 +76,8 @@ class TcpConnections {
   void Touch(Current& current);
   // The frame is of a connection of another part.
   void Pass(const TcpFrame& frame, Current& current);
+  // Nothing will follow in the newest connection of these ends.
+  void NoteEnd(Current& current);
   // Makes a connection that begins with this frame the newest of its ends.
   void Begin(const TcpFrame& frame, Current& current);
 
@@ -80,6 +88,7 @@ class TcpConnections {
   std::map<Key, Current> current_;
   std::vector<Current*> touched_;  // by Add() since the last Update()
   std::vector<std::unique_ptr<ConnectionBuilder>> builders_;  // in order
+  std::vector<const Connection*> ended_;
   CapturePart part_;
   std::uint32_t begun_ = 0;  // connections
 };

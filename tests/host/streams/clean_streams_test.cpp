@@ -232,7 +232,11 @@ TEST(CleanStreamsTest, FollowingAGrowingCaptureGivesTheSameInTheEnd) {
     packets = feed.PacketCount();
   }
   EXPECT_EQ(Listed(connections.at(0).pdus), wire.pdus);
-  connections.Update();  // it is closed and nothing has come: it is over
+  EXPECT_TRUE(connections.TakeEnded().empty());
+  const auto later = ConnectionBuilder::Clock::now() + std::chrono::seconds(2);
+  connections.Update(later);  // it is closed and nothing has come: it is over
+  EXPECT_EQ(connections.TakeEnded(),
+            std::vector<const Connection*>{&connections.at(0)});
   ExpectFeedOf(connections.at(0), wire.streams);
   connections.Finish();
   const auto all = connections.Take();
