@@ -10,6 +10,7 @@ constexpr std::size_t kMostMemory = std::size_t{16} << 20;
 // What the system needs for one entry besides the bytes, about.
 constexpr std::size_t kPacketMemory = 400;
 constexpr std::size_t kPieceMemory = 250;
+constexpr std::size_t kOrderMemory = 64;  // of by_age_, as long as it is there
 constexpr std::uint32_t kMostBytes = 65535;  // of a packet
 
 std::uint64_t HashOf(std::span<const std::uint8_t> bytes) {
@@ -63,6 +64,7 @@ IpFragments::Packet* IpFragments::FindPacket(const IpFragment& fragment,
   packet.order = begun_++;
   packet.time = clock_;
   by_age_.emplace_back(fragment.packet, packet.order);
+  memory_ += kOrderMemory;
   Charge(kPacketMemory, packet);
   return &packet;
 }
@@ -155,6 +157,7 @@ void IpFragments::Age() {
       packets_.erase(at);
     }
     by_age_.pop_front();
+    memory_ -= kOrderMemory;
   }
 }
 
