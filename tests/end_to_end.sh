@@ -142,6 +142,19 @@ for each in "$program" ${twin:+"$twin"}; do
   done
 done
 
+# A capture shrinks while what was found in it is shown: one sentence, and what was shown before stays.
+for each in "$program" ${twin:+"$twin"}; do
+  cp store_multi_encaps.pcap "$work/shrinks.pcap"
+  run shrinking "$each" --pdus --hex "$work/shrinks.pcap"
+  rm -f "$work/code"
+  { start "$each" --pdus --hex "$work/shrinks.pcap" 2>"$work/err" || echo $? >"$work/code"; } |
+    { head -c 1000; truncate -s 1000 "$work/shrinks.pcap"; cat; } >"$work/out"
+  [[ $(cat "$work/code" 2>&1) == 1 ]] || fail "$each: a capture that shrinks ends in exit code $(cat "$work/code" 2>&1)"
+  [[ $(wc -l <"$work/err") == 1 ]] && grep -q "has become shorter while it was read: wait until" "$work/err" ||
+    fail "$each says of a capture that shrinks: $(cat "$work/err")"
+  cmp -n "$(stat -c %s "$work/out")" "$work/shrinking.out" "$work/out" || fail "$each: what was shown is not the same"
+done
+
 # A folder is one capture, from which parts can be taken: together they are the whole.
 mkdir "$work/ring"
 cp echo.pcap find_worklist.pcapng "$work/ring"

@@ -1,7 +1,7 @@
 #include "host/module/host_window.h"
 
 #include <algorithm>
-#include <exception>
+#include <utility>
 
 namespace host {
 namespace {
@@ -73,7 +73,7 @@ LRESULT HostWindow::Answer(WPARAM code, LPARAM data) {
   return kRefused;
 }
 
-bool HostWindow::Deliver(std::int64_t number, DicomPacketRecord& record) const {
+bool HostWindow::Deliver(std::int64_t number, DicomPacketRecord& record) {
   if (number < 0 || number >= PacketCount()) return false;
   if (record.buffer_size < sizeof record) return false;
   record.index = static_cast<std::int32_t>(number);
@@ -83,9 +83,14 @@ bool HostWindow::Deliver(std::int64_t number, DicomPacketRecord& record) const {
     record.tcp_bytes = copied.bytes;
     record.direction = copied.direction;
   } catch (const std::exception&) {
-    return false;  // read back from a file; nothing may pass through the module
+    if (!failure_) failure_ = std::current_exception();
+    return false;
   }
   return true;
+}
+
+void HostWindow::RethrowFailure() {
+  if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
 }
 
 }  // namespace host

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <exception>
 #include <limits>
 
 #include "host/module/display_state.h"
@@ -39,6 +40,10 @@ class HostWindow {
   std::uint32_t NextPacket() const { return next_packet_; }  // to be taken
   std::uint64_t PacketsFetchedAgain() const { return fetched_again_; }
 
+  // The module asks for packets, and what the feed throws must not pass through
+  // it: throws the first of that once, behind the module's call.
+  void RethrowFailure();
+
  private:
   // As many packets as the module can count.
   static constexpr std::uint32_t kNoLimit =
@@ -50,7 +55,7 @@ class HostWindow {
   LRESULT Answer(WPARAM code, LPARAM data);
   // Fills the record with the packet; false, and the record as it was but for
   // its index, when there is no such packet or no room for it.
-  bool Deliver(std::int64_t number, DicomPacketRecord& record) const;
+  bool Deliver(std::int64_t number, DicomPacketRecord& record);
 
   const PacketFeed& feed_;
   DisplayState state_;
@@ -59,6 +64,7 @@ class HostWindow {
   std::uint32_t taken_ = 0;
   std::uint32_t next_packet_ = 0;
   std::uint64_t fetched_again_ = 0;
+  std::exception_ptr failure_;  // of the feed
 };
 
 }  // namespace host

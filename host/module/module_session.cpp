@@ -31,6 +31,7 @@ void ModuleSession::ReadLists(bool growing,
   packets_ = std::min(packets_, window_.PacketCount());
   generation_ = module_.Generation();
   CountRows();
+  window_.RethrowFailure();
 }
 
 bool ModuleSession::IsListed(bool growing) const {
@@ -104,6 +105,13 @@ void ModuleSession::TraceNewRows() {
 
 std::optional<std::string> ModuleSession::Display(
     RowRef row, const DecodeWindows& windows) {
+  auto stopped = CallDisplay(row, windows);
+  window_.RethrowFailure();
+  return stopped;
+}
+
+std::optional<std::string> ModuleSession::CallDisplay(
+    RowRef row, const DecodeWindows& windows) {
   const auto failure = module_.Display(window_.Handle(), row, windows);
   if (!failure) return {};
   module_.Reload();
@@ -120,8 +128,7 @@ DecodedRow ModuleSession::Decode(RowRef row) {
   return decoded;
 }
 
-std::optional<std::string> ModuleSession::Save(RowRef row,
-                                               std::int32_t file) {
+std::optional<std::string> ModuleSession::Save(RowRef row, std::int32_t file) {
   State().SetFile(file);
   return Divert(DisplayState::Output::kSave, row);
 }
@@ -136,8 +143,9 @@ std::optional<std::string> ModuleSession::Divert(DisplayState::Output output,
                                                  RowRef row) {
   if (!IsKnownToModule()) ReadLists(false);
   State().SetOutput(output);
-  auto stopped = Display(row, controls_.Windows());
+  auto stopped = CallDisplay(row, controls_.Windows());
   State().SetOutput(DisplayState::Output::kTree);
+  window_.RethrowFailure();
   return stopped;
 }
 

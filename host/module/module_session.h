@@ -21,6 +21,8 @@ namespace host {
 // rows were on the wire, and the decodes of its rows. Both programs drive the
 // module by nothing else. When a failure leaves a display, the module is loaded
 // again, since it takes no further one, and the lists have to be read anew.
+// Whatever lets the module read packets throws Failure when the capture cannot
+// be read any more.
 class ModuleSession {
  public:
   // All three must outlive the session. `controls` are for decodes that nobody
@@ -73,6 +75,9 @@ class ModuleSession {
   bool WantsLive(bool growing) const { return connection_.live || growing; }
   bool IsKnownToModule() const { return generation_ == module_.Generation(); }
   void CountRows();
+  // Display() without what it throws.
+  std::optional<std::string> CallDisplay(RowRef row,
+                                         const DecodeWindows& windows);
   // Displays the row with its lines going elsewhere.
   std::optional<std::string> Divert(DisplayState::Output output, RowRef row);
 
