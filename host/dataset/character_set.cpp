@@ -101,6 +101,7 @@ class TextDecoder {
   DecodedText Run() {
     while (at_ < bytes_.size()) Step();
     text_.finding = Finding();
+    text_.fault = Fault();
     return std::move(text_);
   }
 
@@ -205,7 +206,8 @@ class TextDecoder {
   void StepEscape() {
     const CodeSet* const set = FindEscape(bytes_.substr(at_ + 1));
     if (set == nullptr || set_.scheme_ != CharacterSet::Scheme::kIso2022) {
-      unknown_escape_ = true;
+      unknown_escape_ = unknown_escape_ || set == nullptr;
+      if (set != nullptr) undeclared_set_ = set;
       return Append(static_cast<char32_t>(kEscape), 1);
     }
     if (std::ranges::find(set_.sets_, set) == set_.sets_.end()) {
@@ -241,6 +243,15 @@ class TextDecoder {
     }
     if (unknown_escape_) add("holds an escape sequence that is not of DICOM");
     return finding;
+  }
+
+  TextFault Fault() const {
+    if (undeclared_ || undecodable_) return TextFault::kNotOfSet;
+    if (undeclared_set_ != nullptr || unknown_escape_) {
+      return TextFault::kUndeclaredEscape;
+    }
+    return text_.finding.empty() ? TextFault::kNone
+                                 : TextFault::kLooksLikeAnother;
   }
 
   // Latin letters are not many high bytes in a row, so what looks like another

@@ -18,8 +18,17 @@ enum class TextForm : std::uint8_t {
   kLong,    // not at all
 };
 
+// How bytes and declaration disagree, the gravest first.
+enum class TextFault : std::uint8_t {
+  kNone,
+  kNotOfSet,          // bytes that the declared set does not have
+  kUndeclaredEscape,  // an escape to a set that is not declared
+  kLooksLikeAnother,  // all have a character, but another set is more likely
+};
+
 struct DecodedText {
   std::vector<std::string> values;  // UTF-8, with their padding; at least one
+  TextFault fault = TextFault::kNone;
   // What is wrong, "holds bytes that are not of ISO_IR 100; they look like
   // UTF-8"; empty when all is well. What has no character is U+FFFD.
   std::string finding;

@@ -77,6 +77,7 @@ void ReadTexts(std::span<const std::uint8_t> bytes, VrKind kind,
                   FormOf(kind), list.is_cut);
   list.values = std::move(text.values);
   for (std::string& value : list.values) RemovePadding(value);
+  list.text_fault = text.fault;
   list.finding = is_code && !text.finding.empty()
                      ? "holds bytes above 7Fh, which this VR must not"
                      : std::move(text.finding);

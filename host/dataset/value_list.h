@@ -18,6 +18,7 @@ struct ValueList {
   std::vector<std::string> values;
   bool is_cut = false;  // there are more; of a text the last one may be short
   std::string finding;  // what is wrong with the bytes; empty when all is well
+  TextFault text_fault = TextFault::kNone;  // of texts: of what kind that is
 };
 
 // `bytes` are the first of the event's value, all of it or not.

@@ -208,6 +208,16 @@ constexpr FindingKind kKinds[] = {
      "error otherwise."},
     {"connected-without-pdu", kWarning, kPeer,
      "A monitor that only knocks, or a program that hangs before it speaks."},
+    // Texts that nobody reads as they were meant.
+    {"character-set-unknown", kWarning, kPeer,
+     "Receivers guess how to read the texts: let the sender declare one of "
+     "DICOM's terms in Specific Character Set (0008,0005)."},
+    {"character-set-mismatch", kWarning, kPeer,
+     "Receivers show other letters or none: let the sender declare in Specific "
+     "Character Set (0008,0005) what it writes its texts in."},
+    {"character-set-undeclared-escape", kWarning, kPeer,
+     "Let the sender declare in Specific Character Set (0008,0005) every set "
+     "that it switches to."},
     // The network, where it costs time.
     {"zero-window", kWarning, kPeer,
      "The receiver does not take its data in time: look at its disks and its "
@@ -268,6 +278,9 @@ constexpr FindingKind kKinds[] = {
      "It says that it takes PDUs of any length; some peers misread the 0."},
     {"class-accepted-in-another-context", kNote, kPeer,
      "Nothing to do: the class was accepted with other transfer syntaxes."},
+    {"character-set-likely-another", kNote, kPeer,
+     "Compare the name at the sender with what the receiver shows: if they "
+     "differ, the sender declares another character set than it writes."},
 };
 
 constexpr bool HasNoDoubles() {

@@ -6,9 +6,11 @@
 namespace host {
 namespace {
 
+// No association ends over how a text is written.
 bool IsCause(const Finding& finding) {
   return finding.severity != Severity::kNote &&
-         finding.kind->origin != Origin::kCapture;
+         finding.kind->origin != Origin::kCapture &&
+         !finding.kind->slug.starts_with("character-set-");
 }
 
 void Merge(Finding&& more, Finding& known) {

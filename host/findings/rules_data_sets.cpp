@@ -5,6 +5,7 @@
 #include "host/dataset/transfer_syntax.h"
 #include "host/dialogue/outcome.h"
 #include "host/findings/rules.h"
+#include "host/findings/text_faults.h"
 
 namespace host {
 namespace {
@@ -14,9 +15,11 @@ constexpr int kEventsLookedAt = 2000;
 // Of one connection that are read without another reason than to look.
 constexpr int kLookedAtWithoutReason = 64;
 
-// "implicit VR little endian, but explicit VR little endian was agreed"; empty
-// when nothing is wrong.
-std::string ProblemOf(ByteSource& source, std::string_view syntax) {
+// Reads the first elements of a data set, and `texts` with them. Answers what
+// is wrong: "is implicit VR little endian, but explicit VR little endian was
+// agreed"; empty when nothing is wrong.
+std::string ProblemOf(ByteSource& source, std::string_view syntax,
+                      TextFaults& texts) {
   std::uint8_t head[132] = {};
   if (source.Read(0, head) == sizeof head && head[128] == 'D' &&
       head[129] == 'I' && head[130] == 'C' && head[131] == 'M') {
@@ -35,6 +38,7 @@ std::string ProblemOf(ByteSource& source, std::string_view syntax) {
   for (int i = 0; i < kEventsLookedAt; ++i) {
     const DataSetEvent& event = reader.Next();
     if (event.kind == DataSetEvent::Kind::kEnd) break;
+    texts.Look(reader);
     if (event.problem == DataSetProblem::kPastEnd ||
         event.problem == DataSetProblem::kNotAnElement ||
         event.problem == DataSetProblem::kNotAnItem) {
@@ -78,8 +82,12 @@ void FindBrokenDataSets(const Scene&, const SceneConnection& at,
     const std::string_view syntax = dialogue.TransferSyntaxOf(message);
     if (syntax.empty()) continue;
     const std::unique_ptr<ByteSource> source = dialogue.DataSetOf(message);
-    const std::string problem = ProblemOf(*source, syntax);
-    if (problem.empty()) continue;
+    TextFaults texts;
+    const std::string problem = ProblemOf(*source, syntax, texts);
+    if (problem.empty()) {
+      texts.Report(at, message, list);
+      continue;
+    }
     Finding& found =
         list.Add("data-set-does-not-parse",
                  "The " +
