@@ -34,6 +34,8 @@ std::string ProblemText(const DataSetEvent& event) {
              " at the end of what they are in are too few to be anything";
     case Problem::kNoVr:
       return "no value representation is given; read as implicit VR";
+    case Problem::kNoVrShort:
+      return "no value representation is given; read with a length of 16 bits";
     case Problem::kNotAnElement:
       return "what follows is no data element; " + BytesText(event.available) +
              " are passed over";

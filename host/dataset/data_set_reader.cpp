@@ -79,23 +79,12 @@ void DataSetReader::ReadDelimiter(Tag tag) {
   PassDelimiter(tag);
 }
 
-// False when there is no element, with the event made.
 bool DataSetReader::ReadExplicitHeader(Bytes header) {
   const Frame& item = frames_.back();
   const Vr vr = VrAt(header);
   const VrTraits* const traits = FindVr(vr);
   if (traits == nullptr && !AreVrLetters(vr)) {
-    const std::uint32_t length =
-        LengthAt(header.subspan(4), item.encoding.order);
-    const bool is_sequence = event_.entry && event_.entry->vr == "SQ";
-    const bool is_open = is_sequence && length == kUndefinedLength;
-    if (length > item.end - position_ - kShortHeaderBytes && !is_open) {
-      PassOver(Problem::kNotAnElement);
-      return false;
-    }
-    Note(Problem::kNoVr);
-    ReadImplicitHeader(header);
-    return true;
+    return ReadHeaderWithoutVr(header);
   }
   const bool is_reserved = NumberAt(header.subspan(6), 2, ByteOrder::kBig) == 0;
   const bool is_long = traits == nullptr ? is_reserved : traits->long_header;
@@ -119,6 +108,48 @@ bool DataSetReader::ReadExplicitHeader(Bytes header) {
 }
 
 void DataSetReader::ReadImplicitHeader(Bytes header) {
+  TakeVrOfRegistry();
+  TakeLength(LengthAt(header.subspan(4), frames_.back().encoding.order));
+}
+
+// Some senders write "??" or zeros for a VR that they do not know, with the
+// short header that it had once. Others mix elements in implicit VR in.
+bool DataSetReader::ReadHeaderWithoutVr(Bytes header) {
+  const Frame& item = frames_.back();
+  const std::uint64_t left = item.end - position_ - kShortHeaderBytes;
+  const auto length16 = static_cast<std::uint32_t>(
+      NumberAt(header.subspan(6), 2, item.encoding.order));
+  const std::uint32_t length32 =
+      LengthAt(header.subspan(4), item.encoding.order);
+  const bool is_open =
+      length32 == kUndefinedLength && event_.entry && event_.entry->vr == "SQ";
+  const bool fits_long = is_open || length32 <= left;
+  const bool is_short = length16 <= left && length16 != length32 && !is_open &&
+                        IsFollowed(length16);
+  if (!fits_long && !is_short) {
+    PassOver(Problem::kNotAnElement);
+    return false;
+  }
+  Note(is_short ? Problem::kNoVrShort : Problem::kNoVr);
+  TakeVrOfRegistry();
+  TakeLength(is_short ? length16 : length32);
+  return true;
+}
+
+bool DataSetReader::IsFollowed(std::uint32_t length) {
+  const Frame& item = frames_.back();
+  const Vr own = VrAt(window_.At(position_, kShortHeaderBytes));
+  const std::uint64_t next = position_ + kShortHeaderBytes + length;
+  if (next >= item.end) return next == item.end;
+  const Bytes header = window_.At(next, kShortHeaderBytes);
+  if (header.size() < kShortHeaderBytes) return false;
+  const Tag tag = TagAt(header, item.encoding.order);
+  const Vr vr = VrAt(header);
+  return tag == kItemEndTag || (tag.Number() > event_.tag.Number() &&
+                                (vr == own || FindVr(vr) != nullptr));
+}
+
+void DataSetReader::TakeVrOfRegistry() {
   const Frame& item = frames_.back();
   event_.vr_origin = !event_.entry            ? VrOrigin::kGuessed
                      : event_.creator.empty() ? VrOrigin::kDictionary
@@ -128,7 +159,6 @@ void DataSetReader::ReadImplicitHeader(Bytes header) {
                   : Vr::kUN;
   event_.value_vr = event_.vr;
   event_.value_at = position_ + kShortHeaderBytes;
-  TakeLength(LengthAt(header.subspan(4), item.encoding.order));
 }
 
 void DataSetReader::TakeLength(std::uint32_t length) {

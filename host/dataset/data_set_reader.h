@@ -36,6 +36,7 @@ enum class DataSetProblem : std::uint8_t {
   kPastEnd,          // longer than what surrounds it, with which it ends
   kRest,             // too few bytes for another element, passed over
   kNoVr,             // no letters of a VR: read as implicit VR
+  kNoVrShort,        // the same, but read with a length of 16 bits
   kNotAnElement,     // nothing that can be one: the rest of the item is passed
   kNotAnItem,        // no item where one must be: the sequence ends here
   kStrayDelimiter,   // an item's or delimiter's tag out of place, passed over
@@ -139,10 +140,16 @@ class DataSetReader {
   void ReadElement();
   // An item's or a delimiter's tag where an element may be.
   void ReadDelimiter(Tag tag);
-  // VR and length of the element. False when its VR are no letters and it has
-  // to be read as implicit VR.
+  // VR and length of the element. False when it is none, with the event made.
   bool ReadExplicitHeader(Bytes header);
   void ReadImplicitHeader(Bytes header);
+  // The same where no letters of a VR stand, by what follows the element.
+  bool ReadHeaderWithoutVr(Bytes header);
+  // Whether the item ends behind a value of `length` bytes, or goes on with an
+  // element as those in explicit VR are.
+  bool IsFollowed(std::uint32_t length);
+  // The element's VR, of which nothing was sent.
+  void TakeVrOfRegistry();
   // What the registries say of the tag, private ones by their creator.
   void LookUp();
   // The length as sent, held to what surrounds the element.

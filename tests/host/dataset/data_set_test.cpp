@@ -299,6 +299,12 @@ TEST(DataSetReaderTest, WrongLengthsAndDelimitersAreToldAndReadPast) {
       {"no VR",
        Writer(kImplicitLittle).Element(0x00100010, "", Text("AB")) + id,
        name_read + Problem(P::kNoVr) + id_read},
+      {"no VR before a length of 16 bits",
+       w.Element(0x00100010, "??", Text("AB")) + id +
+           w.Element(0x00280010, "??", Little16(7)) +
+           w.Element(0x00280011, "??", Little16(8)),
+       name_read + Problem(P::kNoVrShort) + id_read + "0028,0010 US 7" +
+           Problem(P::kNoVrShort) + "0028,0011 US 8" + Problem(P::kNoVrShort)},
       {"no element",
        sequence(w.Item(Little32(0x00200010) + Repeat(1, 30))) + id,
        "0008,1140 SQ\n0008,1140[1]\n0008,1140[1] remark" +

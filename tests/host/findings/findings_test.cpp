@@ -103,8 +103,7 @@ Bytes Rejection(std::uint8_t source, std::uint8_t reason) {
 }
 
 struct Case {
-  const char*
-      slug;  // of the worst finding, or of a note that is the last; null: none
+  const char* slug;      // of the worst, or of a note that is last
   const char* sentence;  // a part of it
   std::function<void(Talk&)> talk;
 };
