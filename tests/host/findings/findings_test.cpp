@@ -8,8 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "host/capdump/findings_report.h"
 #include "host/capdump/overview.h"
 #include "host/dialogue/dialogue_reader.h"
+#include "host/dialogue/irregularity_text.h"
+#include "host/findings/rules.h"
 #include "tests/wire_builder.h"
 
 namespace host {
@@ -130,6 +133,8 @@ const Case kCases[] = {
      [](Talk& t) {
        t.Associate().AskWithName("ISO_IR 999", "Adam").Answer(1, 0).Release();
      }},
+    // Both directions were captured in two places.
+    {nullptr, "", [](Talk& t) { t.Associate().Answer(1, 0).Ask(1).Release(); }},
     {"connection-refused", "192.0.2.2:104 refused",
      [](Talk& t) {
        t.segments.push_back({0, 1000, 0, kSyn});
@@ -160,6 +165,12 @@ const Case kCases[] = {
      [](Talk& t) {
        t.Handshake();
        t.SendRaw(0, Text("GET / HTTP/1.1\r\nHost: pacs\r\n\r\n"));
+       t.End(1, kFin);
+     }},
+    {"http-on-port", "The client 192.0.2.1:41000 speaks HTTP",
+     [](Talk& t) {
+       t.Handshake();
+       t.SendRaw(0, Text("CONNECT pacs:104 HTTP/1.1\r\n\r\n"));
        t.End(1, kFin);
      }},
     {"reject-called-ae-unknown", "the called AE title \"CALLED\"",
@@ -264,6 +275,38 @@ TEST(FindingsTest, EachFaultIsNamedFirstAndNothingElseIsOne) {
   }
 }
 
+// Three are told by what they lead to.
+TEST(FindingsTest, EveryIrregularityIsAFindingOfAKnownKind) {
+  for (std::size_t kind = 0; kind < kIrregularityKinds; ++kind) {
+    SCOPED_TRACE(kind);
+    Dialogue dialogue;
+    dialogue.irregularities.push_back(
+        {static_cast<IrregularityKind>(kind), {}, 1, 2, "1.2.3", {}, {}});
+    EXPECT_NE(IrregularityText(dialogue.irregularities[0]), "");
+    const Connection connection;
+    SceneConnection at;
+    at.connection = &connection;
+    at.dialogue = &dialogue;
+    FindingList list;
+    list.BeginConnection(0);
+    FindIrregularities(Scene({}, {}), at, list);
+    list.EndConnection();
+    const auto findings = list.TakeSorted();
+    const auto is_any = [kind](IrregularityKind one) {
+      return kind == static_cast<std::size_t>(one);
+    };
+    ASSERT_EQ(findings.empty(),
+              is_any(IrregularityKind::kTooManyItems) ||
+                  is_any(IrregularityKind::kMissingElement) ||
+                  is_any(IrregularityKind::kAnswerOnOtherContext));
+    for (const Finding& found : findings) {
+      EXPECT_TRUE(std::ranges::any_of(FindingKinds(), [&](const auto& known) {
+        return &known == found.kind;
+      }));
+    }
+  }
+}
+
 TEST(FindingsTest, AServerThatDiedStandsBeforeTheConnectionsItThenRefuses) {
   Talk t;
   t.Associate().Ask(1).End(1, kRst);
@@ -324,6 +367,26 @@ TEST(OverviewTest, TellsTheCauseAndTheStoryWithinAScreen) {
     EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
   }
   EXPECT_EQ(text.find(", about the "), std::string::npos);  // only if asked for
+}
+
+TEST(OverviewTest, ManyFindingsAreCutBehindTheTenth) {
+  FindingList list;
+  list.BeginConnection(0);
+  for (int i = 0; i < 12; ++i) {
+    list.Add("pdu-bad-length", "Number " + std::to_string(i) + ".");
+  }
+  list.EndConnection();
+  std::vector<Finding> findings = list.TakeSorted();
+  std::string text;
+  const Sink sink = [&text](std::string_view more) { text += more; };
+  WriteFindings(Scene({}, {}), findings, {}, sink);
+  EXPECT_NE(text.find("Number 9."), text.npos) << text;
+  EXPECT_EQ(text.find("Number 10."), text.npos) << text;
+  EXPECT_TRUE(text.ends_with("and 2 more, --findings shows all\n")) << text;
+  text.clear();
+  findings.resize(10);
+  WriteFindings(Scene({}, {}), findings, {}, sink);
+  EXPECT_EQ(text.find(" more, "), text.npos) << text;
 }
 
 TEST(FindingKindsTest, TheDocumentNamesEachWithItsAdvice) {

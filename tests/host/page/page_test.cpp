@@ -60,6 +60,19 @@ TEST(LadderTest, WhatIsAlikeIsOneRungAndAFailureShows) {
             "42 answers, 1 failed (first A700h Refused: Out of resources)");
   EXPECT_EQ(rungs[1].severity, Severity::kFault);
   EXPECT_EQ(rungs[1].last_frame, 84u);
+
+  std::vector<std::string> classes;
+  for (std::uint32_t i = 0; i < kObjects; ++i) {
+    classes.push_back("1.2." + std::to_string(i));
+  }
+  for (std::size_t i = 0; i < dialogue.messages.size(); ++i) {
+    dialogue.messages[i].sop_class = classes[i / 2];
+  }
+  const std::vector<Rung> many = LadderOf(at, 10);
+  ASSERT_EQ(many.size(), 10u);
+  EXPECT_EQ(many[6].text, "75 more steps left out here");
+  EXPECT_FALSE(many[6].is_sent);
+  EXPECT_EQ(many[9].last_frame, 84u);
 }
 
 }  // namespace

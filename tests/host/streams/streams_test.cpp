@@ -4,6 +4,7 @@
 
 #include "host/streams/ae_titles.h"
 #include "host/streams/dimse_status.h"
+#include "host/streams/pdu_header.h"
 #include "host/streams/stream_assembler.h"
 #include "tests/wire_builder.h"
 
@@ -120,6 +121,28 @@ class OnePacketFeed final : public PacketFeed {
  private:
   std::string packet_;
 };
+
+TEST(PduHeaderTest, TellsWhichLengthsATypeMayHave) {
+  const struct {
+    PduType type;
+    std::uint32_t least, most;
+  } kLengths[] = {{kAssociateRq, 68, 1u << 24},
+                  {kAssociateAc, 68, 1u << 24},
+                  {kPDataTf, 6, 1u << 29},
+                  {kAssociateRj, 4, 4},
+                  {kReleaseRq, 4, 4},
+                  {kReleaseRp, 4, 4},
+                  {kAbort, 4, 4}};
+  for (const auto& [type, least, most] : kLengths) {
+    SCOPED_TRACE(static_cast<int>(type));
+    for (const std::uint32_t length : {least - 1, least, most, most + 1}) {
+      EXPECT_EQ((PduHeader{type, 0, length}.HasPossibleLength()),
+                length == least || length == most)
+          << length;
+    }
+  }
+  EXPECT_FALSE((PduHeader{8, 0, 4}.HasPossibleLength()));
+}
 
 TEST(AeTitlesTest, TitlesComeFromTheFirstAssociateRequest) {
   std::string packet(20, '\0');

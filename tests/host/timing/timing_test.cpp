@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -314,6 +315,15 @@ TEST(TimingTest, EachCauseOfLostTimeIsNamedFirst) {
     EXPECT_NE(findings[0].sentence.find(c.sentence), std::string::npos)
         << findings[0].sentence;
   }
+}
+
+TEST(TimingTest, APercentileIsTheFirstValueThatSoManyDoNotExceed) {
+  std::vector<Nanoseconds> values(99);
+  std::iota(values.begin(), values.end(), 1);
+  EXPECT_EQ(Percentile(values, 99), 99);  // 98.01 values
+  EXPECT_EQ(Percentile(values, 50), 50);  // 49.5
+  EXPECT_EQ(Percentile({7}, 50), 7);
+  EXPECT_EQ(Percentile({}, 50), 0);
 }
 
 TEST(TimingTest, AClockThatGoesBackMakesNoNegativeTimes) {
