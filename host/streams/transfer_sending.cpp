@@ -24,10 +24,11 @@ constexpr std::uint32_t kRepeatsUntilFast = 2;
 
 // Whether a side can have sent something because of what passed the capture
 // point so long before, and did not wait. How soon it can at the earliest only
-// a handshake tells: acknowledgements of data may all have been delayed.
+// a handshake tells, since acknowledgements of data may all have been delayed;
+// what is near takes less at times.
 bool IsAtOnce(Nanoseconds since, Nanoseconds trip, const FlowFacts& flow) {
-  const Nanoseconds soonest = flow.handshake_trip ? trip / 2 : 0;
-  return since >= soonest && since <= trip + trip / 4 + kAtOnce;
+  const bool is_far = flow.handshake_trip && trip >= 2 * kMillisecond;
+  return since >= (is_far ? trip / 2 : 0) && since <= trip + trip / 4 + kAtOnce;
 }
 
 }  // namespace
