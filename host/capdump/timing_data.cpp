@@ -90,8 +90,20 @@ class CsvLines {
     add(timing.answered_after ? Seconds(*timing.answered_after, 9) : "");
     add(timing.whole ? Seconds(*timing.whole, 9) : "");
     add(std::to_string(message.answers));
-    add(std::to_string(timing.sub_operations));
+    add(std::to_string(SubOperationsOf(i)));
     return line;
+  }
+
+  // Of a C-MOVE its last answer counts them.
+  std::uint32_t SubOperationsOf(std::uint32_t i) const {
+    const DialogueMessage& message = dialogue_.messages[i];
+    if (message.command_field != kCMoveRq || !message.last_answer) {
+      return timing_.messages[i].sub_operations;
+    }
+    const DialogueMessage& answer = dialogue_.messages[*message.last_answer];
+    const SubOperations counts = dialogue_.ReadCommand(answer).sub_operations;
+    return std::uint32_t{counts.completed.value_or(0)} +
+           counts.failed.value_or(0) + counts.warning.value_or(0);
   }
 
   const std::size_t index_;
@@ -174,6 +186,8 @@ std::string AssociationTimingJson(const Connection& connection,
   object.Value("begin", Seconds(times.begin * 1000, 6));
   object.Value("duration", Seconds(times.Duration() * 1000, 6));
   object.Value("parts", PartsJson(times.sums));
+  object.Value("between_pending_answers",
+               Seconds(times.sub_operations.sum * 1000, 6));
   for (const std::uint32_t direction : {0u, 1u}) {
     const HeldBack& held = times.held_back[direction];
     if (held.count == 0) continue;

@@ -67,6 +67,7 @@ class AssociationText {
   std::string Text() {
     AddBar();
     AddParts();
+    AddSubOperations();
     AddHeldBack();
     AddLatencies();
     return std::move(text_);
@@ -144,6 +145,13 @@ class AssociationText {
             RightOf(ShareText(time, times_.Duration()), 8));
   }
 
+  void AddSubOperations() {
+    const SubOperationTime& time = times_.sub_operations;
+    if (time.sum == 0) return;
+    AddLine(MicrosText(time.sum) + " s of the thinking are between " +
+            SubOperationsText(dialogue_, time.request) + ".");
+  }
+
   void AddHeldBack() {
     for (const std::uint32_t direction : {0u, 1u}) {
       const HeldBack& held = times_.held_back[direction];
@@ -189,9 +197,11 @@ class AssociationText {
   void AddLatency(const std::pair<std::uint16_t, std::uint32_t>& key,
                   Latencies& latencies) {
     std::ranges::sort(latencies.values);
+    const bool moves = key.first == kCMoveRq || key.first == kCGetRq;
+    const char* by = key.second == times_.requestor ? ", by the requestor"
+                                                    : ", by the acceptor";
     std::string line =
-        Padded(CommandText(key.first) + ", by the " +
-                   (key.second == times_.requestor ? "requestor" : "acceptor"),
+        Padded(CommandText(key.first) + (moves ? " and sub-operations" : by),
                32) +
         RightOf(NumberText(latencies.values.size()), 7);
     for (const int percent : {50, 95, 99, 100}) {

@@ -52,6 +52,11 @@ class PairTaker {
     ++pair_.associations;
     pair_.whole += times.Duration();
     for (const TimeSpan& span : times.spans) pair_.sums.Add(span);
+    if (pair_.sub_operations == 0) {
+      pair_.moving = &at_;
+      pair_.moved_by = times.sub_operations.request;
+    }
+    pair_.sub_operations += times.sub_operations.sum;
     for (const std::uint32_t side : {0u, 1u}) {
       HeldBack& all = pair_.held_back[side == times.requestor ? 0 : 1];
       const HeldBack& held = times.held_back[side];

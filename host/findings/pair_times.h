@@ -27,6 +27,10 @@ struct PairTimes {
   std::uint64_t with_one_object = 0;
   TimeSums sums;
   Microseconds whole = 0;
+  // Of the acceptors' thinking, and the first connection and request.
+  Microseconds sub_operations = 0;
+  const SceneConnection* moving = nullptr;
+  std::uint32_t moved_by = 0;
   std::array<HeldBack, 2> held_back;  // by the requestor, by the acceptor
   // Bytes that the requestor and the acceptor sent, and how long the other
   // side's window kept them from it.

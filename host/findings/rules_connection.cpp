@@ -124,6 +124,32 @@ void FindVanishedPeer(const Scene&, const SceneConnection& at,
   }
 }
 
+// Few packets were lost, but they cost a good part of the time.
+void FindSlowRecovery(const SceneConnection& at, std::uint32_t direction,
+                      FindingList& list) {
+  constexpr Nanoseconds kWorthTelling = kSecond / 20;
+  const TransferFacts& transfer = at.connection->transfer;
+  Nanoseconds time = 0;
+  std::uint32_t frame = 0;
+  for (const Wait& wait : transfer.waits) {
+    if (wait.kind != WaitKind::kLossRecovery || wait.side != direction)
+      continue;
+    if (frame == 0) frame = wait.frame;
+    time += wait.end - wait.begin;
+  }
+  if (time < kWorthTelling || time * 5 < DurationOf(at)) return;
+  const FlowFacts& flow = transfer.flows[direction];
+  Finding& found = list.Add(
+      "retransmissions",
+      CountText(flow.timed_out + flow.fast, "packet", "packets") + " of the " +
+          PeerText(at, direction, nullptr) +
+          " had to be sent again: until the other side had all, it "
+          "took " +
+          DurationText(time) + " of " + DurationText(DurationOf(at)) + ".");
+  found.severity = Severity::kNote;
+  found.first_frame = found.last_frame = frame;
+}
+
 void FindLostTime(const Scene&, const SceneConnection& at, FindingList& list) {
   const Nanoseconds whole = DurationOf(at);
   for (const std::uint32_t direction : {0u, 1u}) {
@@ -137,7 +163,10 @@ void FindLostTime(const Scene&, const SceneConnection& at, FindingList& list) {
                    "), and the other side had to wait.");
     }
     const bool many = side.retransmissions * 50 >= side.payload_packets;
-    if (side.retransmissions < 3 || !many) continue;
+    if (side.retransmissions < 3 || !many) {
+      FindSlowRecovery(at, direction, list);
+      continue;
+    }
     Finding& found =
         list.Add("retransmissions",
                  NumberText(side.retransmissions) + " of " +

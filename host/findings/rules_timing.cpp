@@ -177,9 +177,18 @@ class PairReport {
                   DurationText(Percentile(sorted, 50)) + " at the median, " +
                   DurationText(sorted.back()) + " at most";
     }
+    // Where most of it may be somebody else's, nobody comes first.
+    const bool moves =
+        owner == TimeOwner::kAcceptor && pair_.sub_operations * 2 > thinking;
     Add("answers-slow",
-        "Look at the " + std::string(OwnerText(owner)) + " first: the " +
+        (moves ? "The "
+               : "Look at the " + std::string(OwnerText(owner)) +
+                     " first: the ") +
             Peer(role) + " took " + Share(thinking) + " to answer" + commands +
+            (moves ? "; " + Text(pair_.sub_operations) + " of it are between " +
+                         SubOperationsText(*pair_.moving->dialogue,
+                                           pair_.moved_by)
+                   : "") +
             ".",
         0);
   }

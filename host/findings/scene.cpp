@@ -273,6 +273,17 @@ std::string OneCommandText(const std::string& command) {
   return (command.starts_with('N') ? "an " : "a ") + command;
 }
 
+std::string SubOperationsText(const Dialogue& dialogue, std::uint32_t request) {
+  const DialogueMessage& message = dialogue.messages[request];
+  std::string text =
+      "the pending answers of " + CommandText(message.command_field);
+  if (message.command_field != kCMoveRq) return text;
+  const std::string title =
+      PrintableFromCodePage1252(dialogue.ReadCommand(message).move_destination);
+  return text + ": the destination" + (title.empty() ? "" : " " + title) +
+         " may be slow as well";
+}
+
 std::string DurationText(Nanoseconds duration) {
   char text[32];
   if (duration >= 100 * kSecond) {

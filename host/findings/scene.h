@@ -135,6 +135,9 @@ std::string EndingText(const Ending& ending, const Association& association);
 std::string CommandText(std::uint16_t command_field);
 // With its article: "a C-STORE", "an N-GET".
 std::string OneCommandText(const std::string& command);
+// "the pending answers of C-MOVE: the destination DEST may be slow as well", of
+// a request with sub-operations. Throws Failure when it cannot be read again.
+std::string SubOperationsText(const Dialogue& dialogue, std::uint32_t request);
 // "0.8 ms", "41 ms", "1.25 s", "300 s".
 std::string DurationText(Nanoseconds duration);
 // ", likely a time-out of 30 s" for round ones, else nothing.

@@ -47,12 +47,20 @@ class TimingMaker {
       SpanSweep sweep(connection_, dialogue_, timing_, i);
       times.spans = sweep.Run(times);
       LayWaits(times);
-      for (const TimeSpan& span : times.spans) times.sums.Add(span);
+      for (const TimeSpan& span : times.spans) AddSpan(span, times);
       CountHeldBack(times);
     }
   }
 
  private:
+  static void AddSpan(const TimeSpan& span, AssociationTiming& times) {
+    times.sums.Add(span);
+    if (!span.sub_operations) return;
+    SubOperationTime& time = times.sub_operations;
+    if (time.sum == 0) time.request = *span.message;
+    time.sum += span.Length();
+  }
+
   // By the time of their begin, those that go on included.
   void CollectWaits() {
     const TransferFacts& transfer = connection_.transfer;

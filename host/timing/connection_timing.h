@@ -26,6 +26,12 @@ struct HeldBack {
   std::uint32_t delayed = 0;
 };
 
+// Thinking that is, or may be, that of sub-operations.
+struct SubOperationTime {
+  Microseconds sum = 0;
+  std::uint32_t request = 0;  // the first: an index in Dialogue::messages
+};
+
 // Where the time of one association went.
 struct AssociationTiming {
   std::uint32_t requestor = 0;  // its direction
@@ -36,6 +42,7 @@ struct AssociationTiming {
   std::vector<TimeSpan> spans;  // [begin, end) without gaps
   TimeSums sums;
   std::array<HeldBack, 2> held_back;  // by the direction that held back
+  SubOperationTime sub_operations;
   std::uint32_t messages = 0;
 
   Microseconds Duration() const { return end - begin; }

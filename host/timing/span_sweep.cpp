@@ -6,6 +6,14 @@
 #include "host/dialogue/message_linker.h"
 
 namespace host {
+namespace {
+
+// Nobody works so long on a request, or so much longer than on most others.
+constexpr Microseconds kIdle = 10'000'000;
+constexpr Microseconds kLeastIdle = 2'000'000;
+constexpr Microseconds kRare = 10;
+
+}  // namespace
 
 SpanSweep::SpanSweep(const Connection& connection, const Dialogue& dialogue,
                      const ConnectionTiming& timing, std::uint32_t association)
@@ -22,6 +30,7 @@ std::vector<TimeSpan> SpanSweep::Run(const AssociationTiming& times) {
   if (index_ == 0) Connect();
   Negotiate();
   Converse(EndOfTalk());
+  NameIdle();
   Release();
   return std::move(spans_);
 }
@@ -155,6 +164,11 @@ void SpanSweep::Converse(Microseconds until) {
   SpanUntil(until, nullptr);
 }
 
+bool SpanSweep::HasSubOperations(std::uint32_t request) const {
+  const std::uint16_t field = dialogue_.messages[request].command_field;
+  return field == kCMoveRq || field == kCGetRq;
+}
+
 void SpanSweep::Take(const Event& event) {
   const DialogueMessage& message = dialogue_.messages[event.message];
   if (!event.is_end) {
@@ -164,12 +178,15 @@ void SpanSweep::Take(const Event& event) {
   }
   under_way_.erase(event.message);
   spoke_ = message.direction;
+  if (message.parent) moving_.insert(*message.parent);
   if (!message.IsComplete()) {
     left_off_ = event.message;
   } else if (message.IsRequest()) {
     if (answered_.erase(event.message) == 0) open_.insert(event.message);
   } else if (message.request && !IsPendingStatus(message.status)) {
     if (open_.erase(*message.request) == 0) answered_.insert(*message.request);
+  } else if (message.request && HasSubOperations(*message.request)) {
+    moving_.insert(*message.request);
   }
 }
 
@@ -191,10 +208,30 @@ void SpanSweep::SpanUntil(Microseconds time, const Event* next) {
     const DialogueMessage& message = dialogue_.messages[next->message];
     Turn(time, message.IsAnswer() ? TimePart::kThinking : TimePart::kPreparing,
          message.direction, next->message);
+    if (spans_.back().part == TimePart::kPreparing) {
+      pauses_.push_back(spans_.size() - 1);
+    }
   } else {
     Turn(time, TimePart::kIdle, requestor_, {});
   }
   spoke_.reset();
+}
+
+void SpanSweep::NameIdle() {
+  if (pauses_.empty()) return;
+  std::vector<Microseconds> lengths;
+  for (const std::size_t i : pauses_) lengths.push_back(spans_[i].Length());
+  const auto median =
+      lengths.begin() + static_cast<std::ptrdiff_t>((lengths.size() - 1) / 2);
+  std::ranges::nth_element(lengths, median);
+  for (const std::size_t i : pauses_) {
+    const Microseconds length = spans_[i].Length();
+    if (length < kIdle && (length < kLeastIdle || length < kRare * *median)) {
+      continue;
+    }
+    spans_[i].part = TimePart::kIdle;
+    spans_[i].message.reset();
+  }
 }
 
 void SpanSweep::Release() {
@@ -223,7 +260,9 @@ void SpanSweep::Until(Microseconds time, TimePart part, TimeOwner owner,
                       std::optional<std::uint32_t> message) {
   time = std::min(time, end_);
   if (time <= at_) return;
-  spans_.push_back({at_, time, part, owner, message});
+  const bool moves =
+      part == TimePart::kThinking && message && moving_.contains(*message);
+  spans_.push_back({at_, time, part, owner, message, moves});
   at_ = time;
 }
 

@@ -57,8 +57,11 @@ class SpanSweep {
 
   std::vector<Event> Events() const;
   void Take(const Event& event);
+  bool HasSubOperations(std::uint32_t request) const;
   // The span up to the next event, by who has to do what.
   void SpanUntil(Microseconds time, const Event* next);
+  // Says of pauses between requests that nobody was busy in them.
+  void NameIdle();
   // A side's turn: before it can have known of it there is the way to it.
   void Turn(Microseconds until, TimePart part, std::uint32_t direction,
             std::optional<std::uint32_t> message);
@@ -77,9 +80,12 @@ class SpanSweep {
   Microseconds end_ = 0;
   Microseconds at_ = 0;
   std::vector<TimeSpan> spans_;
+  std::vector<std::size_t> pauses_;    // in spans_: up to a request
   std::set<std::uint32_t> under_way_;  // messages, begun and not ended
   std::set<std::uint32_t> open_;       // requests, ended and not answered
   std::set<std::uint32_t> answered_;   // before they ended
+  // C-MOVEs and C-GETs of which a sub-operation or a pending answer came.
+  std::set<std::uint32_t> moving_;
   // A message that its sender left off.
   std::optional<std::uint32_t> left_off_;
   // Who has just ended a message, so that the other side has to get to know.

@@ -37,7 +37,8 @@ void Append(const TimeSpan& span, std::vector<TimeSpan>& spans) {
   if (!spans.empty()) {
     TimeSpan& last = spans.back();
     if (last.part == span.part && last.owner == span.owner &&
-        last.message == span.message && last.end == span.begin) {
+        last.message == span.message &&
+        last.sub_operations == span.sub_operations && last.end == span.begin) {
       last.end = span.end;
       return;
     }
@@ -95,6 +96,7 @@ std::vector<TimeSpan> Overlay(const std::vector<TimeSpan>& spans,
       piece.end = at;
       piece.part = above->part;
       piece.owner = above->owner;
+      piece.sub_operations = above->sub_operations;
       Append(piece, result);
     }
     TimeSpan rest = span;

@@ -25,7 +25,7 @@ enum class TimePart : std::uint8_t {
   kZeroWindow,    // the receiver takes no data
   kLossRecovery,  // lost data are sent again
   kThinking,      // a request is open and its answer does not come
-  kIdle,          // nothing is open, and no request follows
+  kIdle,          // nothing is open, and no request follows for long
   kReleasing,     // release, abort, closing
 };
 inline constexpr std::size_t kTimeParts = 10;
@@ -48,6 +48,9 @@ struct TimeSpan {
   // The message that it is part of, or waits for: an index in
   // Dialogue::messages. Empty outside of messages.
   std::optional<std::uint32_t> message;
+  // Of kThinking: between the pending answers of a C-MOVE or C-GET, so that
+  // more than its owner may be behind it.
+  bool sub_operations = false;
 
   Microseconds Length() const { return end - begin; }
 };
