@@ -5,8 +5,8 @@
 #include <new>
 
 #include "host/capdump/console.h"
-#include "host/capdump/contexts_report.h"
 #include "host/capdump/data_output.h"
+#include "host/capdump/dialogue_reports.h"
 #include "host/capdump/dump.h"
 #include "host/capdump/ended_connections.h"
 #include "host/capdump/follow.h"
@@ -16,7 +16,6 @@
 #include "host/capdump/overview.h"
 #include "host/capdump/page_file.h"
 #include "host/capdump/progress_line.h"
-#include "host/capdump/timing_report.h"
 #include "host/capture/capture_reader.h"
 #include "host/dialogue/dialogue_reader.h"
 #include "host/module/module.h"
@@ -53,18 +52,12 @@ void ShowData(const Options& options,
   if (!options.export_folder.empty()) data.Export(connections);
 }
 
-void ShowContexts(const Options& options,
-                  const std::vector<Connection>& connections) {
-  const auto write = options.json ? WriteContextsJson : WriteContexts;
-  write(connections, options.connection, WriteOutput);
-}
-
-void ShowTiming(const Options& options,
-                const std::vector<Connection>& connections) {
-  const auto write = options.csv    ? WriteTimingCsv
-                     : options.json ? WriteTimingJson
-                                    : WriteTiming;
-  write(connections, options.connection, WriteOutput);
+// Null where none is asked for.
+DialogueReport* ReportOf(const Options& options) {
+  if (options.csv) return WriteTimingCsv;
+  if (options.timing) return options.json ? WriteTimingJson : WriteTiming;
+  if (options.contexts) return options.json ? WriteContextsJson : WriteContexts;
+  return nullptr;
 }
 
 std::optional<std::uint64_t> MostTemporaryBytes(const Options& options) {
@@ -81,8 +74,9 @@ void ShowWanted(const Options& options, const std::string& name,
   if (!options.export_folder.empty() || DataOutput::IsWanted(options)) {
     return ShowData(options, connections);
   }
-  if (options.contexts) return ShowContexts(options, connections);
-  if (options.timing || options.csv) return ShowTiming(options, connections);
+  if (DialogueReport* const write = ReportOf(options)) {
+    return write(connections, options.connection, WriteOutput);
+  }
   if (options.json) overview.ShowJson(options, WriteOutput);
   if (options.follow) {
     if (!options.json) overview.ShowFindings(options, WriteOutput);

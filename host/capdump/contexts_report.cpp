@@ -1,7 +1,6 @@
-#include "host/capdump/contexts_report.h"
-
 #include <string>
 
+#include "host/capdump/dialogue_reports.h"
 #include "host/dialogue/negotiation.h"
 #include "host/dialogue/outcome.h"
 #include "host/rows/negotiation_text.h"
@@ -13,8 +12,7 @@ namespace {
 
 // An association of the capture.
 struct Negotiated {
-  std::size_t connection = 0;
-  const Connection* its_connection = nullptr;
+  const Connection* connection = nullptr;
   const Dialogue* dialogue = nullptr;
   std::uint32_t index = 0;  // in the dialogue
   bool is_first = false;    // of its connection
@@ -22,6 +20,7 @@ struct Negotiated {
   const Association& association() const {
     return dialogue->associations[index];
   }
+  std::size_t number() const { return connection->index + 1; }
 };
 
 // Calls `take` with each association that is wanted, and with what was accepted
@@ -30,28 +29,25 @@ template <class Take>
 void ForEach(const std::vector<Connection>& connections,
              std::optional<std::uint32_t> only, Take take) {
   Acceptances all;
-  for (std::size_t i = 0; i < connections.size(); ++i) {
-    const Dialogue* const dialogue = DialogueOf(connections[i]);
-    if (dialogue != nullptr) all.Add(connections[i].index, *dialogue);
-  }
-  for (std::size_t i = 0; i < connections.size(); ++i) {
-    const Dialogue* const dialogue = DialogueOf(connections[i]);
-    if (dialogue == nullptr || (only && *only != connections[i].index))
-      continue;
-    for (std::uint32_t k = 0; k < dialogue->associations.size(); ++k) {
-      take(Negotiated{connections[i].index, &connections[i], dialogue, k,
-                      k == 0},
-           all);
-    }
-  }
+  ForEachDialogue(connections, {},
+                  [&](const Connection& connection, const Dialogue& dialogue) {
+                    all.Add(connection.index, dialogue);
+                  });
+  ForEachDialogue(connections, only,
+                  [&](const Connection& connection, const Dialogue& dialogue) {
+                    for (std::uint32_t k = 0; k < dialogue.associations.size();
+                         ++k) {
+                      take(Negotiated{&connection, &dialogue, k, k == 0}, all);
+                    }
+                  });
 }
 
 std::string TextOf(const Negotiated& one, const Acceptances& all) {
   std::string text;
   if (one.is_first) {
-    text += "\nConnection " + std::to_string(one.connection + 1) + "  " +
-            one.its_connection->first_endpoint + " --> " +
-            one.its_connection->second_endpoint + "\n";
+    text += "\nConnection " + std::to_string(one.number()) + "  " +
+            one.connection->first_endpoint + " --> " +
+            one.connection->second_endpoint + "\n";
   }
   return text + "  " + AssociationText(*one.dialogue, one.index, all);
 }
@@ -75,7 +71,7 @@ std::string AssociationJson(const Negotiated& one, const Acceptances& all) {
   const Association& association = one.association();
   JsonObject object;
   object.Text("kind", "association");
-  object.Number("connection", one.connection + 1);
+  object.Number("connection", one.number());
   object.Number("association", one.index + 1);
   if (association.request) {
     object.Text("calling_ae_title",
@@ -94,7 +90,7 @@ std::string ContextJson(const Negotiated& one,
                         const PresentationContext& context) {
   JsonObject object;
   object.Text("kind", "context");
-  object.Number("connection", one.connection + 1);
+  object.Number("connection", one.number());
   object.Number("association", one.index + 1);
   object.Number("id", context.id);
   if (context.proposed) {

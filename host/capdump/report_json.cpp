@@ -1,8 +1,8 @@
 #include <utility>
 
+#include "host/capdump/dialogue_reports.h"
 #include "host/capdump/frame_json.h"
 #include "host/capdump/report.h"
-#include "host/capdump/timing_report.h"
 #include "host/dataset/registry.h"
 #include "host/dialogue/outcome.h"
 #include "host/text/json_object.h"

@@ -1,10 +1,11 @@
 #include <cmath>
 
-#include "host/capdump/timing_report.h"
+#include "host/capdump/dialogue_reports.h"
 #include "host/dialogue/outcome.h"
 #include "host/text/json_object.h"
 #include "host/text/number_text.h"
 #include "host/text/text_encoding.h"
+#include "host/timing/time_shares.h"
 
 namespace host {
 namespace {
@@ -45,9 +46,8 @@ constexpr std::string_view kCsvHead =
 // One message after the other, with the rows that the module's list gives them.
 class CsvLines {
  public:
-  CsvLines(std::size_t index, const Connection& connection)
-      : index_(index),
-        connection_(connection),
+  explicit CsvLines(const Connection& connection)
+      : connection_(connection),
         dialogue_(*DialogueOf(connection)),
         timing_(TimeConnection(connection)) {
     std::size_t row = 0;
@@ -66,7 +66,7 @@ class CsvLines {
   std::string Line(std::uint32_t i) const {
     const DialogueMessage& message = dialogue_.messages[i];
     const MessageTiming& timing = timing_.messages[i];
-    std::string line = std::to_string(index_ + 1);
+    std::string line = std::to_string(connection_.index + 1);
     const auto add = [&line](const std::string& field) {
       line += ',' + Quoted(field);
     };
@@ -106,7 +106,6 @@ class CsvLines {
            counts.failed.value_or(0) + counts.warning.value_or(0);
   }
 
-  const std::size_t index_;
   const Connection& connection_;
   const Dialogue& dialogue_;
   const ConnectionTiming timing_;
@@ -115,18 +114,12 @@ class CsvLines {
 
 std::string PartsJson(const TimeSums& sums) {
   std::string json = "[";
-  for (std::size_t p = 0; p < kTimeParts; ++p) {
-    for (std::size_t o = 0; o < kTimeOwners; ++o) {
-      const auto part = static_cast<TimePart>(p);
-      const auto owner = static_cast<TimeOwner>(o);
-      const Microseconds time = sums.Of(part, owner);
-      if (time == 0) continue;
-      JsonObject object;
-      object.Text("part", PartSlug(part));
-      object.Text("owner", OwnerText(owner));
-      object.Value("time", Seconds(time * 1000, 6));
-      json += (json.size() == 1 ? "" : ",") + std::move(object).Close();
-    }
+  for (const TimeShare& share : SharesOf(sums)) {
+    JsonObject object;
+    object.Text("part", PartSlug(share.part));
+    object.Text("owner", OwnerText(share.owner));
+    object.Value("time", Seconds(share.time * 1000, 6));
+    json += (json.size() == 1 ? "" : ",") + std::move(object).Close();
   }
   return json + "]";
 }
@@ -142,12 +135,19 @@ std::string HeldBackJson(const HeldBack& held) {
 }
 
 // What TCP did in one direction.
-std::string FlowJson(const FlowFacts& flow) {
+std::string FlowJson(const TransferFacts& transfer, std::uint32_t direction) {
+  const FlowFacts& flow = transfer.flows[direction];
   JsonObject object;
   object.Number("bytes", flow.sent_bytes);
-  if (const auto trip = flow.LeastTrip()) {
-    object.Value("round_trip", Seconds(*trip, 9));
-  }
+  if (flow.segment_limit) object.Number("segment_limit", *flow.segment_limit);
+  if (flow.window_scale) object.Number("window_scale", *flow.window_scale);
+  const auto add_trip = [&](std::string_view name,
+                            const std::optional<Nanoseconds>& trip) {
+    if (trip) object.Value(name, Seconds(*trip, 9));
+  };
+  add_trip("round_trip", flow.LeastTrip());
+  add_trip("handshake_round_trip", flow.handshake_trip);
+  add_trip("data_round_trip", flow.LeastDataTrip());
   object.Number("timed_out", flow.timed_out);
   object.Number("fast", flow.fast);
   object.Number("spurious", flow.spurious);
@@ -157,21 +157,13 @@ std::string FlowJson(const FlowFacts& flow) {
   object.Number("repeated_acknowledgements", flow.repeated_acknowledgements);
   object.Number("window_updates", flow.window_updates);
   object.Number("zero_windows", flow.zero_windows);
+  object.Value("zero_window_time", Seconds(transfer.ClosedFor(direction), 9));
   object.Number("window_full", flow.window_full);
   object.Number("resets", flow.resets);
   object.Number("most_in_flight", flow.most_in_flight);
   object.Number("largest_window", flow.largest_window);
   object.Value("window_limited", Seconds(flow.window_limited, 9));
   return std::move(object).Close();
-}
-
-template <class Take>
-void ForEach(const std::vector<Connection>& connections,
-             std::optional<std::uint32_t> only, Take take) {
-  for (std::size_t i = 0; i < connections.size(); ++i) {
-    if (DialogueOf(connections[i]) == nullptr || (only && *only != i)) continue;
-    take(i, connections[i]);
-  }
 }
 
 }  // namespace
@@ -200,32 +192,34 @@ std::string AssociationTimingJson(const Connection& connection,
 
 void WriteTimingJson(const std::vector<Connection>& connections,
                      std::optional<std::uint32_t> only, const Sink& sink) {
-  ForEach(connections, only, [&](std::size_t i, const Connection& connection) {
-    const ConnectionTiming timing = TimeConnection(connection);
-    JsonObject object;
-    object.Text("kind", "timing");
-    object.Number("connection", i + 1);
-    object.Text("first", connection.first_endpoint);
-    object.Text("second", connection.second_endpoint);
-    std::string list = "[";
-    for (std::uint32_t k = 0; k < timing.associations.size(); ++k) {
-      list +=
-          (k == 0 ? "" : ",") + AssociationTimingJson(connection, timing, k);
-    }
-    object.Value("associations", list + "]");
-    object.Value("from_first", FlowJson(connection.transfer.flows[0]));
-    object.Value("from_second", FlowJson(connection.transfer.flows[1]));
-    object.Texts("limits", timing.limits);
-    sink(std::move(object).Close() + "\n");
-  });
+  ForEachDialogue(
+      connections, only, [&](const Connection& connection, const Dialogue&) {
+        const ConnectionTiming timing = TimeConnection(connection);
+        JsonObject object;
+        object.Text("kind", "timing");
+        object.Number("connection", connection.index + 1);
+        object.Text("first", connection.first_endpoint);
+        object.Text("second", connection.second_endpoint);
+        std::string list = "[";
+        for (std::uint32_t k = 0; k < timing.associations.size(); ++k) {
+          list += (k == 0 ? "" : ",") +
+                  AssociationTimingJson(connection, timing, k);
+        }
+        object.Value("associations", list + "]");
+        object.Value("from_first", FlowJson(connection.transfer, 0));
+        object.Value("from_second", FlowJson(connection.transfer, 1));
+        object.Texts("limits", timing.limits);
+        sink(std::move(object).Close() + "\n");
+      });
 }
 
 void WriteTimingCsv(const std::vector<Connection>& connections,
                     std::optional<std::uint32_t> only, const Sink& sink) {
   sink(kCsvHead);
-  ForEach(connections, only, [&](std::size_t i, const Connection& connection) {
-    CsvLines(i, connection).Write(sink);
-  });
+  ForEachDialogue(connections, only,
+                  [&](const Connection& connection, const Dialogue&) {
+                    CsvLines(connection).Write(sink);
+                  });
 }
 
 }  // namespace host

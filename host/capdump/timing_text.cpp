@@ -5,8 +5,8 @@
 #include <map>
 #include <utility>
 
+#include "host/capdump/dialogue_reports.h"
 #include "host/capdump/findings_report.h"
-#include "host/capdump/timing_report.h"
 #include "host/dialogue/outcome.h"
 #include "host/findings/scene.h"
 #include "host/text/number_text.h"
@@ -251,9 +251,9 @@ std::string FlowText(const Connection& connection, std::uint32_t direction) {
   return text + "\n";
 }
 
-std::string ConnectionText(std::size_t index, const Connection& connection) {
-  std::string text = "\nConnection " + std::to_string(index + 1) + "  " +
-                     connection.first_endpoint + " --> " +
+std::string ConnectionText(const Connection& connection) {
+  std::string text = "\nConnection " + std::to_string(connection.index + 1) +
+                     "  " + connection.first_endpoint + " --> " +
                      connection.second_endpoint + "\n";
   for (const std::uint32_t direction : {0u, 1u}) {
     text += "  " + FlowText(connection, direction);
@@ -273,24 +273,24 @@ std::string TitlesText(const Association& association) {
 void WriteTiming(const std::vector<Connection>& connections,
                  std::optional<std::uint32_t> only, const Sink& sink) {
   bool is_any = false;
-  for (std::size_t i = 0; i < connections.size(); ++i) {
-    const Connection& connection = connections[i];
-    const Dialogue* const dialogue = DialogueOf(connection);
-    if (dialogue == nullptr || (only && *only != i)) continue;
-    if (dialogue->associations.empty() && !only) continue;
-    is_any = true;
-    const ConnectionTiming timing = TimeConnection(connection);
-    sink(ConnectionText(i, connection));
-    for (const std::string& limit : timing.limits) {
-      sink("  note: " + limit + "\n");
-    }
-    for (std::uint32_t k = 0; k < timing.associations.size(); ++k) {
-      sink("  Association " + std::to_string(k + 1) + "  " +
-           TitlesText(dialogue->associations[k]) + ", " +
-           CountText(timing.associations[k].messages, "message", "messages") +
-           "\n" + AssociationText(connection, timing, k).Text());
-    }
-  }
+  ForEachDialogue(
+      connections, only,
+      [&](const Connection& connection, const Dialogue& dialogue) {
+        if (dialogue.associations.empty() && !only) return;
+        is_any = true;
+        const ConnectionTiming timing = TimeConnection(connection);
+        sink(ConnectionText(connection));
+        for (const std::string& limit : timing.limits) {
+          sink("  note: " + limit + "\n");
+        }
+        for (std::uint32_t k = 0; k < timing.associations.size(); ++k) {
+          sink("  Association " + std::to_string(k + 1) + "  " +
+               TitlesText(dialogue.associations[k]) + ", " +
+               CountText(timing.associations[k].messages, "message",
+                         "messages") +
+               "\n" + AssociationText(connection, timing, k).Text());
+        }
+      });
   if (!is_any) sink("There is no association.\n");
 }
 

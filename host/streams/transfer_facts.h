@@ -65,6 +65,7 @@ struct FlowFacts {
   std::optional<Nanoseconds> closed_since;
   std::optional<Nanoseconds> recovering_since;
 
+  std::optional<Nanoseconds> LeastDataTrip() const;
   // A round trip to this side; empty when none was seen.
   std::optional<Nanoseconds> LeastTrip() const;
 };
@@ -112,6 +113,8 @@ struct TransferFacts {
   // The client's acknowledgement of the server's SYN; 0 when it is not there.
   Nanoseconds connected = 0;
 
+  // How long a direction's side took no data, in all.
+  Nanoseconds ClosedFor(std::uint32_t side) const;
   // Whether the clock went back by more than capture ports mix up.
   bool GoesBack() const { return most_set_back >= 1'000'000; }
   // The time of a packet of this connection, by the clock that never goes back.

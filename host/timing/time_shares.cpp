@@ -86,16 +86,21 @@ std::optional<TimeSpan> SpanAt(const AssociationTiming& times,
   return found;
 }
 
-std::vector<TimeShare> SharesOf(const AssociationTiming& times) {
+std::vector<TimeShare> SharesOf(const TimeSums& sums) {
   std::vector<TimeShare> shares;
   for (std::size_t p = 0; p < kTimeParts; ++p) {
     for (std::size_t o = 0; o < kTimeOwners; ++o) {
       const auto part = static_cast<TimePart>(p);
       const auto owner = static_cast<TimeOwner>(o);
-      const Microseconds time = times.sums.Of(part, owner);
+      const Microseconds time = sums.Of(part, owner);
       if (time != 0) shares.push_back({part, owner, time});
     }
   }
+  return shares;
+}
+
+std::vector<TimeShare> SharesOf(const AssociationTiming& times) {
+  std::vector<TimeShare> shares = SharesOf(times.sums);
   std::ranges::stable_sort(shares, std::greater(), &TimeShare::time);
   return shares;
 }

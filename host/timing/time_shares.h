@@ -37,6 +37,8 @@ struct TimeShare {
   TimeOwner owner = TimeOwner::kNetwork;
   Microseconds time = 0;
 };
+// In the order of the parts.
+std::vector<TimeShare> SharesOf(const TimeSums& sums);
 // The longest first.
 std::vector<TimeShare> SharesOf(const AssociationTiming& times);
 

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/capdump/contexts_report.h"
+#include "host/capdump/dialogue_reports.h"
 #include "host/capdump/report.h"
 #include "host/dialogue/dialogue_reader.h"
 #include "host/dialogue/negotiation.h"
