@@ -97,6 +97,10 @@ constexpr OptionRow kRows[] = {
      "findings, what happened and what was negotiated as one page for the "
      "vendor or the ticket, without patients' data",
      &Options::page_file, kEveryView & ~(kRawListsView | kFollowViews)},
+    {kWritten, "--report-with-data", "", "", "",
+     "with --report, what the messages carry as well, with patients' data",
+     &Options::page_with_data, kEveryView & ~(kRawListsView | kFollowViews),
+     "--report"},
     {kWritten, "--export", "", "DIR", "the folder to write to",
      "the data set of each C-STORE as a DICOM file, and a manifest",
      &Options::export_folder, kDataView},

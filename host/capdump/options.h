@@ -56,6 +56,7 @@ struct Options {
   std::string module;         // DicomDecode.dll
   std::string save_file;      // what the module's lines are written to
   std::string page_file;      // for a page of findings and stories
+  bool page_with_data = false;
   std::string export_folder;  // for data sets as files
   bool export_identifiers = false;
 

@@ -100,7 +100,8 @@ void Overview::ShowPage(const Options& options, const std::string& name,
        .scene = scene_,
        .findings = wanted,
        .is_wanted =
-           [&](const SceneConnection& at) { return IsTold(options, at); }},
+           [&](const SceneConnection& at) { return IsTold(options, at); },
+       .with_data = options.page_with_data},
       sink);
 }
 

@@ -7,6 +7,7 @@
 #include "host/dialogue/negotiation.h"
 #include "host/findings/story.h"
 #include "host/findings/verdict.h"
+#include "host/page/data_section.h"
 #include "host/page/markup.h"
 #include "host/page/page_sections.h"
 #include "host/text/number_text.h"
@@ -18,6 +19,13 @@ constexpr std::size_t kMostFindings = 200;
 constexpr std::size_t kMostInFull = 30;  // connections
 constexpr std::size_t kMostListed = 500;
 constexpr std::size_t kMostShapes = 1000;  // that are remembered
+
+constexpr std::string_view kWithoutData =
+    "No value of a data set and no SOP instance UID is on this page; the "
+    "comments of peers on errors, and the names that systems have, are.";
+constexpr std::string_view kWithData =
+    "This page holds values of data sets: patients' data, which only those may "
+    "see who may see the capture.";
 
 // The text of a page in a few large pieces.
 class PageWriter {
@@ -40,14 +48,14 @@ class PageWriter {
                                   ? std::vector<std::size_t>()
                                   : shapes_[known->second].others,
                               accepted_));
+      if (subject_.with_data) sink_(DataSection(*subject_.scene.Find(index)));
     }
     sink_(
         "<footer class=\"quiet\">\n<p>Made by capdump from the capture alone. "
         "Times in the drawings are seconds since the connection's first "
-        "packet; frames are those of the capture file. No value of a data set "
-        "and no SOP instance UID is on this page; the comments of peers on "
-        "errors, and the names that systems have, are.</p>\n</footer>\n"
-        "</body>\n</html>\n");
+        "packet; frames are those of the capture file. " +
+        std::string(subject_.with_data ? kWithData : kWithoutData) +
+        "</p>\n</footer>\n</body>\n</html>\n");
   }
 
  private:
@@ -111,6 +119,7 @@ class PageWriter {
                     CountText(scene.connections().size(), "TCP connection",
                               "TCP connections") +
                         ", " + NumberText(with_dicom) + " with DICOM");
+    if (subject_.with_data) text += Element("p", "warned", kWithData);
     text += Element("p", "verdict", VerdictText(scene, subject_.findings));
     sink_(text);
   }

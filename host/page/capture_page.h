@@ -17,14 +17,15 @@ struct PageSubject {
   const Scene& scene;
   const std::vector<Finding>& findings;  // worst first
   std::function<bool(const SceneConnection&)> is_wanted;
+  bool with_data = false;  // and the values that messages carry
 };
 
 // What is wrong in a capture and what happened in it, as one HTML page for
 // whoever has to mend it: it holds all that it shows and asks for nothing from
-// elsewhere, runs nothing, and holds no value of a data set and no SOP instance
-// UID. It is well-formed XML, is printed on A4 without cut edges, and says
-// where it leaves out what is too much. Linear in the capture; the page's
-// length is bounded, and it is handed on in pieces.
+// elsewhere, runs nothing, and, unless they are asked for, holds no value of a
+// data set and no SOP instance UID. It is well-formed XML, is printed on A4
+// without cut edges, and says where it leaves out what is too much. Linear in
+// the capture; the page's length is bounded, and it is handed on in pieces.
 void WriteCapturePage(const PageSubject& subject,
                       const std::function<void(std::string_view)>& sink);
 

@@ -25,6 +25,9 @@ h1, h2, h3 { break-after: avoid; }
 p { margin: 4px 0; }
 a { color: inherit; }
 .quiet { color: #555; }
+.warned { border: 2px solid #b00020; padding: 3px 8px; font-weight: bold; }
+h4 { font-size: 13px; margin: 10px 0 2px; break-after: avoid; }
+pre { font: 11px/1.3 "Consolas", "Liberation Mono", monospace; margin: 2px 0; white-space: pre-wrap; }
 .verdict { font-size: 16px; font-weight: bold; }
 .finding { break-inside: avoid; border: 1px solid #999; border-left: 8px solid #999;
   margin: 10px 0; padding: 6px 10px; }
@@ -83,8 +86,7 @@ footer { margin-top: 28px; border-top: 1px solid #999; }
 
 std::string PageBegin(std::string_view title) {
   return std::string(kHead) + Element("title", "", title) +
-         "</head>\n<body>\n" + TimePatterns() +
-         Element("h1", "", title);
+         "</head>\n<body>\n" + TimePatterns() + Element("h1", "", title);
 }
 
 }  // namespace host

@@ -3,8 +3,11 @@
 #include <string>
 #include <vector>
 
+#include "host/dialogue/dialogue_reader.h"
+#include "host/page/data_section.h"
 #include "host/page/ladder.h"
 #include "host/page/markup.h"
+#include "host/streams/capture_loader.h"
 
 namespace host {
 namespace {
@@ -73,6 +76,19 @@ TEST(LadderTest, WhatIsAlikeIsOneRungAndAFailureShows) {
   EXPECT_EQ(many[6].text, "75 more steps left out here");
   EXPECT_FALSE(many[6].is_sent);
   EXPECT_EQ(many[9].last_frame, 84u);
+}
+
+TEST(DataSectionTest, WhatIsAskedForIsShownWithoutMeaningAnything) {
+  CaptureLoader loader(SOURCE_DIR "/samples/find_worklist.pcapng",
+                       {.observe = ReadDialogues()});
+  loader.Read([] { return false; });
+  const auto connections = loader.connections().Take();
+  const Scene scene({&connections.at(0)}, {});
+  const std::string section = DataSection(scene.connections()[0]);
+  EXPECT_NE(section.find("<h4>C-FIND-RQ, message ID 1, frame 8-10</h4>"),
+            std::string::npos);
+  EXPECT_NE(section.find("Patient&#39;s Name: Worklist*\n"), std::string::npos)
+      << section;
 }
 
 }  // namespace
