@@ -96,7 +96,8 @@ void CaptureBrowser::ChooseConnection(std::size_t connection) {
 
 // A filter might hide the row.
 void CaptureBrowser::GoToFinding(std::size_t index) {
-  const Finding& finding = document_.Findings().at(index);
+  if (index >= document_.Findings().size()) return;
+  const Finding finding = document_.Findings()[index];  // others may come
   const auto record = finding.message ? finding.message : finding.pdu;
   const ListKind list = finding.message ? ListKind::kMessages : ListKind::kPdus;
   panes_.bar.ClearFilter();
@@ -180,10 +181,10 @@ void CaptureBrowser::ShowProgress() {
 }
 
 void CaptureBrowser::ShowFindings() {
-  const auto& findings = document_.Findings();
-  if (findings.size() == shown_findings_) return;
-  shown_findings_ = findings.size();
-  panes_.findings.Show(findings);
+  if (document_.FindingsVersion() == shown_findings_) return;
+  shown_findings_ = document_.FindingsVersion();
+  panes_.findings.Show(document_.Findings(), document_.Verdict(),
+                       document_.loader().names());
   if (model_.Count() > 0) rows_.Update();  // they mark rows
   if (on_heights_) on_heights_();
 }

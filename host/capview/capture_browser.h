@@ -105,7 +105,7 @@ class CaptureBrowser {
   RowNavigator rows_;
   std::function<void()> on_opened_;
   std::function<void()> on_heights_;
-  std::size_t shown_findings_ = 0;
+  unsigned shown_findings_ = 0;  // their version
   std::shared_ptr<const ConnectionTiming> shown_times_;
   bool follow_ = false;
   bool clean_streams_;

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "host/dialogue/dialogue_reader.h"
-#include "host/findings/findings.h"
 #include "host/streams/dimse_status.h"
 
 namespace host {
@@ -33,8 +32,8 @@ void CaptureDocument::Open(const std::filesystem::path& path,
   titles_.clear();
   chosen_.reset();
   clean_streams_ = hand_over == HandOver::kCleanStreams;
-  has_findings_ = false;
-  findings_.clear();
+  findings_ = {};
+  ++findings_version_;
   timing_.reset();
   path_ = path;
   loader_ = std::move(loader);
@@ -49,7 +48,7 @@ bool CaptureDocument::Work(const TimeIsUp& time_is_up) {
     loader_->Read([&] { return ++looks > kMostLooksPerSlice || time_is_up(); });
     ChooseFirstDicom();
   }
-  FindWhatIsWrong();
+  if (clean_streams_ && findings_.Look(*loader_)) ++findings_version_;
   if (ModuleSession* session = Current()) {
     if (!IsListed()) ListSome(*session, time_is_up);
     if (!IsListed()) return true;
@@ -73,19 +72,6 @@ unsigned CaptureDocument::Percent() const {
   const bool reading = loader_->state() == CaptureLoader::State::kReading;
   return reading || session == nullptr ? loader_->percent()
                                        : session->Percent();
-}
-
-void CaptureDocument::FindWhatIsWrong() {
-  if (has_findings_ || !clean_streams_ ||
-      loader_->state() != CaptureLoader::State::kDone) {
-    return;
-  }
-  has_findings_ = true;
-  std::vector<const Connection*> connections;
-  for (std::size_t i = 0; i < ConnectionCount(); ++i) {
-    connections.push_back(&ConnectionAt(i));
-  }
-  findings_ = FindAll(Scene(connections, {.damage = loader_->Damage()}));
 }
 
 void CaptureDocument::TimeTheChosen() {

@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "host/capview/capture_findings.h"
 #include "host/dialogue/dialogue.h"
 #include "host/dialogue/negotiation.h"
-#include "host/findings/finding.h"
 #include "host/module/decode_controls.h"
 #include "host/module/module.h"
 #include "host/module/module_session.h"
@@ -95,8 +95,11 @@ class CaptureDocument {
   // Of what was read by now.
   Acceptances AllAcceptances() const;
 
-  // What is wrong in the capture, worst first; empty until all of it was read.
-  const std::vector<Finding>& Findings() const { return findings_; }
+  // What is wrong in the capture, as far as it was read: see CaptureFindings.
+  const std::vector<Finding>& Findings() const { return findings_.All(); }
+  const std::string& Verdict() const { return findings_.Verdict(); }
+  // Another number for each time that they have become others.
+  unsigned FindingsVersion() const { return findings_version_; }
 
   // Where the time of the chosen connection went; null until the capture was
   // read and the connection listed.
@@ -134,8 +137,6 @@ class CaptureDocument {
   std::optional<DialoguePart> RecordOf(RowRef row) const;
   void ListSome(ModuleSession& session, const TimeIsUp& time_is_up);
   void ChooseFirstDicom();
-  // Once, when the capture was read to its end.
-  void FindWhatIsWrong();
   // Once for each choice, when nothing is left to be read or listed.
   void TimeTheChosen();
 
@@ -149,8 +150,8 @@ class CaptureDocument {
   mutable std::map<std::size_t, AeTitles> titles_;
   std::optional<std::size_t> chosen_;
   bool clean_streams_ = false;
-  bool has_findings_ = false;  // they were looked for
-  std::vector<Finding> findings_;
+  CaptureFindings findings_;
+  unsigned findings_version_ = 0;
   std::shared_ptr<const ConnectionTiming> timing_;  // of the chosen connection
   bool look_again_ = false;
 };

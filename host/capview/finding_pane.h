@@ -5,16 +5,20 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
+#include "host/capture/frame_names.h"
 #include "host/capview/ui_fonts.h"
 #include "host/findings/finding.h"
 
 namespace host {
 
-// What is wrong in the capture, worst first, a line each; as high as it needs
-// to be, up to a few lines, and not there when nothing was found.
+// What is wrong in the capture, worst first, each with what to do about it; or
+// that nothing is. As high as it needs to be, up to a few lines, and not there
+// while there is nothing to say.
 class FindingPane {
  public:
   // Throws Failure.
@@ -23,12 +27,14 @@ class FindingPane {
   // The list box; the parent's.
   HWND Handle() const { return window_; }
   void SetFonts(const UiFonts& fonts);
-  // In pixels.
-  int Height() const;
+  // In pixels, of the pane in this width.
+  int HeightIn(int width);
   void Place(const RECT& place);
 
-  // Shows these in place of others.
-  void Show(const std::vector<Finding>& findings);
+  // Shows these in place of others, behind the verdict unless that is empty.
+  // What was selected stays so if it is still there.
+  void Show(const std::vector<Finding>& findings, const std::string& verdict,
+            const FrameNames& names);
 
   // Told which finding, by its place among them, the person wants to be taken
   // to.
@@ -41,9 +47,26 @@ class FindingPane {
   void Choose();
 
  private:
+  // One finding, or the verdict.
+  struct Entry {
+    std::optional<std::size_t> finding;
+    std::wstring text;
+    std::wstring advice;
+  };
+
+  // Makes the lines of the list box, none wider than the pane in this width.
+  void Break(int width);
+  void BreakText(HDC device, const std::wstring& text, std::size_t entry,
+                 const wchar_t* margin);
+  // Its first line.
+  void Select(std::size_t entry);
+  // The entry that the selected line is of; none: no line is selected.
+  std::optional<std::size_t> Selected() const;
+
   HWND window_;
   int line_height_ = 0;
-  int count_ = 0;
+  int width_ = 0;  // that the lines are broken for
+  std::vector<Entry> entries_;
   std::function<void(std::size_t)> on_chosen_;
 };
 

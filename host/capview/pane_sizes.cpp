@@ -22,10 +22,10 @@ void PaneSizes::MakeFonts() {
 PaneLayout PaneSizes::Layout() const {
   RECT area;
   GetClientRect(window_, &area);
-  return PaneLayout(
-      {area.right, area.bottom - panes_.status.Height()}, fonts_->dpi,
-      choice_.shares,
-      {panes_.findings.Height(), panes_.times.Height(), panes_.tabs.Height()});
+  return PaneLayout({area.right, area.bottom - panes_.status.Height()},
+                    fonts_->dpi, choice_.shares,
+                    {panes_.findings.HeightIn(area.right),
+                     panes_.times.Height(), panes_.tabs.Height()});
 }
 
 void PaneSizes::Place() {

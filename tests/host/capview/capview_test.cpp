@@ -196,6 +196,12 @@ class CapviewTest : public testing::Test {
     TreeView_GetItem(Control(tree), &item);
     return Utf8FromWide(text);
   }
+  // A line above the rows.
+  std::string Finding(int line) {
+    wchar_t text[1024] = L"";
+    ListBox_GetText(Control(IDC_FINDINGS), line, text);
+    return Utf8FromWide(text);
+  }
   // The sentence, the percentage, the rows, the bytes.
   std::string Status(int part = 0) {
     wchar_t text[1024] = L"";
@@ -479,6 +485,29 @@ TEST_F(CapviewTest, MessagesAreListedByTheirTimes) {
   EXPECT_PRED_FORMAT2(testing::IsSubstring, "|1,538 kB/s|", Row(1));
   click();
   EXPECT_EQ(order(), "123456");
+}
+
+TEST_F(CapviewTest, FindingsComeWhileTheFileIsRead) {
+  std::string capture = Contents("samples/reject_called_aet.pcap");
+  const std::string healthy = Contents("samples/echo.pcap").substr(24);
+  for (int i = 0; i < 12000; ++i) capture += healthy;
+  Write(folder_ / L"long.pcap", capture);
+  window_->Open((folder_ / L"long.pcap").wstring());
+  const HWND list = Control(IDC_FINDINGS);
+  while (window_->Work() && ListBox_GetCount(list) == 0) {
+  }
+  ExpectStatus("Reading");
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "fault: The acceptor", Finding(0));
+  EXPECT_PRED_FORMAT2(testing::IsSubstring,
+                      "Compare the called AE title that the requestor",
+                      Finding(0) + Finding(1) + Finding(2));
+  Settle();
+  EXPECT_TRUE(IsWindowVisible(list));
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "fault: The acceptor", Finding(0));
+  Open("samples/echo.pcap");
+  EXPECT_PRED_FORMAT2(testing::IsSubstring,
+                      "No fault: 1 association and 2 messages", Finding(0));
+  EXPECT_TRUE(IsWindowVisible(list));
 }
 
 TEST_F(CapviewTest, AModuleThatFailsIsLoadedAgain) {
