@@ -23,9 +23,9 @@ CaptureBrowser::CaptureBrowser(HWND window, CaptureDocument& document,
       rows_(document, model, panes, loop_),
       clean_streams_(clean_streams) {}
 
-void CaptureBrowser::Open(const std::filesystem::path& path,
+void CaptureBrowser::Open(const CaptureNames& names,
                           std::optional<std::uint32_t> row) {
-  Read(path, false, clean_streams_);
+  Read(names, false, clean_streams_);
   wanted_connection_.reset();
   panes_.bar.ClearFilter();
   model_.SortBy({});
@@ -34,10 +34,10 @@ void CaptureBrowser::Open(const std::filesystem::path& path,
 }
 
 // Slices go on when the empty panes are painted.
-void CaptureBrowser::Read(const std::filesystem::path& path, bool follow,
+void CaptureBrowser::Read(const CaptureNames& names, bool follow,
                           bool clean_streams) {
   document_.Open(
-      path, clean_streams ? HandOver::kCleanStreams : HandOver::kAsCaptured,
+      names, clean_streams ? HandOver::kCleanStreams : HandOver::kAsCaptured,
       follow);
   model_.Reset();  // before anything is painted
   loop_.DropJob();
@@ -54,7 +54,7 @@ void CaptureBrowser::Read(const std::filesystem::path& path, bool follow,
 void CaptureBrowser::ReadAnew(bool follow, bool clean_streams) {
   const auto connection = document_.chosen();
   const auto row = panes_.rows.Selected();
-  Read(std::filesystem::path(document_.path()), follow, clean_streams);
+  Read(CaptureNames(document_.names()), follow, clean_streams);
   wanted_connection_ = connection;
   rows_.Want(row);
 }

@@ -38,10 +38,10 @@ class CaptureBrowser {
   // Empties the panes, as they are before there is a capture, or before it has
   // been read.
   void ShowNothing();
-  // Shows another capture, without a filter; the row is the one to begin with,
-  // counted from 0, if there is a choice. Throws Failure; the old one stays.
-  void Open(const std::filesystem::path& path,
-            std::optional<std::uint32_t> row = {});
+  // Shows another capture, of one or several files, without a filter; the row
+  // is the one to begin with, counted from 0, if there is a choice. Throws
+  // Failure; the old one stays.
+  void Open(const CaptureNames& names, std::optional<std::uint32_t> row = {});
   // The same capture, read anew to its end and beyond, or no longer than it is.
   // The place is kept. Throws Failure.
   void ToggleFollow();
@@ -83,7 +83,7 @@ class CaptureBrowser {
  private:
   // Begins to read the capture into empty panes. Throws Failure; everything is
   // as before then.
-  void Read(const std::filesystem::path& path, bool follow, bool clean_streams);
+  void Read(const CaptureNames& names, bool follow, bool clean_streams);
   // The open capture, in another way; connection and row are wanted again.
   void ReadAnew(bool follow, bool clean_streams);
   // While it is on, the timer says when to look for more.

@@ -3,8 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/capture/capture_names.h"
 #include "host/dialogue/dialogue_reader.h"
 #include "host/streams/dimse_status.h"
+#include "host/text/failure.h"
+#include "host/text/file_name.h"
+#include "host/text/number_text.h"
 
 namespace host {
 namespace {
@@ -21,12 +25,19 @@ void CaptureDocument::LoadModule() {
   if (!module_) module_ = std::make_unique<Module>(module_path_);
 }
 
-void CaptureDocument::Open(const std::filesystem::path& path,
-                           HandOver hand_over, bool follow) {
+void CaptureDocument::Open(const CaptureNames& names, HandOver hand_over,
+                           bool follow) {
+  CaptureInputs inputs = FindCaptures(names);
+  if (inputs.files.empty()) throw CaptureError(inputs.failures.front());
+  if (follow && inputs.files.size() > 1) {
+    throw Failure(
+        "Only a capture of one file can be followed: open the newest file "
+        "alone.");
+  }
   auto loader = std::make_unique<CaptureLoader>(
-      path, LoadOptions{.hand_over = hand_over,
-                        .follow = follow,
-                        .observe = ReadDialogues()});
+      inputs.files, LoadOptions{.hand_over = hand_over,
+                                .follow = follow,
+                                .observe = ReadDialogues()});
   LoadModule();
   sessions_.clear();
   titles_.clear();
@@ -35,9 +46,18 @@ void CaptureDocument::Open(const std::filesystem::path& path,
   findings_ = {};
   ++findings_version_;
   timing_.reset();
-  path_ = path;
+  names_ = names;
+  first_file_ = Utf8FromPath(inputs.files.front().path.filename());
+  unfound_ = std::move(inputs.failures);
   loader_ = std::move(loader);
   look_again_ = true;
+}
+
+std::string CaptureDocument::Title() const {
+  const FrameNames& names = loader_->names();
+  if (!names.HasSeveralFiles()) return first_file_;
+  return names.file(0) + " and " +
+         CountText(names.size() - 1, "more file", "more files");
 }
 
 bool CaptureDocument::Work(const TimeIsUp& time_is_up) {
@@ -174,8 +194,10 @@ const RowTrace* CaptureDocument::Trace(ListKind list) const {
 }
 
 std::vector<std::string> CaptureDocument::Notes() const {
-  std::vector<std::string> notes;
-  if (IsOpen()) notes = loader_->Notes();
+  std::vector<std::string> notes = unfound_;
+  if (IsOpen()) {
+    for (std::string& note : loader_->Notes()) notes.push_back(std::move(note));
+  }
   if (const ModuleSession* session = Current()) {
     const auto& wire = ConnectionAt(*chosen_).notes;
     const auto& list = session->Notes();

@@ -25,6 +25,9 @@
 
 namespace host {
 
+// What a person names to be opened: files, folders, names with wildcards.
+using CaptureNames = std::vector<std::filesystem::path>;
+
 // An open capture and the module that lists and decodes it, without any window
 // that is seen. All reading is done in slices by Work(). One connection is
 // chosen at a time; what was listed of the others is kept.
@@ -33,11 +36,14 @@ class CaptureDocument {
   // Loads nothing yet.
   explicit CaptureDocument(std::filesystem::path module_path);
 
-  // Throws CaptureError, and Failure when there is no usable module. What was
-  // open before stays open then.
-  void Open(const std::filesystem::path& path, HandOver hand_over, bool follow);
+  // The files that the names stand for, see FindCaptures(), as one capture.
+  // Throws CaptureError, and Failure when there is no usable module or several
+  // files are to be followed. What was open before stays open then.
+  void Open(const CaptureNames& names, HandOver hand_over, bool follow);
   bool IsOpen() const { return loader_ != nullptr; }
-  const std::filesystem::path& path() const { return path_; }
+  const CaptureNames& names() const { return names_; }
+  // "ring_1.pcap", "ring_1.pcap and 2 more files".
+  std::string Title() const;
 
   // Reads on in the capture and in the list of the chosen connection until the
   // time is up. True when there is more to do at once. Throws Failure when the
@@ -144,7 +150,9 @@ class CaptureDocument {
   std::unique_ptr<Module> module_;
   // For saving and printing.
   DecodeControls hidden_{DecodeControls::HexWindow::kPlain};
-  std::filesystem::path path_;
+  CaptureNames names_;
+  std::string first_file_;            // its name
+  std::vector<std::string> unfound_;  // a sentence for each name of nothing
   std::unique_ptr<CaptureLoader> loader_;
   std::map<std::size_t, std::unique_ptr<ModuleSession>> sessions_;
   mutable std::map<std::size_t, AeTitles> titles_;

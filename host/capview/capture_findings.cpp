@@ -11,7 +11,7 @@ namespace host {
 namespace {
 
 constexpr DWORD kBetweenLooks = 50;  // milliseconds, at least
-constexpr DWORD kTimesCost = 10;      // as much time at least goes into reading
+constexpr DWORD kTimesCost = 10;     // as much time at least goes into reading
 
 bool AreSame(const std::vector<Finding>& some,
              const std::vector<Finding>& others) {

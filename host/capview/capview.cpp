@@ -1,7 +1,7 @@
 // capview: shows the DICOM traffic of a capture file in a window.
 //
 //   capview [--module DLL] [--settings INI] [--pdus | --messages]
-//           [--row N] [--find TEXT] [CAPTURE]
+//           [--row N] [--find TEXT] [CAPTURE...]
 
 #include <windows.h>
 // After windows.h.
@@ -65,7 +65,7 @@ Arguments ReadArguments() {
     } else if (i + 1 < count && TakeOption(text, texts[i + 1], arguments)) {
       ++i;
     } else {
-      arguments.request.capture = NameFrom(texts[i]);
+      arguments.request.captures.emplace_back(NameFrom(texts[i]));
     }
   }
   return arguments;

@@ -25,12 +25,19 @@ using Commands = std::vector<Command>;
 constexpr int kShareStep = 4;  // per cent
 
 void AskAndOpen(const Targets& t) {
-  if (const auto name = AskForCapture(t.window)) t.browser.Open(*name);
+  const auto names = AskForCaptures(t.window);
+  if (!names.empty()) t.browser.Open(names);
+}
+
+void AskAndOpenFolder(const Targets& t) {
+  const auto folder = AskForFolder(
+      t.window, L"Folder with the files of a capture, as a ring leaves them.");
+  if (folder) t.browser.Open({*folder});
 }
 
 void OpenRecent(const Targets& t, std::size_t index) {
   if (index >= t.recent.Paths().size()) return;
-  t.browser.Open(std::wstring(t.recent.Paths()[index]));
+  t.browser.Open(RecentFiles::NamesOf(t.recent.Paths()[index]));
 }
 
 // Ends what takes long; else clears the filter.
@@ -132,6 +139,7 @@ Commands FileCommands(const Targets& t) {
   RowNavigator& rows = t.browser.Rows();
   return {
       {IDM_OPEN, [t] { AskAndOpen(t); }},
+      {IDM_OPEN_FOLDER, [t] { AskAndOpenFolder(t); }},
       {IDM_FOLLOW, [t] { t.browser.ToggleFollow(); }, is_open,
        [t] { return t.browser.IsFollowing(); }},
       {IDM_RELOAD, [t] { t.browser.Reload(); }, is_open},

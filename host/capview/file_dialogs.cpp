@@ -4,6 +4,8 @@
 #include <commdlg.h>
 #include <shlobj.h>
 
+#include <cwchar>
+
 #include "host/text/failure.h"
 
 namespace host {
@@ -12,7 +14,8 @@ namespace {
 constexpr std::size_t kLongestName = 32768;
 
 constexpr wchar_t kCaptures[] =
-    L"Captures (*.pcap;*.pcapng;*.cap)\0*.pcap;*.pcapng;*.cap\0"
+    L"Captures (*.pcap*;*.cap;*.gz)\0"
+    L"*.pcap*;*.cap;*.gz\0"
     L"All files\0*.*\0";
 constexpr wchar_t kTexts[] = L"Texts (*.txt)\0*.txt\0All files\0*.*\0";
 
@@ -22,6 +25,7 @@ struct FileKind {
   DWORD flags;
 };
 
+// All that the dialog answers, with what ends each name.
 std::optional<std::wstring> AskForFile(HWND owner, const FileKind& kind,
                                        BOOL(WINAPI* ask)(OPENFILENAMEW*)) {
   std::wstring name(kLongestName, L'\0');
@@ -35,19 +39,33 @@ std::optional<std::wstring> AskForFile(HWND owner, const FileKind& kind,
   question.Flags =
       OFN_EXPLORER | OFN_NOCHANGEDIR | OFN_HIDEREADONLY | kind.flags;
   if (!ask(&question)) return {};
-  return name.c_str();
+  return name;
 }
 
 }  // namespace
 
-std::optional<std::wstring> AskForCapture(HWND owner) {
-  return AskForFile(owner, {kCaptures, nullptr, OFN_FILEMUSTEXIST},
-                    GetOpenFileNameW);
+// Of several files the dialog answers the folder, then their names.
+std::vector<std::filesystem::path> AskForCaptures(HWND owner) {
+  const auto answer = AskForFile(
+      owner, {kCaptures, nullptr, OFN_FILEMUSTEXIST | OFN_ALLOWMULTISELECT},
+      GetOpenFileNameW);
+  if (!answer) return {};
+  const std::filesystem::path first(answer->c_str());
+  std::vector<std::filesystem::path> names;
+  for (std::size_t at = std::wcslen(answer->c_str()) + 1;
+       at < answer->size() && (*answer)[at] != L'\0';
+       at += names.back().filename().wstring().size() + 1) {
+    names.push_back(first / &(*answer)[at]);
+  }
+  if (names.empty()) names.push_back(first);
+  return names;
 }
 
 std::optional<std::wstring> AskForTextFile(HWND owner) {
-  return AskForFile(owner, {kTexts, L"txt", OFN_OVERWRITEPROMPT},
-                    GetSaveFileNameW);
+  const auto answer = AskForFile(owner, {kTexts, L"txt", OFN_OVERWRITEPROMPT},
+                                 GetSaveFileNameW);
+  if (!answer) return {};
+  return answer->c_str();
 }
 
 std::optional<std::wstring> AskForFolder(HWND owner, const wchar_t* text) {

@@ -3,8 +3,10 @@
 
 #include <windows.h>
 
+#include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/capview/owned_handles.h"
 
@@ -13,8 +15,8 @@ namespace host {
 // The system's own questions, over the window `owner`. Empty, or a null
 // printer, when the person does not want to.
 
-// The name of a capture that is there.
-std::optional<std::wstring> AskForCapture(HWND owner);
+// The names of one or several captures that are there; none: see above.
+std::vector<std::filesystem::path> AskForCaptures(HWND owner);
 // The name of a text to be written; an old one may be replaced.
 std::optional<std::wstring> AskForTextFile(HWND owner);
 // A folder that is there; `text` says what for.

@@ -5,14 +5,13 @@
 #include <windowsx.h>
 
 #include <exception>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include "host/capview/capture_summary.h"
 #include "host/capview/commands.h"
 #include "host/capview/resource.h"
 #include "host/capview/top_window.h"
+#include "host/text/wide_text.h"
 
 namespace host {
 namespace {
@@ -92,12 +91,12 @@ void MainWindow::Show(int how) {
 void MainWindow::Begin(const StartRequest& request) {
   if (request.list) browser_.Rows().ShowList(*request.list);
   find_.WhenShown(request.find);
-  if (request.capture.empty()) return;
-  Run([this, request] { browser_.Open(request.capture, request.row); });
+  if (request.captures.empty()) return;
+  Run([this, request] { browser_.Open(request.captures, request.row); });
 }
 
-void MainWindow::Open(const std::wstring& path) {
-  Run([this, path] { browser_.Open(path); });
+void MainWindow::Open(const CaptureNames& names) {
+  Run([this, names] { browser_.Open(names); });
 }
 
 bool MainWindow::Work() { return window_ && browser_.Work(); }
@@ -164,7 +163,7 @@ LRESULT MainWindow::Answer(UINT message, WPARAM wide, LPARAM data) {
       if (!panes_.IsReadOnlyText(reinterpret_cast<HWND>(data))) break;
       return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_WINDOW));
     case WM_DROPFILES:
-      DropFile(reinterpret_cast<HDROP>(wide));
+      DropFiles(reinterpret_cast<HDROP>(wide));
       return 0;
     case WM_TIMER:
       if (wide == CaptureBrowser::kFollowTimer) browser_.LookAgain();
@@ -197,11 +196,9 @@ void MainWindow::OnCommand(int id, int code) {
 }
 
 void MainWindow::OnOpened() {
-  const std::filesystem::path& path = document_.path();
-  std::error_code unknown;
-  const auto whole_path = std::filesystem::absolute(path, unknown);
-  recent_.Add((unknown ? path : whole_path).wstring());
-  SetWindowTextW(Handle(), (path.filename().wstring() + L" - capview").c_str());
+  recent_.Add(document_.names());
+  SetWindowTextW(Handle(),
+                 WideFromUtf8(document_.Title() + " - capview").c_str());
 }
 
 void MainWindow::OpenMenu(HMENU menu) {
@@ -216,12 +213,17 @@ void MainWindow::ChangeDpi(const RECT& place) {
                SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-void MainWindow::DropFile(HDROP drop) {
-  std::wstring name(DragQueryFileW(drop, 0, nullptr, 0) + 1, L'\0');
-  name.resize(
-      DragQueryFileW(drop, 0, name.data(), static_cast<UINT>(name.size())));
+void MainWindow::DropFiles(HDROP drop) {
+  CaptureNames names;
+  const UINT count = DragQueryFileW(drop, 0xFFFFFFFF, nullptr, 0);
+  for (UINT i = 0; i < count; ++i) {
+    std::wstring name(DragQueryFileW(drop, i, nullptr, 0) + 1, L'\0');
+    name.resize(
+        DragQueryFileW(drop, i, name.data(), static_cast<UINT>(name.size())));
+    names.emplace_back(name);
+  }
   DragFinish(drop);
-  Open(name);
+  Open(names);
 }
 
 Settings MainWindow::Choices() const {

@@ -23,7 +23,7 @@ namespace host {
 
 // What the window is to begin with; what is empty is as it was the last time.
 struct StartRequest {
-  std::wstring capture;
+  CaptureNames captures;
   std::optional<ListKind> list;
   std::optional<std::uint32_t> row;  // counts from 0
   std::wstring find;                 // a text in the row's tree
@@ -49,7 +49,7 @@ class MainWindow {
   // After Show().
   void Begin(const StartRequest& request);
   // Shows the capture as far as it is there; Work() reads it.
-  void Open(const std::wstring& path);
+  void Open(const CaptureNames& names);
 
   // A short slice of the work that is left; false when there is none.
   bool Work();
@@ -75,8 +75,8 @@ class MainWindow {
   // The window has come to another screen, where the system wants it at
   // `place`.
   void ChangeDpi(const RECT& place);
-  // Opens the first of the files.
-  void DropFile(HDROP drop);
+  // Opens the files and folders, as one capture.
+  void DropFiles(HDROP drop);
   // What every part has from the person by now.
   Settings Choices() const;
   // Keeps the choices and ends the program, whatever is being done.

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -14,12 +15,16 @@ class RecentFiles {
  public:
   static constexpr std::size_t kMost = 8;
 
-  // The newest first.
+  // The newest first; several names of one capture stand between kBetween.
+  static constexpr wchar_t kBetween = L'|';  // in no name of a file
   explicit RecentFiles(std::vector<std::wstring> paths);
 
   const std::vector<std::wstring>& Paths() const { return paths_; }
-  // Becomes the newest; capitals do not make another file.
-  void Add(const std::wstring& path);
+  // Become the newest, as one capture; capitals do not make another one. What
+  // is too long to be remembered is not.
+  void Add(const std::vector<std::filesystem::path>& names);
+  // What makes up one of Paths().
+  static std::vector<std::filesystem::path> NamesOf(const std::wstring& path);
 
   // Whether the menu is the one that lists them.
   static bool IsOurs(HMENU menu);

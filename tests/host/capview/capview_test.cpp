@@ -94,7 +94,7 @@ class CapviewTest : public testing::Test {
   }
   void Command(int id) { Send(WM_COMMAND, static_cast<WPARAM>(id), 0); }
   void Open(const fs::path& capture) {
-    window_->Open(capture.wstring());
+    window_->Open({capture});
     Settle();
   }
   // The echo sample, answered with A700h.
@@ -105,14 +105,15 @@ class CapviewTest : public testing::Test {
     Write(folder_ / L"failing.pcap", capture);
     Open(folder_ / L"failing.pcap");
   }
-  void Drop(const fs::path& file) {
-    const std::wstring name = file.wstring();
-    const std::size_t bytes = sizeof(DROPFILES) + (name.size() + 2) * 2;
+  void Drop(const std::vector<fs::path>& files) {
+    std::wstring names;
+    for (const fs::path& file : files) names += file.wstring() + L'\0';
+    const std::size_t bytes = sizeof(DROPFILES) + (names.size() + 1) * 2;
     const HGLOBAL block = GlobalAlloc(GHND, bytes);
     auto* drop = static_cast<DROPFILES*>(GlobalLock(block));
     drop->pFiles = sizeof *drop;
     drop->fWide = TRUE;
-    std::copy(name.begin(), name.end(), reinterpret_cast<wchar_t*>(drop + 1));
+    std::copy(names.begin(), names.end(), reinterpret_cast<wchar_t*>(drop + 1));
     GlobalUnlock(block);
     Send(WM_DROPFILES, reinterpret_cast<WPARAM>(block), 0);
   }
@@ -492,7 +493,7 @@ TEST_F(CapviewTest, FindingsComeWhileTheFileIsRead) {
   const std::string healthy = Contents("samples/echo.pcap").substr(24);
   for (int i = 0; i < 12000; ++i) capture += healthy;
   Write(folder_ / L"long.pcap", capture);
-  window_->Open((folder_ / L"long.pcap").wstring());
+  window_->Open({folder_ / L"long.pcap"});
   const HWND list = Control(IDC_FINDINGS);
   while (window_->Work() && ListBox_GetCount(list) == 0) {
   }
@@ -508,6 +509,28 @@ TEST_F(CapviewTest, FindingsComeWhileTheFileIsRead) {
   EXPECT_PRED_FORMAT2(testing::IsSubstring,
                       "No fault: 1 association and 2 messages", Finding(0));
   EXPECT_TRUE(IsWindowVisible(list));
+}
+
+TEST_F(CapviewTest, SeveralFilesAreOneCapture) {
+  for (const char* const name : {"echo.pcap", "reject_called_aet.pcap"}) {
+    fs::copy_file(fs::path("samples") / name, folder_ / name);
+  }
+  const auto title = [this] {
+    wchar_t text[256] = L"";
+    GetWindowTextW(window_->Handle(), text, 256);
+    return Utf8FromWide(text);
+  };
+  Drop({folder_ / "reject_called_aet.pcap", folder_ / "echo.pcap"});
+  EXPECT_EQ(title(), "echo.pcap and 1 more file - capview");  // began earlier
+  EXPECT_EQ(ComboBox_GetCount(Control(IDC_CONNECTIONS)), 1 + 2);
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, " reject_called_aet.pcap:6)",
+                      Finding(0) + Finding(1));
+  Command(IDM_FOLLOW);
+  ExpectStatus("Only a capture of one file can be followed");
+  Open(folder_ / "e*.pcap");
+  EXPECT_EQ(title(), "echo.pcap - capview");
+  Command(IDM_FIRST_RECENT + 1);
+  EXPECT_EQ(ComboBox_GetCount(Control(IDC_CONNECTIONS)), 1 + 2);
 }
 
 TEST_F(CapviewTest, AModuleThatFailsIsLoadedAgain) {
@@ -549,7 +572,7 @@ TEST_F(CapviewTest, EscapeEndsReadingAndKeepsWhatIsThere) {
   for (int i = 0; i < 4000; ++i) capture += sample.substr(24);
   const fs::path file = folder_ / L"long.pcap";
   Write(file, capture);
-  window_->Open(file.wstring());
+  window_->Open({file});
   for (int slice = 0; slice < 3; ++slice) window_->Work();
   Command(IDCANCEL);
   ExpectStatus("Stopped");
@@ -565,8 +588,8 @@ TEST_F(CapviewTest, RemembersItsSettings) {
     fs::copy_file("samples/echo.pcap", path);
     return path;
   };
-  for (int i = 1; i <= 8; ++i) window_->Open(copy(i).wstring());
-  Drop(copy(9));
+  for (int i = 1; i <= 8; ++i) window_->Open({copy(i)});
+  Drop({copy(9)});
   EXPECT_EQ(RowCount(), 6);
   for (const int id : {IDM_LARGER, IDM_SHOW_MESSAGE_DATA, IDM_FIRST_SECTION,
                        IDM_TALLER_LIST}) {
