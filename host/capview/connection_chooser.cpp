@@ -100,10 +100,8 @@ ConnectionChooser::Widths ConnectionChooser::Measure() const {
     const ConnectionColumns texts = Texts(items_[i]);
     for (std::size_t column = 0; column < texts.size(); ++column) {
       const std::wstring text = WideFromUtf8(texts[column]);
-      SIZE size{};
-      GetTextExtentPoint32W(device.get(), text.c_str(),
-                            static_cast<int>(text.size()), &size);
-      needed[column] = std::max<int>(needed[column], size.cx + kGap);
+      needed[column] = std::max<int>(needed[column],
+                                     SizeOfText(device.get(), text).cx + kGap);
     }
   }
   return needed;

@@ -109,13 +109,18 @@ std::string ContextsPane::TextFor(const std::optional<RowRef>& row) const {
   }
 }
 
-bool ContextsPane::SelectNext(const std::wstring& text, bool backwards) {
-  const std::wstring all = Lowered(WideTextOf(window_));
-  const std::wstring wanted = Lowered(text);
+std::pair<DWORD, DWORD> ContextsPane::Selection() const {
   DWORD begin = 0;
   DWORD end = 0;
   SendMessageW(window_, EM_GETSEL, reinterpret_cast<WPARAM>(&begin),
                reinterpret_cast<LPARAM>(&end));
+  return {begin, end};
+}
+
+bool ContextsPane::SelectNext(const std::wstring& text, bool backwards) {
+  const std::wstring all = Lowered(WideTextOf(window_));
+  const std::wstring wanted = Lowered(text);
+  const auto [begin, end] = Selection();
   std::size_t at = backwards ? (begin == 0 ? std::wstring::npos
                                            : all.rfind(wanted, begin - 1))
                              : all.find(wanted, end);
@@ -129,10 +134,7 @@ bool ContextsPane::SelectNext(const std::wstring& text, bool backwards) {
 }
 
 std::optional<std::wstring> ContextsPane::Copied(LinePart) {
-  DWORD begin = 0;
-  DWORD end = 0;
-  SendMessageW(window_, EM_GETSEL, reinterpret_cast<WPARAM>(&begin),
-               reinterpret_cast<LPARAM>(&end));
+  const auto [begin, end] = Selection();
   if (begin == end) return {};
   return WideTextOf(window_).substr(begin, end - begin);
 }

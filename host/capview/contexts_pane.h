@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "host/capview/capture_document.h"
 #include "host/capview/detail_view.h"
@@ -36,6 +37,8 @@ class ContextsPane final : public DetailView {
   static LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wide,
                                     LPARAM data, UINT_PTR id, DWORD_PTR object);
   std::string TextFor(const std::optional<RowRef>& row) const;
+  // Where the selected text begins and ends.
+  std::pair<DWORD, DWORD> Selection() const;
 
   const CaptureDocument& document_;
   HWND window_;

@@ -28,15 +28,8 @@ std::wstring TextOf(const Finding& finding, const FrameNames& names) {
   return WideFromUtf8(line);
 }
 
-int WidthOf(HDC device, const std::wstring& text) {
-  SIZE size{};
-  GetTextExtentPoint32W(device, text.c_str(), static_cast<int>(text.size()),
-                        &size);
-  return size.cx;
-}
-
 // How much of the text fits into the width, up to a blank if there is one.
-std::size_t FittingOf(HDC device, const std::wstring& text, int width) {
+std::size_t FittingOf(HDC device, const std::wstring& text, LONG width) {
   SIZE size{};
   int fitting = 0;
   GetTextExtentExPointW(device, text.c_str(), static_cast<int>(text.size()),
@@ -118,11 +111,11 @@ void FindingPane::Break(int width) {
 
 void FindingPane::BreakText(HDC device, const std::wstring& text,
                             std::size_t entry, const wchar_t* margin) {
-  const int room = width_ - kSidePixels - GetSystemMetrics(SM_CXVSCROLL);
+  const LONG room = width_ - kSidePixels - GetSystemMetrics(SM_CXVSCROLL);
   std::wstring rest = text;
   for (std::wstring before = margin; !rest.empty(); before = kMargin) {
-    const std::size_t count =
-        FittingOf(device, rest, std::max(room - WidthOf(device, before), 1));
+    const std::size_t count = FittingOf(
+        device, rest, std::max(room - SizeOfText(device, before).cx, 1L));
     const int line =
         ListBox_AddString(window_, (before + rest.substr(0, count)).c_str());
     ListBox_SetItemData(window_, line, entry);

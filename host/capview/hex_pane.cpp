@@ -35,7 +35,7 @@ void HexPane::SetFonts(const UiFonts& fonts) {
   font_ = fonts.fixed.get();
   const WindowDevice device = DeviceOf(window_);
   const SelectedObject selected = Select(device.get(), font_);
-  GetTextExtentPoint32W(device.get(), L"0", 1, &cell_);
+  cell_ = SizeOfText(device.get(), L"0");
   SetWindowFont(window_, font_, TRUE);
 }
 

@@ -1,5 +1,7 @@
 #include "host/capview/part_brushes.h"
 
+#include <windowsx.h>
+
 #include "host/capview/ui_fonts.h"
 #include "host/text/failure.h"
 #include "host/timing/part_look.h"
@@ -57,15 +59,17 @@ PartBrushes::PartBrushes(unsigned dpi) {
 // On white, so that it can be read above any strokes.
 void PartBrushes::Draw(HDC device, const RECT& box, TimePart part) const {
   FillRect(device, &box, brushes_[static_cast<std::size_t>(part)].get());
-  const wchar_t letter = static_cast<wchar_t>(PartLetter(part));
-  SIZE size{};
-  GetTextExtentPoint32W(device, &letter, 1, &size);
+  const std::wstring letter(1, static_cast<wchar_t>(PartLetter(part)));
+  const SIZE size = SizeOfText(device, letter);
   const LONG left = (box.left + box.right - size.cx) / 2;
   const LONG top = (box.top + box.bottom - size.cy) / 2;
   if (left < box.left + kRoomAtLetter) return;
-  SetBkColor(device, RGB(255, 255, 255));
+  const RECT white{left - kRoomAtLetter + 1, top,
+                   left + size.cx + kRoomAtLetter - 1, top + size.cy};
+  FillRect(device, &white, GetStockBrush(WHITE_BRUSH));
+  SetBkMode(device, TRANSPARENT);
   SetTextColor(device, RGB(0, 0, 0));
-  ExtTextOutW(device, left, top, ETO_CLIPPED, &box, &letter, 1, nullptr);
+  ExtTextOutW(device, left, top, ETO_CLIPPED, &box, letter.c_str(), 1, nullptr);
 }
 
 }  // namespace host

@@ -22,20 +22,14 @@ constexpr int kGap = 5;
 // Writes the text from the left of the place on; answers where it ends.
 LONG Write(HDC device, const RECT& place, const std::string& utf8) {
   const std::wstring text = WideFromUtf8(utf8);
-  SIZE size{};
-  GetTextExtentPoint32W(device, text.c_str(), static_cast<int>(text.size()),
-                        &size);
+  const SIZE size = SizeOfText(device, text);
   ExtTextOutW(device, place.left, (place.top + place.bottom - size.cy) / 2, 0,
               nullptr, text.c_str(), static_cast<UINT>(text.size()), nullptr);
   return place.left + size.cx;
 }
 
 LONG WidthOf(HDC device, const std::string& utf8) {
-  const std::wstring text = WideFromUtf8(utf8);
-  SIZE size{};
-  GetTextExtentPoint32W(device, text.c_str(), static_cast<int>(text.size()),
-                        &size);
-  return size.cx;
+  return SizeOfText(device, WideFromUtf8(utf8)).cx;
 }
 
 }  // namespace
@@ -151,9 +145,7 @@ void TimeBarDrawing::DrawLegend(HDC device, const RECT& bar,
     }
     RECT box = place;
     box.right = box.left + swatch;
-    SetBkMode(device, OPAQUE);
     brushes_.Draw(device, box, part);
-    SetBkMode(device, TRANSPARENT);
     FrameRect(device, &box, GetStockBrush(BLACK_BRUSH));
     SetTextColor(device, GetSysColor(COLOR_BTNTEXT));
     place.left = box.right + gap;

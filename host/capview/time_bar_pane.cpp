@@ -69,29 +69,34 @@ void TimeBarPane::SetFonts(const UiFonts& fonts) {
   SendMessageW(tip_, TTM_SETMAXTIPWIDTH, 0, Scaled(kTipWidth, dpi_));
 }
 
+bool TimeBarPane::IsThere() const {
+  const auto& timing = document_.Timing();
+  return wanted_ && timing && !timing->associations.empty();
+}
+
 const AssociationTiming* TimeBarPane::Times() const {
-  const auto timing = document_.Timing();
-  if (!wanted_ || !timing || association_ >= timing->associations.size()) {
-    return nullptr;
-  }
-  const AssociationTiming& times = timing->associations[association_];
+  if (!IsThere()) return nullptr;
+  const auto& associations = document_.Timing()->associations;
+  if (association_ >= associations.size()) return nullptr;
+  const AssociationTiming& times = associations[association_];
   return times.Duration() > 0 ? &times : nullptr;
 }
 
 int TimeBarPane::Height() const {
-  if (Times() == nullptr) return 0;
+  if (!IsThere()) return 0;
   return drawing_->Height();
 }
 
 void TimeBarPane::Place(const RECT& place) {
   MoveControl(window_, place);
-  const bool is_shown = Times() != nullptr && place.bottom > place.top;
+  const bool is_shown = IsThere() && place.bottom > place.top;
   ShowWindow(window_, is_shown ? SW_SHOWNA : SW_HIDE);
   key_column_.reset();
 }
 
 void TimeBarPane::ShowRow(const std::optional<RowRef>& row) {
   row_time_.reset();
+  if (!row) association_ = 0;
   if (row) {
     const WireRecord* record = document_.Trace(row->list)->RecordOf(row->index);
     if (record != nullptr) row_time_ = record->complete_time;

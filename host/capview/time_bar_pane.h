@@ -39,7 +39,7 @@ class TimeBarPane {
   int Height() const;
   void Place(const RECT& place);
 
-  // Another row is selected, or none: then its association stays.
+  // Another row is selected, or none: then the first association is shown.
   void ShowRow(const std::optional<RowRef>& row);
   // The document's times have become others.
   void Update();
@@ -60,7 +60,9 @@ class TimeBarPane {
                                     LPARAM data, UINT_PTR id, DWORD_PTR object);
   std::optional<LRESULT> Answer(UINT message, WPARAM wide, LPARAM data);
 
-  // Null while there is nothing to show.
+  // Whether there are times of any association.
+  bool IsThere() const;
+  // Of the association that is shown; null where they cannot be shown.
   const AssociationTiming* Times() const;
   void Paint();
   void DrawAll(HDC device, const RECT& area) const;

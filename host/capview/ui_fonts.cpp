@@ -45,6 +45,13 @@ int Scaled(int pixels, unsigned dpi) {
   return MulDiv(pixels, static_cast<int>(dpi), 96);
 }
 
+SIZE SizeOfText(HDC device, const std::wstring& text) {
+  SIZE size{};
+  GetTextExtentPoint32W(device, text.c_str(), static_cast<int>(text.size()),
+                        &size);
+  return size;
+}
+
 Font MakeFixedFont(int points, unsigned dpi) {
   return Make(FixedFont(), points, dpi, FW_NORMAL);
 }

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <string>
+
 #include "host/capview/owned_handles.h"
 
 namespace host {
@@ -18,6 +20,9 @@ inline constexpr int kUsualPoints = 9;
 unsigned DpiOf(HWND window);
 // Pixels at 96 dots per inch, in pixels at `dpi`.
 int Scaled(int pixels, unsigned dpi);
+
+// In the device's font, in pixels.
+SIZE SizeOfText(HDC device, const std::wstring& text);
 
 // For texts in columns; of a screen or a printer with so many dots per inch.
 Font MakeFixedFont(int points, unsigned dpi);
