@@ -20,7 +20,7 @@ class ListColumns {
   // they mean the same number of characters in any font; the order is from left
   // to right.
   struct Choice {
-    std::array<int, kRowColumns> widths{45, 60, 125, 80,  150, 60,
+    std::array<int, kRowColumns> widths{45, 60, 125, 88,  150, 60,
                                         80, 95, 145, 110, 215};
     std::array<int, kRowColumns> order{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
     // Whether latency and throughput are wanted; empty: where the list is wide
