@@ -34,6 +34,10 @@ std::size_t FileInflow::Read(std::span<std::uint8_t> to) {
   return count;
 }
 
+std::string_view FileInflow::advice() const {
+  return "save what the pipe brings to a file first";
+}
+
 struct GzipInflow::Stream {
   Stream() {
     if (inflateInit2(&state, kGzipOnly) != Z_OK) {
@@ -60,6 +64,10 @@ GzipInflow::GzipInflow(std::unique_ptr<ByteInflow> compressed)
       stream_(std::make_unique<Stream>()) {}
 
 GzipInflow::~GzipInflow() = default;
+
+std::string_view GzipInflow::advice() const {
+  return "decompress it into a file first, with gunzip -c";
+}
 
 bool GzipInflow::Feed() {
   z_stream& state = stream_->state;

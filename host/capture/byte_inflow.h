@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/capture/system_file.h"
@@ -23,6 +24,8 @@ class ByteInflow {
   virtual std::size_t Read(std::span<std::uint8_t> to) = 0;
   // Why the end came too early, as a clause; empty if it did not.
   virtual std::string damage() const { return {}; }
+  // What somebody can do who has no room for the bytes, as in "do this".
+  virtual std::string_view advice() const = 0;
 };
 
 // The bytes of a file or a pipe.
@@ -35,6 +38,7 @@ class FileInflow final : public ByteInflow {
   std::span<const std::uint8_t> Peek(std::size_t count);
 
   std::size_t Read(std::span<std::uint8_t> to) override;
+  std::string_view advice() const override;
 
  private:
   std::unique_ptr<SystemFile> file_;
@@ -51,6 +55,7 @@ class GzipInflow final : public ByteInflow {
 
   std::size_t Read(std::span<std::uint8_t> to) override;
   std::string damage() const override { return damage_; }
+  std::string_view advice() const override;
 
  private:
   struct Stream;

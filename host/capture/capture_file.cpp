@@ -22,6 +22,9 @@ std::unique_ptr<FrameRecords> OpenRecords(FileBytes& file,
     reason = failure.what();
     is_capture = true;
   }
+  if (!file.limit().empty()) {
+    throw CaptureError("Cannot read " + name + ", " + file.limit());
+  }
   if (!file.damage().empty()) reason = file.damage();
   const std::string sentence = "Cannot read " + name + " (" + reason +
                                "): give the name of a pcap or pcapng file.";
@@ -56,7 +59,7 @@ bool CaptureFile::Next() {
     return true;
   }
   ends_inside_frame_ = answer == FrameRecords::Next::kCut;
-  damage_ = bytes_->damage();
+  damage_ = bytes_->limit().empty() ? bytes_->damage() : bytes_->limit();
   if (damage_.empty() && answer != FrameRecords::Next::kEnd) {
     damage_ = records_->reason();
   }

@@ -48,7 +48,8 @@ class CaptureFile {
   const std::shared_ptr<FileBytes>& bytes() const { return bytes_; }
   // How much of it is read, of 100.
   unsigned percent() const;
-  // Why Next() answered false, as a clause; empty at the file's regular end.
+  // Why Next() answered false, as a clause or FileBytes::limit(); empty at the
+  // file's regular end.
   const std::string& damage() const { return damage_; }
   // The damage is that the file ends too early.
   bool EndsInsideFrame() const { return ends_inside_frame_; }

@@ -179,9 +179,14 @@ void CaptureSeries::Settle(bool has_frame) {
 std::string CaptureSeries::DamageOf(const Open& open) const {
   const std::string name =
       names_->HasSeveralFiles() ? " " + names_->file(open.index) : "";
+  const std::string frame = std::to_string(open.file->frames());
+  const std::string& limit = open.file->bytes()->limit();
+  if (!limit.empty()) {
+    return "The capture file" + name + " is shown up to frame " + frame + ", " +
+           limit;
+  }
   return "The capture file" + name + " is damaged or breaks off after frame " +
-         std::to_string(open.file->frames()) + " (" + open.file->damage() +
-         "); what comes before is shown.";
+         frame + " (" + open.file->damage() + "); what comes before is shown.";
 }
 
 ByteStore::Offset CaptureSeries::stored() const {

@@ -53,10 +53,12 @@ void FileBytes::Pull(std::uint64_t end) {
     known_size_ += piece.size();
     room_->used += piece.size();
     if (!too_much && !piece.empty()) continue;
-    damage_ = too_much
-                  ? "the limit for temporary files, " + BytesText(room_->most) +
-                        ", is reached: --max-temporary sets another one"
-                  : inflow_->damage();
+    if (too_much) {
+      limit_ = "since its bytes are kept in temporary files, which may hold " +
+               BytesText(room_->most) + ": " + std::string(inflow_->advice()) +
+               ", or let --max-temporary allow more.";
+    }
+    damage_ = inflow_->damage();
     inflow_.reset();
   }
 }

@@ -55,6 +55,9 @@ class FileBytes {
   void RestAgain();
   // Why the bytes end before what they come from, as a clause; else empty.
   const std::string& damage() const { return damage_; }
+  // That there is no room for all of them and what to do, as the end of a
+  // sentence with its full stop: "since ...: ... first, or ...."; else empty.
+  const std::string& limit() const { return limit_; }
   // As long as the file was when it was looked at last.
   std::uint64_t known_size() const { return known_size_; }
 
@@ -88,6 +91,7 @@ class FileBytes {
   std::unique_ptr<ByteInflow> inflow_;   // null for a file, and at its end
   std::shared_ptr<TemporaryRoom> room_;  // null for a file
   std::string damage_;                   // of the inflow
+  std::string limit_;
   Window ahead_;
   std::array<Window, 4> again_;
   std::uint64_t uses_ = 0;

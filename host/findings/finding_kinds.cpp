@@ -250,7 +250,9 @@ constexpr FindingKind kKinds[] = {
      "before or behind the work."},
     // The capture itself.
     {"capture-file-damaged", kWarning, kCapture,
-     "Copy the capture again, or capture again."},
+     "Make room where room was missing; else copy the capture again, or "
+     "capture "
+     "again."},
     {"capture-one-direction", kWarning, kCapture,
      "Capture where both directions pass: mirror both of them."},
     {"capture-snap-length", kWarning, kCapture,
