@@ -84,7 +84,11 @@ void DataOutput::ShowMessage(const Chosen& chosen) const {
   if (options_.dicom_json) ShowJson(chosen);
   if (!options_.dump) return;
   sink_(Title(chosen.names, chosen.connection, chosen.row, chosen.message));
-  DumpMessage(chosen.dialogue, chosen.message, sink_);
+  const auto text = [&chosen](std::uint32_t first, std::uint32_t last) {
+    return chosen.names.Text(first, last);
+  };
+  DumpMessage(chosen.dialogue, chosen.message, sink_,
+              options_.frames ? FrameText(text) : FrameText());
 }
 
 // Tabs between the columns, so that a spreadsheet and cut take them.
@@ -110,7 +114,13 @@ void DataOutput::ShowJson(const Chosen& chosen) const {
   object.Text("time", UtcTime(message.last_time, 9));
   AddFrames(chosen.names, message.first_frame, message.last_frame, object);
   sink_(std::move(object).Open() + ",");
-  DicomJson(sink_, options_.most_inline.value_or(0))
+  const auto text = [&chosen](std::uint32_t first, std::uint32_t last) {
+    JsonObject frames;
+    AddFrames(chosen.names, first, last, frames);
+    return std::move(frames).Open().substr(1);
+  };
+  DicomJson(sink_, options_.most_inline.value_or(0),
+            options_.frames ? FrameText(text) : FrameText())
       .Write(chosen.dialogue, message);
   sink_("}\n");
 }

@@ -67,6 +67,9 @@ constexpr OptionRow kRows[] = {
      "one line a message with this element's values; in a sequence "
      "0040,0275.0040,0007; may be given several times",
      &Options::elements, kDataView},
+    {kCarried, "--frames", "", "", "",
+     "with --dump and --dicom-json, the frames that brought each element",
+     &Options::frames, kDataView},
     {kRead, "--filter", "", "FILTER",
      "a packet filter, for example \"port 104\",",
      "only the packets that match, in tcpdump's language", &Options::filter},

@@ -45,6 +45,7 @@ struct Options {
   bool dicom_json = false;
   std::optional<std::uint64_t> most_inline;  // bytes of a value in JSON
   std::vector<std::string> elements;         // paths of tags
+  bool frames = false;                       // of each element
 
   // What is read, and what is written besides.
   std::string filter;  // in tcpdump's language

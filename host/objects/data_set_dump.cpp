@@ -14,6 +14,7 @@ namespace host {
 namespace {
 
 constexpr std::size_t kPositionColumns = 9;
+constexpr std::size_t kFrameColumns = 13;
 constexpr std::size_t kPathColumns = 22;
 constexpr std::size_t kLengthColumns = 9;
 
@@ -23,11 +24,17 @@ void AppendRight(const std::string& text, std::size_t columns,
   line += text;
 }
 
-// Position, path, VR, length: what stands before the element's name.
-std::string Place(const DataSetReader& reader) {
+// Position, frames, path, VR, length: what stands before the element's name.
+std::string Place(const DataSetReader& reader, ElementFrames& places,
+                  const FrameText& frames) {
   const DataSetEvent& event = reader.event();
   std::string line;
   AppendRight(std::to_string(event.header_at), kPositionColumns, line);
+  if (frames) {
+    std::string text = "  " + places.TextOf(event, frames);
+    if (text.size() < kFrameColumns) text.resize(kFrameColumns, ' ');
+    line += text;
+  }
   std::string path = "  " + reader.PathText();
   if (path.size() < kPathColumns) path.resize(kPathColumns, ' ');
   line += path + " ";
@@ -39,10 +46,11 @@ std::string Place(const DataSetReader& reader) {
   return line + "  ";
 }
 
-void DumpElements(DataSetReader& reader, const LineSink& sink) {
+void DumpElements(DataSetReader& reader, ElementFrames places,
+                  const FrameText& frames, const LineSink& sink) {
   while (reader.Next().kind != DataSetEvent::Kind::kEnd) {
     const std::string content = ElementText(reader);
-    if (!content.empty()) sink(Place(reader) + content + "\n");
+    if (!content.empty()) sink(Place(reader, places, frames) + content + "\n");
     const std::string problem = reader.ProblemSentence();
     if (!problem.empty()) sink("! " + problem + "\n");
   }
@@ -53,17 +61,22 @@ void DumpElements(DataSetReader& reader, const LineSink& sink) {
 }  // namespace
 
 void DumpMessage(const Dialogue& dialogue, const DialogueMessage& message,
-                 const LineSink& sink) {
+                 const LineSink& sink, const FrameText& frames) {
+  using Part = ElementFrames::Part;
   const std::vector<std::uint8_t> command = CommandBytes(dialogue, message);
   sink("  command set, " + BytesText(command.size()) + "\n");
   MemorySource source(command);
   DataSetReader reader(source, kImplicitLittle);
-  DumpElements(reader, sink);
+  DumpElements(reader, {dialogue, message, Part::kCommandSet}, frames, sink);
   if (message.data_bytes == 0) return;
   MessageData data(dialogue, message);
   sink("  " + DataSetTitle(message, data) + "\n");
   DataSetReader elements(data.Readable(), data.Chosen().encoding);
-  DumpElements(elements, sink);
+  const bool is_deflated = data.Chosen().encoding.deflated;
+  DumpElements(elements,
+               is_deflated ? ElementFrames()
+                           : ElementFrames(dialogue, message, Part::kDataSet),
+               frames, sink);
   for (const DataRange& lost : LostRanges(dialogue, message)) {
     sink("! " + BytesText(lost.length) + " at " + NumberText(lost.offset) +
          " of what was sent were not captured and are read as zero.\n");

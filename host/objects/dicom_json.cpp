@@ -137,7 +137,8 @@ void DicomJson::Write(const Dialogue& dialogue,
   MemorySource source(command);
   DataSetReader commands(source, kImplicitLittle);
   sink_("\"command\":{");
-  WriteElements(commands);
+  using Part = ElementFrames::Part;
+  WriteElements(commands, {dialogue, message, Part::kCommandSet});
   sink_("}");
   if (message.data_bytes > 0) {
     MessageData data(dialogue, message);
@@ -145,17 +146,21 @@ void DicomJson::Write(const Dialogue& dialogue,
           ",\"transfer_syntax_origin\":" + JsonString(data.OriginText()) +
           ",\"data_set\":{");
     DataSetReader elements(data.Readable(), data.Chosen().encoding);
-    WriteElements(elements);
+    const bool is_deflated = data.Chosen().encoding.deflated;
+    WriteElements(elements, is_deflated ? ElementFrames()
+                                        : ElementFrames(dialogue, message,
+                                                        Part::kDataSet));
     sink_("}");
   }
   if (!problems_.empty()) sink_(",\"problems\":[" + problems_ + "]");
 }
 
-void DicomJson::WriteElements(DataSetReader& reader) {
+void DicomJson::WriteElements(DataSetReader& reader, ElementFrames places) {
   needs_comma_ = false;
   for (;;) {
     const DataSetEvent& event = reader.Next();
     NoteProblem(reader);
+    frame_text_ = places.TextOf(event, frames_);
     switch (event.kind) {
       case Kind::kEnd:
         return;
@@ -194,7 +199,8 @@ void DicomJson::WriteElements(DataSetReader& reader) {
 
 void DicomJson::BeginMember(const DataSetEvent& event) {
   sink_(std::string(needs_comma_ ? "," : "") + "\"" + TagDigits(event.tag) +
-        "\":{\"vr\":" + JsonString(VrText(event.vr)));
+        "\":{\"vr\":" + JsonString(VrText(event.vr)) +
+        (frame_text_.empty() ? "" : ",") + frame_text_);
 }
 
 void DicomJson::WritePlace(std::uint64_t offset, std::uint64_t length) {

@@ -19,10 +19,14 @@ namespace host {
 // their place: "BulkDataURI": "data_set?offset=1024&length=524288", counted in
 // the data set as it is read. Group lengths are left out. Handed over piece by
 // piece, in constant memory.
+// Where `frames` has a text, members of a JSON object, it stands in each
+// element behind its VR.
 class DicomJson {
  public:
-  DicomJson(LineSink sink, std::uint64_t most_inline)
-      : sink_(std::move(sink)), most_inline_(most_inline) {}
+  DicomJson(LineSink sink, std::uint64_t most_inline, FrameText frames = {})
+      : sink_(std::move(sink)),
+        most_inline_(most_inline),
+        frames_(std::move(frames)) {}
 
   // "transfer_syntax":...,"command":{...},"data_set":{...},"problems":[...]
   // without braces around; the parts that are not there are left out. Throws
@@ -30,7 +34,7 @@ class DicomJson {
   void Write(const Dialogue& dialogue, const DialogueMessage& message);
 
  private:
-  void WriteElements(DataSetReader& reader);
+  void WriteElements(DataSetReader& reader, ElementFrames places);
   // The event's name and what stands before its value; `,` where it is due.
   void BeginMember(const DataSetEvent& event);
   void WriteElement(DataSetReader& reader);
@@ -39,6 +43,8 @@ class DicomJson {
 
   const LineSink sink_;
   const std::uint64_t most_inline_;
+  const FrameText frames_;
+  std::string frame_text_;       // of the element that begins
   std::string problems_;         // the sentences, as members of an array
   bool needs_comma_ = false;     // before the next member or item
   std::uint64_t fragments_ = 0;  // where those being passed begin

@@ -166,6 +166,38 @@ TEST_F(ObjectsTest, ShowsWhatAMessageCarries) {
   }
 }
 
+// A name whose header and value came in two frames, before a sequence.
+TEST_F(ObjectsTest, FindsTheFramesOfAnElement) {
+  wire_.Begin();
+  wire_.segment_bytes = 68;
+  Store("1.2.3", DataSet());
+  const auto frame_with = [this](const std::string& text) {
+    std::size_t at = 0;
+    const auto holds = [&text](const Bytes& bytes) {
+      return std::string(bytes.begin(), bytes.end()).find(text) != text.npos;
+    };
+    while (!holds(wire_.segments.at(at).payload)) ++at;
+    return std::to_string(at + 1);
+  };
+  const Dialogue& dialogue = Read();
+  const auto text = [](std::uint32_t first, std::uint32_t last) {
+    return std::to_string(first) + "-" + std::to_string(last);
+  };
+  std::string dump;
+  DumpMessage(
+      dialogue, dialogue.messages.at(0),
+      [&](std::string_view line) { dump += line; }, text);
+  ASSERT_NE(frame_with("PN"), frame_with("Eva"));
+  const std::string blanks(10, ' ');
+  for (const std::string& line :
+       {frame_with("PN") + "-" + frame_with("Eva") + blanks + "0010,0010",
+        frame_with("SQ") + "-" + frame_with("SQ") + blanks + "0040,0275",
+        frame_with("1.2.3") + "-" + frame_with("1.2.3") + blanks +
+            "0000,1000"}) {
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, line, dump);
+  }
+}
+
 // A sequence of 1,200 items, each with one element, and one behind it.
 TEST_F(ObjectsTest, AnOutlineIsReadWhereItIsLookedAt) {
   Bytes items;
