@@ -60,8 +60,7 @@ constexpr OptionRow kRows[] = {
      "the same as DICOM JSON, one object a message", &Options::dicom_json,
      kDataView},
     {kCarried, "--inline", "", "N", "a number of bytes",
-     "write values of up to N bytes, at most 16,384, into DICOM JSON, not "
-     "only their place",
+     "write values of up to N bytes into DICOM JSON, not only their place",
      &Options::most_inline, kDataView, "--dicom-json"},
     {kCarried, "--element", "", "TAG", "a tag as 0010,0020",
      "one line a message with this element's values; in a sequence "

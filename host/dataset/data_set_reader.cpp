@@ -188,7 +188,8 @@ void DataSetReader::BeginUndefined() {
   if (kind == VrKind::kBytes && is_known) {
     return Begin(Kind::kFragmentsBegin, Frame::Kind::kFragments);
   }
-  if (kind != VrKind::kSequence && is_known) Note(Problem::kUndefinedLength);
+  const bool may_be_open = kind == VrKind::kSequence || event_.vr == Vr::kUN;
+  if (!may_be_open) Note(Problem::kUndefinedLength);
   BeginSequence();
 }
 

@@ -32,7 +32,10 @@ struct InflatedSource::Stream {
 };
 
 InflatedSource::InflatedSource(ByteSource& deflated)
-    : deflated_(deflated), input_(kInputBytes), piece_(kPieceBytes) {
+    : deflated_(deflated),
+      input_(kInputBytes),
+      piece_(kPieceBytes),
+      before_(kPieceBytes) {
   const std::uint64_t most = kMostBytes + kMostGrowth * deflated.size();
   Begin();
   while (NextPiece()) {
@@ -50,14 +53,18 @@ std::size_t InflatedSource::Read(std::uint64_t offset,
   std::size_t done = 0;
   while (done < to.size() && offset + done < size_) {
     const std::uint64_t at = offset + done;
-    if (at < piece_begin_) Begin();
-    while (at - piece_begin_ >= piece_size_) {
+    if (at + before_size_ < piece_begin_) Begin();
+    while (at >= piece_begin_ + piece_size_) {
       if (!NextPiece()) return done;
     }
-    const auto from = static_cast<std::size_t>(at - piece_begin_);
-    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(
-        {piece_size_ - from, to.size() - done, size_ - at}));
-    std::copy_n(piece_.begin() + static_cast<std::ptrdiff_t>(from), count,
+    const bool is_before = at < piece_begin_;
+    const std::size_t size = is_before ? before_size_ : piece_size_;
+    const auto from = static_cast<std::size_t>(
+        at - (is_before ? piece_begin_ - before_size_ : piece_begin_));
+    const auto count = static_cast<std::size_t>(
+        std::min<std::uint64_t>({size - from, to.size() - done, size_ - at}));
+    const auto& piece = is_before ? before_ : piece_;
+    std::copy_n(piece.begin() + static_cast<std::ptrdiff_t>(from), count,
                 to.begin() + static_cast<std::ptrdiff_t>(done));
     done += count;
   }
@@ -69,12 +76,15 @@ void InflatedSource::Begin() {
   input_end_ = 0;
   piece_begin_ = 0;
   piece_size_ = 0;
+  before_size_ = 0;
   ended_ = false;
 }
 
 // Inflates the piece behind the present one; false when there is none.
 bool InflatedSource::NextPiece() {
   piece_begin_ += piece_size_;
+  before_size_ = piece_size_;
+  piece_.swap(before_);
   piece_size_ = 0;
   z_stream& state = stream_->state;
   state.next_out = piece_.data();

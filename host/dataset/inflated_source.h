@@ -45,6 +45,8 @@ class InflatedSource final : public ByteSource {
   std::vector<std::uint8_t> input_;
   std::uint64_t input_end_ = 0;  // in the deflated stream
   std::vector<std::uint8_t> piece_;
+  std::vector<std::uint8_t> before_;  // the piece before it
+  std::size_t before_size_ = 0;
   std::uint64_t piece_begin_ = 0;
   std::size_t piece_size_ = 0;
   bool ended_ = false;

@@ -46,10 +46,12 @@ std::string Place(const DataSetReader& reader, ElementFrames& places,
   return line + "  ";
 }
 
+// `text` is ElementText() or the like.
 void DumpElements(DataSetReader& reader, ElementFrames places,
-                  const FrameText& frames, const LineSink& sink) {
+                  const FrameText& frames, const LineSink& sink,
+                  const std::function<std::string(DataSetReader&)>& text) {
   while (reader.Next().kind != DataSetEvent::Kind::kEnd) {
-    const std::string content = ElementText(reader);
+    const std::string content = text(reader);
     if (!content.empty()) sink(Place(reader, places, frames) + content + "\n");
     const std::string problem = reader.ProblemSentence();
     if (!problem.empty()) sink("! " + problem + "\n");
@@ -67,7 +69,10 @@ void DumpMessage(const Dialogue& dialogue, const DialogueMessage& message,
   sink("  command set, " + BytesText(command.size()) + "\n");
   MemorySource source(command);
   DataSetReader reader(source, kImplicitLittle);
-  DumpElements(reader, {dialogue, message, Part::kCommandSet}, frames, sink);
+  DumpElements(reader, {dialogue, message, Part::kCommandSet}, frames, sink,
+               [&message](DataSetReader& at) {
+                 return CommandElementText(at, message);
+               });
   if (message.data_bytes == 0) return;
   MessageData data(dialogue, message);
   sink("  " + DataSetTitle(message, data) + "\n");
@@ -76,7 +81,7 @@ void DumpMessage(const Dialogue& dialogue, const DialogueMessage& message,
   DumpElements(elements,
                is_deflated ? ElementFrames()
                            : ElementFrames(dialogue, message, Part::kDataSet),
-               frames, sink);
+               frames, sink, ElementText);
   for (const DataRange& lost : LostRanges(dialogue, message)) {
     sink("! " + BytesText(lost.length) + " at " + NumberText(lost.offset) +
          " of what was sent were not captured and are read as zero.\n");

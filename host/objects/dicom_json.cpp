@@ -23,36 +23,33 @@ std::string TagDigits(Tag tag) {
   return digits;
 }
 
-std::string Base64(std::vector<std::uint8_t> bytes) {
+// In whole groups of three bytes, and of the widest numbers.
+constexpr std::size_t kInlineBytes = 12288;
+static_assert(kInlineBytes % 24 == 0);
+
+std::string Base64(std::span<const std::uint8_t> bytes) {
   constexpr char kDigits[] =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  const std::size_t size = bytes.size();
-  bytes.resize((size + 2) / 3 * 3);
   std::string text;
-  for (std::size_t at = 0; at < size; at += 3) {
-    const unsigned three = static_cast<unsigned>(bytes[at]) << 16 |
-                           static_cast<unsigned>(bytes[at + 1]) << 8 |
-                           bytes[at + 2];
+  text.reserve((bytes.size() + 2) / 3 * 4);
+  for (std::size_t at = 0; at < bytes.size(); at += 3) {
+    const auto byte = [&](std::size_t ahead) -> unsigned {
+      return at + ahead < bytes.size() ? bytes[at + ahead] : 0;
+    };
+    const unsigned three = byte(0) << 16 | byte(1) << 8 | byte(2);
     for (int shift = 18; shift >= 0; shift -= 6) {
       text += kDigits[three >> shift & 63];
     }
   }
-  const std::size_t padding = (3 - size % 3) % 3;
+  const std::size_t padding = (3 - bytes.size() % 3) % 3;
   std::fill_n(text.rbegin(), padding, '=');
   return text;
 }
 
-// Little endian, as the model wants bytes.
-std::vector<std::uint8_t> LittleEndian(std::span<const std::uint8_t> bytes,
-                                       const DataSetEvent& event) {
-  std::vector<std::uint8_t> copy(bytes.begin(), bytes.end());
-  const std::size_t width = TraitsOf(event.vr).width;
-  if (event.order == ByteOrder::kBig) {
-    for (std::size_t at = 0; at + width <= copy.size(); at += width) {
-      std::reverse(copy.data() + at, copy.data() + at + width);
-    }
+void ReverseEach(std::span<std::uint8_t> bytes, std::size_t width) {
+  for (std::size_t at = 0; at + width <= bytes.size(); at += width) {
+    std::reverse(bytes.data() + at, bytes.data() + at + width);
   }
-  return copy;
 }
 
 bool IsDigit(char character) { return character >= '0' && character <= '9'; }
@@ -135,6 +132,8 @@ void DicomJson::Write(const Dialogue& dialogue,
   problems_.clear();
   const std::vector<std::uint8_t> command = CommandBytes(dialogue, message);
   MemorySource source(command);
+  source_ = &source;
+  may_go_back_ = true;
   DataSetReader commands(source, kImplicitLittle);
   sink_("\"command\":{");
   using Part = ElementFrames::Part;
@@ -145,11 +144,12 @@ void DicomJson::Write(const Dialogue& dialogue,
     sink_(",\"transfer_syntax\":" + JsonString(data.TransferSyntax()) +
           ",\"transfer_syntax_origin\":" + JsonString(data.OriginText()) +
           ",\"data_set\":{");
-    DataSetReader elements(data.Readable(), data.Chosen().encoding);
-    const bool is_deflated = data.Chosen().encoding.deflated;
-    WriteElements(elements, is_deflated ? ElementFrames()
-                                        : ElementFrames(dialogue, message,
-                                                        Part::kDataSet));
+    source_ = &data.Readable();
+    may_go_back_ = !data.Chosen().encoding.deflated;
+    DataSetReader elements(*source_, data.Chosen().encoding);
+    WriteElements(elements, may_go_back_ ? ElementFrames(dialogue, message,
+                                                         Part::kDataSet)
+                                         : ElementFrames());
     sink_("}");
   }
   if (!problems_.empty()) sink_(",\"problems\":[" + problems_ + "]");
@@ -169,6 +169,10 @@ void DicomJson::WriteElements(DataSetReader& reader, ElementFrames places) {
         break;
       case Kind::kSequenceBegin:
         BeginMember(event);
+        if (event.vr == Vr::kUN && event.length) {
+          PassSequence(reader);
+          break;
+        }
         sink_(",\"Value\":[");
         needs_comma_ = false;
         break;
@@ -189,7 +193,7 @@ void DicomJson::WriteElements(DataSetReader& reader, ElementFrames places) {
         fragments_ = event.value_at;
         break;
       case Kind::kFragmentsEnd:
-        WritePlace(fragments_, event.header_at - fragments_);
+        WriteReadBytes(fragments_, event.header_at - fragments_);
         break;
       default:
         break;
@@ -198,9 +202,58 @@ void DicomJson::WriteElements(DataSetReader& reader, ElementFrames places) {
 }
 
 void DicomJson::BeginMember(const DataSetEvent& event) {
+  // The model has the standard's VRs only, and items in no other than SQ.
+  const bool is_open = event.kind == Kind::kSequenceBegin && !event.length;
+  const Vr known = FindVr(event.vr) == nullptr ? Vr::kUN : event.vr;
   sink_(std::string(needs_comma_ ? "," : "") + "\"" + TagDigits(event.tag) +
-        "\":{\"vr\":" + JsonString(VrText(event.vr)) +
+        "\":{\"vr\":" + JsonString(VrText(is_open ? Vr::kSQ : known)) +
         (frame_text_.empty() ? "" : ",") + frame_text_);
+}
+
+// Its items' problems are told all the same.
+void DicomJson::PassSequence(DataSetReader& reader) {
+  const std::uint64_t offset = reader.event().value_at;
+  const std::uint64_t length = reader.event().available;
+  const std::size_t depth = reader.depth();
+  do {
+    reader.Next();
+    NoteProblem(reader);
+  } while (reader.event().kind != Kind::kSequenceEnd ||
+           reader.depth() != depth);
+  WriteReadBytes(offset, length);
+}
+
+void DicomJson::WriteReadBytes(std::uint64_t offset, std::uint64_t length) {
+  if (may_go_back_) return WriteBytes(offset, length);
+  WritePlace(offset, length);
+}
+
+void DicomJson::WriteBytes(std::uint64_t offset, std::uint64_t length,
+                           std::size_t width) {
+  if (length > most_inline_) {
+    WritePlace(offset, length);
+  } else {
+    if (length > 0) WriteInline(offset, length, width);
+    sink_("}");
+    needs_comma_ = true;
+  }
+}
+
+// Little endian, as the model wants bytes; numbers of one byte have no order.
+void DicomJson::WriteInline(std::uint64_t offset, std::uint64_t length,
+                            std::size_t width) {
+  std::vector<std::uint8_t> buffer(kInlineBytes);
+  sink_(",\"InlineBinary\":\"");
+  for (std::uint64_t done = 0; done < length;) {
+    const auto wanted = std::span(buffer).first(static_cast<std::size_t>(
+        std::min<std::uint64_t>(length - done, kInlineBytes)));
+    const auto bytes = wanted.first(source_->Read(offset + done, wanted));
+    if (bytes.empty()) break;
+    ReverseEach(bytes, width);
+    sink_(Base64(bytes));
+    done += bytes.size();
+  }
+  sink_("\"");
 }
 
 void DicomJson::WritePlace(std::uint64_t offset, std::uint64_t length) {
@@ -212,17 +265,18 @@ void DicomJson::WritePlace(std::uint64_t offset, std::uint64_t length) {
 void DicomJson::WriteElement(DataSetReader& reader) {
   const DataSetEvent& event = reader.event();
   BeginMember(event);
-  const bool is_bytes = TraitsOf(event.vr).kind == VrKind::kBytes;
-  const std::uint64_t most = is_bytes ? most_inline_ : ByteWindow::kBytes;
-  if (event.available > std::min<std::uint64_t>(most, ByteWindow::kBytes)) {
+  const VrTraits& traits = TraitsOf(event.vr);
+  if (traits.kind == VrKind::kBytes) {
+    const bool is_big = event.order == ByteOrder::kBig;
+    return WriteBytes(event.value_at, event.available,
+                      is_big ? traits.width : 1);
+  }
+  if (event.available > ByteWindow::kBytes) {
     return WritePlace(event.value_at, event.available);
   }
   if (event.available > 0) {
     const auto bytes = reader.Value(ByteWindow::kBytes);
-    sink_(is_bytes ? ",\"InlineBinary\":\"" +
-                         Base64(LittleEndian(bytes, event)) + "\""
-                   : ValuesJson(ReadValues(event, bytes, *reader.characters()),
-                                event.vr));
+    sink_(ValuesJson(ReadValues(event, bytes, *reader.characters()), event.vr));
   }
   sink_("}");
   needs_comma_ = true;

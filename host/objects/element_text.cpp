@@ -54,6 +54,19 @@ std::string ElementText(DataSetReader& reader) {
   }
 }
 
+std::string CommandElementText(DataSetReader& reader,
+                               const DialogueMessage& message) {
+  constexpr Tag kStatus{0x0000, 0x0900};
+  const DataSetEvent& event = reader.event();
+  if (event.tag != kStatus || event.length != 2U || !message.status) {
+    return ElementText(reader);
+  }
+  return Name(event) + ": " + std::to_string(*message.status) + " (" +
+         StatusWithText(*message.status, message.command_field,
+                        message.sop_class) +
+         ")";
+}
+
 std::string DataSetTitle(const DialogueMessage& message,
                          const MessageData& data) {
   std::string title = "data set, " + BytesText(message.data_bytes) + ", " +

@@ -13,6 +13,10 @@ namespace host {
 // with its value and what that means, "item 3"; empty when the event is nothing
 // that has a line, as ends are.
 std::string ElementText(DataSetReader& reader);
+// The same of an element of this message's command set, whose status is that of
+// its service.
+std::string CommandElementText(DataSetReader& reader,
+                               const DialogueMessage& message);
 
 // "data set, 5,553 bytes, Explicit VR Little Endian (negotiated)", and whether
 // its end is missing.

@@ -134,7 +134,8 @@ TEST_F(ObjectsTest, ShowsWhatAMessageCarries) {
        {"  data set, 100 bytes, Explicit VR Little Endian (guessed)\n",
         "       18  0010,0010            PN        10  Patient's Name: "
         "Müller^Eva",
-        "0040,0275[1].0040,0007 LO        10  Scheduled Procedure Step "
+        "       66  0040,0275[1].0040,0007 LO        10  Scheduled Procedure "
+        "Step "
         "Description: CT THORAX\n"}) {
     EXPECT_PRED_FORMAT2(testing::IsSubstring, line, dump);
   }
@@ -164,6 +165,39 @@ TEST_F(ObjectsTest, ShowsWhatAMessageCarries) {
        {"", "0010", "0010,002g", "0010,0020.", ".00100020"}) {
     EXPECT_FALSE(ParseElementPath(none)) << none;
   }
+}
+
+// Bytes of any length, fragments, and sequences that call themselves UN.
+TEST_F(ObjectsTest, WritesBytesIntoJson) {
+  const Bytes item = ImplicitElement(
+      0xFFFE, 0xE000, ImplicitElement(0x0010, 0x0020, Text("ID")));
+  const Bytes head = ExplicitElement(0x0008, 0x0060, "CS", Text("CT"));
+  const auto bytes = [](std::uint16_t group, const char* vr,
+                        std::uint32_t length, const Bytes& value) {
+    return Little16(group) + Little16(0x0010) + Text(vr) + Little16(0) +
+           dicom::testing::Little32(length) + value;
+  };
+  const Bytes end = ImplicitElement(0xFFFE, 0xE0DD, {});
+  const Bytes fragments = ImplicitElement(0xFFFE, 0xE000, {}) +
+                          ImplicitElement(0xFFFE, 0xE000, Bytes{1, 2});
+  wire_.Begin();
+  Store("1.2.3", head + bytes(0x0018, "UN", 0xFFFFFFFF, item + end) +
+                     bytes(0x0020, "UN", 8, item.First(4) + Bytes(4)) +
+                     bytes(0x0054, "OB", 30000, Bytes(30000)) +
+                     bytes(0x7FE0, "OB", 0xFFFFFFFF, fragments + end));
+  const Dialogue& dialogue = Read();
+  std::string text;
+  DicomJson([&](std::string_view part) { text += part; }, 30000)
+      .Write(dialogue, dialogue.messages.at(0));
+  EXPECT_EQ(text.substr(text.find("\"data_set\"")),
+            R"("data_set":{"00080060":{"vr":"CS","Value":["CT"]},)"
+            R"("00180010":{"vr":"SQ","Value":[{"00100020":)"
+            R"({"vr":"LO","Value":["ID"]}}]},)"
+            R"("00200010":{"vr":"UN","InlineBinary":"/v8A4AAAAAA="},)"
+            R"("00540010":{"vr":"OB","InlineBinary":")" +
+                std::string(40000, 'A') +
+                R"("},"7FE00010":{"vr":"OB","InlineBinary":")"
+                R"(/v8A4AAAAAD+/wDgAgAAAAEC"}})");
 }
 
 // A name whose header and value came in two frames, before a sequence.
