@@ -415,6 +415,15 @@ TEST(CaptureSeriesTest, SaysWhatIsMissingAndWhatCannotBeRead) {
             "Between 1.pcap and 3.pcap packets are missing: 1 connection lacks "
             "1,012 bytes there; give the files between them as well, if there "
             "are any.");
+
+  for (int i = 10; i < 32; ++i) {
+    folder.Write(std::to_string(i) + ".pcap", Little32(0xA1B2C3D4));
+  }
+  CaptureLoader many(folder.Find({"*"}).files, {});
+  many.Read([] { return false; });
+  const auto told = many.Notes();
+  ASSERT_EQ(told.size(), 22u);
+  EXPECT_EQ(told[20], "The same goes for 3 more files.");
 }
 
 TEST(CaptureReaderTest, SaysWhyACaptureCannotBeRead) {

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/capdump/data_output.h"
 #include "host/capdump/dialogue_reports.h"
 #include "host/capdump/report.h"
 #include "host/dialogue/dialogue_reader.h"
@@ -454,6 +455,20 @@ Connection 1  192.0.2.1:41000 --> 192.0.2.2:104
     5   Verification SOP Class                              abstract syntax not supported                                                             0         Implicit VR Little Endian
     note: Context 5, Verification SOP Class, was refused: abstract syntax not supported.
 )");
+  text.clear();
+  WriteContextsJson(connections, {}, sink);
+  EXPECT_NE(text.find(R"({"kind":"context","connection":1,"association":1,)"
+                      R"("id":3,"abstract_syntax":)"),
+            text.npos)
+      << text;
+  text.clear();
+  Options options;
+  options.dicom_json = true;
+  DataOutput(options, sink).Show(connections);
+  EXPECT_TRUE(text.starts_with(
+      R"({"kind":"dicom_message","connection":1,"row":1,)"
+      R"("command_field":"C-STORE-RQ","time":"1970-01-01T00:00:00.)"))
+      << text;
   text.clear();
   ReportedConnection reported;
   reported.connection = &connections[0];

@@ -361,7 +361,7 @@ TEST(OverviewTest, TellsTheCauseAndTheStoryWithinAScreen) {
   for (const char* part :
        {"a.pcap: 1 TCP connection, 1 with DICOM\n\n1 fault",
         "\nFAULT    The acceptor CALLED (192.0.2.2:104) refused 40 C-STORE",
-        "of 100 (CT Image Storage)\n         with A700h", "CALLING asks CALLED",
+        "of 100 (CT Image Storage)\n         with A700h", "CALLING asks CALLED for an association, 2",
         ", all contexts", "60 x C-STORE CT Image Storage: all 0000h",
         "40 x C-STORE CT Image Storage: all A700h", "released"}) {
     EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;

@@ -246,8 +246,15 @@ TEST_F(ObjectsTest, AnOutlineIsReadWhereItIsLookedAt) {
                      ExplicitElement(0x0040, 0x1001, "SH", Text("END "));
   wire_.Begin();
   Store("1.2.3", data);
+  wire_.Send(1, PData(dicom::testing::Pdv(
+                    1, kLastCommand,
+                    CommandSet(ImplicitElement(0, 0x0100, Little16(0x8001)) +
+                               ImplicitElement(0, 0x0120, Little16(1)) +
+                               ImplicitElement(0, 0x0800, Little16(0x0101))))));
   const Dialogue& dialogue = Read();
   MessageOutline outline(dialogue, dialogue.messages.at(0));
+  EXPECT_EQ(outline.Parts(), 2u);
+  EXPECT_EQ(MessageOutline(dialogue, dialogue.messages.at(1)).Parts(), 1u);
   const auto always = [] { return true; };
 
   OutlineCursor cursor = outline.PartAt(MessageOutline::kDataSet);

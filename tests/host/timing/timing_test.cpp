@@ -379,6 +379,18 @@ TEST(TimingTest, EachCauseOfLostTimeIsNamedFirst) {
   }
 }
 
+TEST(TimingTest, WhatIsLeftOpenLastsToTheEnd) {
+  Play never_read;
+  never_read.Associate().After(10).Send(0, kStore).After(2).Acknowledge(1, 0);
+  never_read.After(3000).Send(0, {}, kRst | kAck);
+  EXPECT_EQ(TimesOf(never_read).sums.Of(TimePart::kZeroWindow), 3'000'000);
+
+  // The answer was captured before its request: nobody thinks any more.
+  Play crossed;
+  crossed.Associate().After(10).Send(1, kEchoed).Send(0, kEcho).After(2000);
+  EXPECT_EQ(TimesOf(crossed.Release()).sums.Of(TimePart::kIdle), 2'005'000);
+}
+
 TEST(TimingTest, APercentileIsTheFirstValueThatSoManyDoNotExceed) {
   std::vector<Nanoseconds> values(99);
   std::iota(values.begin(), values.end(), 1);
