@@ -12,7 +12,9 @@ void ConnectionBuilder::Add(const TcpFrame& frame, std::uint32_t direction) {
     connection_.last_time = frame.time;
   }
   connection_.last_time = std::max(connection_.last_time, frame.time);
-  if (watch_.Add(frame, direction)) transfer_.Add(frame, direction);
+  if (const auto packet = ReadWatchedPacket(frame, direction)) {
+    if (watch_.Add(*packet)) transfer_.Add(*packet);
+  }
   AddSegment(frame, direction);
 }
 

@@ -10,8 +10,6 @@ namespace host {
 namespace {
 
 constexpr Nanoseconds kMillisecond = 1'000'000;
-// What fills a gap so soon was overtaken on its way, not sent again.
-constexpr Nanoseconds kOvertakenWithin = 3 * kMillisecond;
 // Behind the acknowledgement that it waited for a sender goes on so soon, the
 // way to it and back apart.
 constexpr Nanoseconds kAtOnce = 4 * kMillisecond;
@@ -34,7 +32,7 @@ bool IsAtOnce(Nanoseconds since, Nanoseconds trip, const FlowFacts& flow) {
 }  // namespace
 
 void TransferWatch::NoteData(const Packet& packet) {
-  Side& side = sides_[packet.side];
+  Side& side = sides_[packet.direction];
   side.probed = IsProbe(packet);
   if (side.probed) return;
   const bool fin = packet.header.Has(kFin);
@@ -48,15 +46,16 @@ void TransferWatch::NoteData(const Packet& packet) {
   if (packet.payload != 0) NoteNew(packet);
   side.next = end;
   side.newest = packet.time;
-  FlowFacts& flow = facts_.flows[packet.side];
-  flow.most_in_flight = std::max(flow.most_in_flight, InFlight(packet.side));
+  FlowFacts& flow = facts_.flows[packet.direction];
+  flow.most_in_flight =
+      std::max(flow.most_in_flight, InFlight(packet.direction));
 }
 
 bool TransferWatch::IsProbe(const Packet& packet) {
-  const Side& side = sides_[packet.side];
-  const bool closed = sides_[1 - packet.side].window == 0u;
+  const Side& side = sides_[packet.direction];
+  const bool closed = sides_[1 - packet.direction].window == 0u;
   if (packet.payload > 1 || !packet.IsPlain() || !side.next) return false;
-  FlowFacts& flow = facts_.flows[packet.side];
+  FlowFacts& flow = facts_.flows[packet.direction];
   const std::int32_t ahead = Distance(*side.next, packet.begin);
   if (ahead == -1) {
     ++(closed ? flow.window_probes : flow.keep_alives);
@@ -70,9 +69,9 @@ bool TransferWatch::IsProbe(const Packet& packet) {
 }
 
 void TransferWatch::NoteRepeated(const Packet& packet) {
-  Side& side = sides_[packet.side];
-  const Side& other = sides_[1 - packet.side];
-  FlowFacts& flow = facts_.flows[packet.side];
+  Side& side = sides_[packet.direction];
+  const Side& other = sides_[1 - packet.direction];
+  FlowFacts& flow = facts_.flows[packet.direction];
   const bool fills_gap = side.missing != 0;
   side.missing -= std::min(side.missing, packet.payload);
   side.release.reset();
@@ -92,9 +91,9 @@ void TransferWatch::NoteRepeated(const Packet& packet) {
 }
 
 void TransferWatch::NoteRecovery(const Packet& packet, bool fast) {
-  Side& side = sides_[packet.side];
+  Side& side = sides_[packet.direction];
   if (!side.recovery) {
-    facts_.flows[packet.side].recovering_since =
+    facts_.flows[packet.direction].recovering_since =
         side.progressed != 0 ? side.progressed : packet.time;
     side.recovery = Recovery{packet.end(), fast};
   } else if (Distance(side.recovery->end, packet.end()) > 0) {
@@ -103,8 +102,8 @@ void TransferWatch::NoteRecovery(const Packet& packet, bool fast) {
 }
 
 void TransferWatch::NoteNew(const Packet& packet) {
-  Side& side = sides_[packet.side];
-  FlowFacts& flow = facts_.flows[packet.side];
+  Side& side = sides_[packet.direction];
+  FlowFacts& flow = facts_.flows[packet.direction];
   const std::int32_t gap = Distance(*side.next, packet.begin);
   if (gap > 0) {
     ++flow.gaps;
@@ -112,26 +111,26 @@ void TransferWatch::NoteNew(const Packet& packet) {
   } else {
     NoteWaitBefore(packet);
   }
-  if (InFlight(packet.side) == 0) side.progressed = packet.time;
+  if (InFlight(packet.direction) == 0) side.progressed = packet.time;
   flow.sent_bytes += static_cast<std::uint32_t>(
       gap >= 0 ? packet.payload : packet.end() - *side.next);
   NoteSize(packet);
   TakeSample(packet);
   side.release.reset();
-  newest_sender_ = packet.side;
-  const auto& window = sides_[1 - packet.side].window;
-  if (!window || *window == 0 || !WindowShift(1 - packet.side)) return;
+  newest_sender_ = packet.direction;
+  const auto& window = sides_[1 - packet.direction].window;
+  if (!window || *window == 0 || !WindowShift(1 - packet.direction)) return;
   const std::uint32_t in_flight =
       side.acknowledged ? packet.end() - *side.acknowledged : 0;
   if (in_flight == *window) ++flow.window_full;
-  if (in_flight + FullPayload(packet.side) > *window) {
+  if (in_flight + FullPayload(packet.direction) > *window) {
     side.limited_since = packet.time;
   }
 }
 
 void TransferWatch::NoteWaitBefore(const Packet& packet) {
-  Side& side = sides_[packet.side];
-  FlowFacts& flow = facts_.flows[packet.side];
+  Side& side = sides_[packet.direction];
+  FlowFacts& flow = facts_.flows[packet.direction];
   const Nanoseconds trip =
       std::min(flow.LeastTrip().value_or(kMillisecond), kLongestTrip);
   if (side.limited_since && side.limited_until &&
@@ -140,23 +139,23 @@ void TransferWatch::NoteWaitBefore(const Packet& packet) {
   }
   side.limited_since.reset();
   side.limited_until.reset();
-  if (InFlight(packet.side) != 0 || side.advanced == 0) return;
+  if (InFlight(packet.direction) != 0 || side.advanced == 0) return;
   if (side.release && !packet.header.Has(kFin) &&
-      packet.payload < FullPayload(packet.side) &&
+      packet.payload < FullPayload(packet.direction) &&
       IsAtOnce(packet.time - side.release->acknowledged, trip, flow) &&
       packet.time - side.release->sent >= kLeastHeldBack) {
-    AddWait(WaitKind::kHeldBack, packet.side, side.release->sent, packet,
+    AddWait(WaitKind::kHeldBack, packet.direction, side.release->sent, packet,
             side.release->acknowledged);
     return;
   }
   const Nanoseconds quiet = packet.time - side.advanced - trip;
-  if (quiet < kLeastQuiet || newest_sender_ != packet.side) return;
-  AddWait(WaitKind::kQuiet, packet.side, packet.time - quiet, packet);
+  if (quiet < kLeastQuiet || newest_sender_ != packet.direction) return;
+  AddWait(WaitKind::kQuiet, packet.direction, packet.time - quiet, packet);
 }
 
 void TransferWatch::NoteSize(const Packet& packet) {
-  Side& side = sides_[packet.side];
-  const std::uint32_t full = FullPayload(packet.side);
+  Side& side = sides_[packet.direction];
+  const std::uint32_t full = FullPayload(packet.direction);
   const bool repeats_largest =
       packet.payload >= kLeastFull && packet.payload == side.largest;
   if (packet.payload < 1 << 14) {
@@ -166,13 +165,13 @@ void TransferWatch::NoteSize(const Packet& packet) {
   const bool waits = side.small_end && side.acknowledged &&
                      Distance(*side.acknowledged, *side.small_end) > 0;
   if (waits && !packet.header.Has(kFin)) {
-    ++facts_.flows[packet.side].small_not_held;
+    ++facts_.flows[packet.direction].small_not_held;
   }
   side.small_end = packet.end();
 }
 
 void TransferWatch::TakeSample(const Packet& packet) {
-  Side& side = sides_[packet.side];
+  Side& side = sides_[packet.direction];
   if (side.sample_count == Side::kSamples) {
     side.first_sample = (side.first_sample + 1) % Side::kSamples;
     --side.sample_count;

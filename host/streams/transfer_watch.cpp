@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "host/capture/wire_bytes.h"
 #include "host/streams/sequence_number.h"
 #include "host/streams/tcp_options.h"
 
@@ -12,16 +11,14 @@ namespace {
 constexpr Nanoseconds kMillisecond = 1'000'000;
 constexpr std::uint32_t kTimestampBytes = 12;  // in the header of each packet
 constexpr std::uint8_t kMostShift = 14;
-constexpr std::size_t kWindowAt = 14;  // in a TCP header
 
 }  // namespace
 
-void TransferWatch::Add(const TcpFrame& frame, std::uint32_t direction) {
-  if (!frame.header) return;
-  const Packet packet = Read(frame, direction);
+void TransferWatch::Add(const WatchedPacket& watched) {
+  const Packet packet{watched, Clock(watched.frame)};
   const TcpHeader& header = packet.header;
   if (header.Has(kRst)) {
-    ++facts_.flows[direction].resets;
+    ++facts_.flows[packet.direction].resets;
     return;
   }
   if (header.Has(kSyn)) NoteSyn(packet);
@@ -31,23 +28,6 @@ void TransferWatch::Add(const TcpFrame& frame, std::uint32_t direction) {
   }
   NoteWindow(packet);
   NoteData(packet);
-}
-
-TransferWatch::Packet TransferWatch::Read(const TcpFrame& frame,
-                                          std::uint32_t direction) {
-  const TcpHeader& header = *frame.header;
-  Packet packet{frame,
-                header,
-                frame.number,
-                direction,
-                header.sequence + (header.Has(kSyn) ? 1 : 0),
-                frame.wire_length - std::min(header.length, frame.wire_length),
-                Clock(frame),
-                {}};
-  if (frame.tcp.size() >= kWindowAt + 2) {
-    packet.window = WireReader(frame.tcp.subspan(kWindowAt)).Word16();
-  }
-  return packet;
 }
 
 Nanoseconds TransferWatch::Clock(const TcpFrame& frame) {
@@ -72,10 +52,10 @@ Nanoseconds TransferWatch::Clock(const TcpFrame& frame) {
 }
 
 void TransferWatch::NoteSyn(const Packet& packet) {
-  const TcpOptions options = ReadTcpOptions(packet.whole);
-  FlowFacts& flow = facts_.flows[packet.side];
-  Side& side = sides_[packet.side];
-  Side& other = sides_[1 - packet.side];
+  const TcpOptions options = ReadTcpOptions(packet.frame);
+  FlowFacts& flow = facts_.flows[packet.direction];
+  Side& side = sides_[packet.direction];
+  Side& other = sides_[1 - packet.direction];
   flow.segment_limit = options.segment_limit;
   flow.window_scale = options.window_scale;
   flow.timestamps = options.timestamps;
@@ -88,9 +68,9 @@ void TransferWatch::NoteSyn(const Packet& packet) {
   }
   side.next = packet.begin;
   if (!packet.header.Has(kAck)) {
-    client_ = packet.side;
+    client_ = packet.direction;
   } else {
-    client_ = 1 - packet.side;
+    client_ = 1 - packet.direction;
     if (other.syn_time && side.syns == 1) {
       flow.handshake_trip = packet.time - *other.syn_time;
     }
@@ -99,18 +79,18 @@ void TransferWatch::NoteSyn(const Packet& packet) {
 
 void TransferWatch::NoteConnected(const Packet& packet) {
   if (facts_.connected != 0 || packet.header.Has(kSyn) ||
-      packet.side != client_) {
+      packet.direction != client_) {
     return;
   }
   facts_.connected = packet.time;
-  const auto& answered = sides_[1 - packet.side].syn_time;
+  const auto& answered = sides_[1 - packet.direction].syn_time;
   if (answered) {
-    facts_.flows[packet.side].handshake_trip = packet.time - *answered;
+    facts_.flows[packet.direction].handshake_trip = packet.time - *answered;
   }
 }
 
 void TransferWatch::NoteAcknowledgement(const Packet& packet) {
-  Side& sender = sides_[1 - packet.side];
+  Side& sender = sides_[1 - packet.direction];
   const std::uint32_t number = packet.header.acknowledgement;
   if (!sender.acknowledged || Distance(*sender.acknowledged, number) > 0) {
     Advance(packet);
@@ -122,13 +102,13 @@ void TransferWatch::NoteAcknowledgement(const Packet& packet) {
 }
 
 void TransferWatch::Advance(const Packet& packet) {
-  Side& sender = sides_[1 - packet.side];
+  Side& sender = sides_[1 - packet.direction];
   const std::uint32_t number = packet.header.acknowledgement;
   while (sender.sample_count != 0) {
     const Sample& sample = sender.samples[sender.first_sample];
     if (Distance(sample.end, number) < 0) break;
     if (sample.end == number) {
-      facts_.flows[packet.side].data_trips.Add(packet.time - sample.sent);
+      facts_.flows[packet.direction].data_trips.Add(packet.time - sample.sent);
     }
     sender.first_sample = (sender.first_sample + 1) % Side::kSamples;
     --sender.sample_count;
@@ -136,7 +116,7 @@ void TransferWatch::Advance(const Packet& packet) {
   sender.acknowledged = number;
   if (sender.next && Distance(*sender.next, number) > 0) sender.next = number;
   sender.advanced = sender.progressed = packet.time;
-  sides_[packet.side].repeats = 0;
+  sides_[packet.direction].repeats = 0;
   if (sender.recovery && Distance(sender.recovery->end, number) >= 0) {
     EndRecovery(packet);
   }
@@ -147,28 +127,28 @@ void TransferWatch::Advance(const Packet& packet) {
 }
 
 void TransferWatch::EndRecovery(const Packet& packet) {
-  FlowFacts& flow = facts_.flows[1 - packet.side];
-  auto& recovery = sides_[1 - packet.side].recovery;
-  const auto twice = ReadTcpOptions(packet.whole).selective;
+  FlowFacts& flow = facts_.flows[1 - packet.direction];
+  auto& recovery = sides_[1 - packet.direction].recovery;
+  const auto twice = ReadTcpOptions(packet.frame).selective;
   if (twice && Distance(*twice, packet.header.acknowledgement) > 0) {
     // The receiver says that it had the data: nothing was lost.
     --(recovery->fast ? flow.fast : flow.timed_out);
     ++flow.spurious;
   } else {
-    AddWait(WaitKind::kLossRecovery, 1 - packet.side, *flow.recovering_since,
-            packet);
+    AddWait(WaitKind::kLossRecovery, 1 - packet.direction,
+            *flow.recovering_since, packet);
   }
   flow.recovering_since.reset();
   recovery.reset();
 }
 
 void TransferWatch::NoteSameAcknowledgement(const Packet& packet) {
-  Side& receiver = sides_[packet.side];
-  const Side& sender = sides_[1 - packet.side];
-  FlowFacts& flow = facts_.flows[packet.side];
+  Side& receiver = sides_[packet.direction];
+  const Side& sender = sides_[1 - packet.direction];
+  FlowFacts& flow = facts_.flows[packet.direction];
   if (!packet.window) return;
   const std::uint32_t window = std::uint32_t{*packet.window}
-                               << WindowShift(packet.side).value_or(0);
+                               << WindowShift(packet.direction).value_or(0);
   if (receiver.window && window != *receiver.window) {
     if (window != 0) ++flow.window_updates;
   } else if (window != 0 && !sender.probed && packet.begin == receiver.next) {
@@ -187,13 +167,13 @@ std::optional<std::uint8_t> TransferWatch::WindowShift(
 
 void TransferWatch::NoteWindow(const Packet& packet) {
   if (!packet.window || packet.header.Has(kSyn)) return;
-  Side& side = sides_[packet.side];
-  FlowFacts& flow = facts_.flows[packet.side];
+  Side& side = sides_[packet.direction];
+  FlowFacts& flow = facts_.flows[packet.direction];
   const std::uint32_t window = std::uint32_t{*packet.window}
-                               << WindowShift(packet.side).value_or(0);
+                               << WindowShift(packet.direction).value_or(0);
   side.window = window;
   flow.largest_window = std::max(flow.largest_window, window);
-  Side& sender = sides_[1 - packet.side];
+  Side& sender = sides_[1 - packet.direction];
   if (window == 0) {
     if (!packet.header.Has(kFin)) ++flow.zero_windows;
     if (!flow.closed_since) flow.closed_since = packet.time;
@@ -201,11 +181,12 @@ void TransferWatch::NoteWindow(const Packet& packet) {
     return;
   }
   if (flow.closed_since) {
-    AddWait(WaitKind::kZeroWindow, packet.side, *flow.closed_since, packet);
+    AddWait(WaitKind::kZeroWindow, packet.direction, *flow.closed_since,
+            packet);
     flow.closed_since.reset();
     sender.release.reset();  // what it sends now waited for the window
   }
-  NoteRoom(1 - packet.side, packet.time);
+  NoteRoom(1 - packet.direction, packet.time);
 }
 
 void TransferWatch::NoteRoom(std::uint32_t sender, Nanoseconds time) {
@@ -238,7 +219,7 @@ void TransferWatch::AddWait(WaitKind kind, std::uint32_t side,
   Wait wait;
   wait.begin = begin;
   wait.end = ends.time;
-  wait.frame = ends.frame;
+  wait.frame = ends.frame.number;
   wait.kind = kind;
   wait.side = static_cast<std::uint8_t>(side);
   if (acknowledged != 0) {

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <optional>
 
-#include "host/capture/frame_parser.h"
 #include "host/streams/transfer_facts.h"
+#include "host/streams/watched_packet.h"
 
 namespace host {
 
@@ -20,25 +20,16 @@ class TransferWatch {
 
   // The connection's next packet in the order of the capture; copies that a
   // mirror port made are not handed in.
-  void Add(const TcpFrame& frame, std::uint32_t direction);
+  void Add(const WatchedPacket& packet);
 
  private:
   // A packet of the same size again and again, on a way that takes no larger
   // ones, is full from this size on; so is one of which nothing else is known.
   static constexpr std::uint32_t kLeastFull = 512;
 
-  // What a packet says.
-  struct Packet {
-    const TcpFrame& whole;
-    const TcpHeader& header;
-    std::uint32_t frame = 0;
-    std::uint32_t side = 0;
-    std::uint32_t begin = 0;    // sequence number of its first payload byte
-    std::uint32_t payload = 0;  // bytes on the wire
-    Nanoseconds time = 0;
-    std::optional<std::uint16_t> window;  // as it stands there
+  struct Packet : WatchedPacket {
+    Nanoseconds time = 0;  // by the clock that never goes back
 
-    std::uint32_t end() const { return begin + payload; }
     bool IsPlain() const { return !header.Has(kSyn | kFin | kRst); }
   };
   // Data under way, of which the acknowledgement tells a round trip.
@@ -88,7 +79,6 @@ class TransferWatch {
     std::uint32_t repeats = 0;  // of its newest acknowledgement number
   };
 
-  Packet Read(const TcpFrame& frame, std::uint32_t direction);
   // The time by a clock that never goes back.
   Nanoseconds Clock(const TcpFrame& frame);
   void NoteSyn(const Packet& packet);

@@ -15,14 +15,11 @@ constexpr Nanoseconds kMillisecond = 1'000'000;
 // new identification, but where there is none only the time tells them apart.
 constexpr Nanoseconds kDoubledWithin = 100 * kMillisecond;
 constexpr Nanoseconds kDoubledWithoutIdentification = 5 * kMillisecond;
-// What fills a gap so soon was overtaken on its way, not sent again.
-constexpr Nanoseconds kOvertakenWithin = 3 * kMillisecond;
 // Ethernet's jumbo frames hold no more; used where no SYN tells the limit.
 constexpr std::uint32_t kLongestOnAnyWire = 9216;
 // Whether checksums are left to the adapter shows in any packet.
 constexpr std::uint32_t kChecksumsLookedAt = 8;
 
-constexpr std::size_t kWindowAt = 14;  // in a TCP header
 constexpr std::uint8_t kProtocolTcp = 6;
 
 // The sum over the addresses, the protocol and the length, which a sender
@@ -40,17 +37,9 @@ std::uint16_t UnfinishedChecksum(const TcpFrame& frame) {
 
 }  // namespace
 
-bool TransportWatch::Add(const TcpFrame& frame, std::uint32_t direction) {
-  if (!frame.header) return false;
-  const TcpHeader& header = *frame.header;
-  Packet packet{frame, header, direction,
-                frame.wire_length - std::min(header.length, frame.wire_length)};
-  if (frame.tcp.size() >= kWindowAt + 4) {
-    WireReader in(frame.tcp.subspan(kWindowAt));
-    packet.window = in.Word16();
-    packet.checksum = in.Word16();
-    packet.has_window = true;
-  }
+bool TransportWatch::Add(const WatchedPacket& packet) {
+  const TcpFrame& frame = packet.frame;
+  const std::uint32_t direction = packet.direction;
   SideFacts& facts = facts_.sides[direction];
   if (frame.tcp.size() < frame.wire_length) {
     ++facts.cut_packets;
@@ -75,16 +64,16 @@ bool TransportWatch::Add(const TcpFrame& frame, std::uint32_t direction) {
   return true;
 }
 
-bool TransportWatch::IsDuplicate(const Packet& packet) {
-  if (!packet.has_window) return false;
+bool TransportWatch::IsDuplicate(const WatchedPacket& packet) {
+  if (!packet.checksum) return false;
   const TcpFrame& frame = packet.frame;
   const std::uint16_t identification = frame.ip_identification.value_or(0);
   // Without payload the same acknowledgement is sent again and again.
   if (identification == 0 && packet.payload == 0) return false;
   const Fingerprint print{
       packet.header.sequence, packet.header.acknowledgement,
-      identification,         packet.checksum,
-      packet.window,          static_cast<std::uint16_t>(frame.wire_length),
+      identification,         *packet.checksum,
+      *packet.window,         static_cast<std::uint16_t>(frame.wire_length),
       packet.header.flags};
   const Nanoseconds within =
       identification != 0 ? kDoubledWithin : kDoubledWithoutIdentification;
@@ -97,7 +86,7 @@ bool TransportWatch::IsDuplicate(const Packet& packet) {
   return false;
 }
 
-void TransportWatch::NoteFlags(const Packet& packet) {
+void TransportWatch::NoteFlags(const WatchedPacket& packet) {
   SideFacts& facts = facts_.sides[packet.direction];
   const TcpHeader& header = packet.header;
   const FrameMark mark{packet.frame.number, packet.frame.time};
@@ -114,7 +103,7 @@ void TransportWatch::NoteFlags(const Packet& packet) {
   if (header.Has(kRst) && !facts.rst) facts.rst = mark;
 }
 
-void TransportWatch::NotePayload(const Packet& packet) {
+void TransportWatch::NotePayload(const WatchedPacket& packet) {
   SideFacts& facts = facts_.sides[packet.direction];
   Side& side = sides_[packet.direction];
   const FrameMark mark{packet.frame.number, packet.frame.time};
@@ -123,24 +112,21 @@ void TransportWatch::NotePayload(const Packet& packet) {
   const std::uint32_t limit =
       sides_[1 - packet.direction].segment_limit.value_or(kLongestOnAnyWire);
   if (packet.payload > limit) ++facts.offloaded_packets;
-  const std::uint32_t begin =
-      packet.header.sequence + (packet.header.Has(kSyn) ? 1 : 0);
-  const std::uint32_t end = begin + packet.payload;
-  if (!side.next_sequence) side.next_sequence = begin;
-  const std::int32_t ahead = Distance(*side.next_sequence, end);
+  if (!side.next_sequence) side.next_sequence = packet.begin;
+  const std::int32_t ahead = Distance(*side.next_sequence, packet.end());
   const bool keeps_alive = packet.payload == 1 && ahead == 0;
   if (ahead <= 0) {
     if (!keeps_alive) NoteRepeatedPayload(packet);
     return;
   }
-  const std::int32_t gap = Distance(*side.next_sequence, begin);
+  const std::int32_t gap = Distance(*side.next_sequence, packet.begin);
   if (gap > 0) side.missing += static_cast<std::uint32_t>(gap);
-  side.next_sequence = end;
+  side.next_sequence = packet.end();
   if (!facts.first_payload) facts.first_payload = mark;
   facts.last_payload = mark;
 }
 
-void TransportWatch::NoteRepeatedPayload(const Packet& packet) {
+void TransportWatch::NoteRepeatedPayload(const WatchedPacket& packet) {
   SideFacts& facts = facts_.sides[packet.direction];
   Side& side = sides_[packet.direction];
   const bool fills_gap = side.missing != 0;
@@ -156,11 +142,11 @@ void TransportWatch::NoteRepeatedPayload(const Packet& packet) {
   }
 }
 
-void TransportWatch::NoteWindow(const Packet& packet) {
-  if (!packet.has_window || packet.header.Has(kRst)) return;
+void TransportWatch::NoteWindow(const WatchedPacket& packet) {
+  if (!packet.checksum || packet.header.Has(kRst)) return;
   SideFacts& facts = facts_.sides[packet.direction];
   std::optional<Nanoseconds>& closed = sides_[packet.direction].window_closed;
-  if (packet.window == 0) {
+  if (*packet.window == 0) {
     ++facts.zero_windows;
     if (!closed) closed = packet.frame.time;
   } else if (closed) {
@@ -170,7 +156,7 @@ void TransportWatch::NoteWindow(const Packet& packet) {
   }
 }
 
-void TransportWatch::NoteAcknowledgement(const Packet& packet) {
+void TransportWatch::NoteAcknowledgement(const WatchedPacket& packet) {
   if (!packet.header.Has(kAck) || packet.header.Has(kRst)) return;
   std::optional<std::uint32_t>& highest =
       sides_[packet.direction].acknowledgement;
@@ -178,9 +164,9 @@ void TransportWatch::NoteAcknowledgement(const Packet& packet) {
   if (!highest || Distance(*highest, number) > 0) highest = number;
 }
 
-void TransportWatch::NoteChecksum(const Packet& packet) {
+void TransportWatch::NoteChecksum(const WatchedPacket& packet) {
   Side& side = sides_[packet.direction];
-  if (!packet.has_window || side.checksums_looked_at == kChecksumsLookedAt) {
+  if (!packet.checksum || side.checksums_looked_at == kChecksumsLookedAt) {
     return;
   }
   ++side.checksums_looked_at;
@@ -189,7 +175,7 @@ void TransportWatch::NoteChecksum(const Packet& packet) {
   }
 }
 
-void TransportWatch::NoteSilence(const Packet& packet) {
+void TransportWatch::NoteSilence(const WatchedPacket& packet) {
   const TcpFrame& frame = packet.frame;
   if (newest_ && frame.time - newest_->time > facts_.silence.duration) {
     facts_.silence = {frame.time - newest_->time, newest_->frame, frame.number};

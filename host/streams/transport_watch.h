@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <optional>
 
-#include "host/capture/frame_parser.h"
 #include "host/streams/transport_facts.h"
+#include "host/streams/watched_packet.h"
 
 namespace host {
 
@@ -19,7 +19,7 @@ class TransportWatch {
 
   // The connection's next packet in the order of the capture. False for the
   // copy of one that was there already.
-  bool Add(const TcpFrame& frame, std::uint32_t direction);
+  bool Add(const WatchedPacket& packet);
 
   // The highest acknowledgement number that this side has sent.
   std::optional<std::uint32_t> acknowledgement(std::uint32_t direction) const {
@@ -57,27 +57,16 @@ class TransportWatch {
     std::uint32_t checksums_looked_at = 0;
   };
 
-  // What a packet says.
-  struct Packet {
-    const TcpFrame& frame;
-    const TcpHeader& header;
-    std::uint32_t direction;
-    std::uint32_t payload;  // bytes on the wire
-    std::uint16_t window = 0;
-    std::uint16_t checksum = 0;
-    bool has_window = false;
-  };
-
   // Whether it was captured already; remembers it.
-  bool IsDuplicate(const Packet& packet);
-  void NoteFlags(const Packet& packet);
-  void NotePayload(const Packet& packet);
+  bool IsDuplicate(const WatchedPacket& packet);
+  void NoteFlags(const WatchedPacket& packet);
+  void NotePayload(const WatchedPacket& packet);
   // Its bytes are no new ones.
-  void NoteRepeatedPayload(const Packet& packet);
-  void NoteWindow(const Packet& packet);
-  void NoteAcknowledgement(const Packet& packet);
-  void NoteChecksum(const Packet& packet);
-  void NoteSilence(const Packet& packet);
+  void NoteRepeatedPayload(const WatchedPacket& packet);
+  void NoteWindow(const WatchedPacket& packet);
+  void NoteAcknowledgement(const WatchedPacket& packet);
+  void NoteChecksum(const WatchedPacket& packet);
+  void NoteSilence(const WatchedPacket& packet);
 
   TransportFacts& facts_;
   std::array<Side, 2> sides_;
