@@ -37,6 +37,7 @@ void CaptureDocument::Open(const CaptureNames& names, HandOver hand_over,
   auto loader = std::make_unique<CaptureLoader>(
       inputs.files, LoadOptions{.hand_over = hand_over,
                                 .follow = follow,
+                                .at_rest = !follow,
                                 .observe = ReadDialogues()});
   LoadModule();
   sessions_.clear();

@@ -31,19 +31,20 @@ bool CaptureFindings::Look(CaptureLoader& loader) {
   if (is_whole_ || (!is_done && !IsTime())) return false;
   const DWORD begin = GetTickCount();
   const std::vector<Finding> before = findings_;
+  has_looked_ = true;
+  looked_at_ = begin;
   if (is_done) {
     LookAtAll(loader);
-  } else {
-    LookEarly(loader.connections());
+  } else if (!LookEarly(loader.connections())) {
+    return false;
   }
-  has_looked_ = true;
   looked_at_ = GetTickCount();
   cost_ = looked_at_ - begin;
   return is_done || !AreSame(findings_, before);
 }
 
 // What is over stays as it is, so that as many as before are the same ones.
-void CaptureFindings::LookEarly(TcpConnections& connections) {
+bool CaptureFindings::LookEarly(TcpConnections& connections) {
   std::vector<const Connection*> over;
   for (std::size_t i = 0; i < connections.size(); ++i) {
     const Connection& connection = connections.at(i);
@@ -53,12 +54,13 @@ void CaptureFindings::LookEarly(TcpConnections& connections) {
       over.push_back(&connection);
     }
   }
-  if (std::exchange(seen_, over.size()) == over.size()) return;
+  if (std::exchange(seen_, over.size()) == over.size()) return false;
   auto findings = FindAll(Scene(over, {}));
   std::erase_if(findings, [](const Finding& finding) {
     return finding.severity == Severity::kNote;
   });
   findings_ = std::move(findings);
+  return true;
 }
 
 void CaptureFindings::LookAtAll(CaptureLoader& loader) {

@@ -33,7 +33,8 @@ class CaptureFindings {
   // Whether enough time has passed since the last look, compared with what that
   // cost.
   bool IsTime() const;
-  void LookEarly(TcpConnections& connections);
+  // False when no more connections are over than at the last look.
+  bool LookEarly(TcpConnections& connections);
   void LookAtAll(CaptureLoader& loader);
 
   std::vector<Finding> findings_;

@@ -6,7 +6,8 @@
 namespace host {
 namespace {
 
-constexpr unsigned kFramesBetweenLooks = 32;  // at the clock
+constexpr unsigned kFramesBetweenLooks = 32;      // at the clock
+constexpr std::uint64_t kFramesPerSecond = 4000;  // of a capture at rest
 
 }  // namespace
 
@@ -15,7 +16,17 @@ CaptureLoader::CaptureLoader(const std::vector<CaptureInput>& inputs,
     : reader_(inputs, options.filter, options.most_temporary),
       connections_(options.hand_over, reader_.store(), options.observe,
                    reader_.names(), options.part),
-      follow_(options.follow) {}
+      follow_(options.follow),
+      at_rest_(options.at_rest) {}
+
+// What is at rest is read faster than it came, and its own clock need not go
+// forwards: its frames tell the time.
+ConnectionBuilder::Clock::time_point CaptureLoader::Now() const {
+  using Clock = ConnectionBuilder::Clock;
+  if (!at_rest_) return Clock::now();
+  return Clock::time_point(
+      std::chrono::milliseconds(frames_ * 1000 / kFramesPerSecond));
+}
 
 CaptureLoader::State CaptureLoader::Read(const TimeIsUp& time_is_up) {
   if (state_ == State::kDone) return state_;
@@ -23,10 +34,11 @@ CaptureLoader::State CaptureLoader::Read(const TimeIsUp& time_is_up) {
   while (reader_.Read()) {
     if (const TcpFrame* frame = reader_.segment()) connections_.Add(*frame);
     ++frames;
+    ++frames_;
     // Whoever follows a pipe must not read on where that would wait.
     const bool looks = follow_ || frames % kFramesBetweenLooks == 0;
     if (looks && time_is_up()) {
-      connections_.Update();
+      connections_.Update(Now());
       return state_ = State::kReading;
     }
   }
@@ -34,7 +46,7 @@ CaptureLoader::State CaptureLoader::Read(const TimeIsUp& time_is_up) {
     End();
     return state_;
   }
-  connections_.Update();
+  connections_.Update(Now());
   return state_ = State::kFollowing;
 }
 

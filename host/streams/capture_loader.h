@@ -20,6 +20,9 @@ struct LoadOptions {
   HandOver hand_over = HandOver::kCleanStreams;
   std::string filter = {};  // a BPF expression; empty for all frames
   bool follow = false;      // the file may grow while it is read
+  // All of it is there, and who looks in between wants to know which
+  // connections are over without waiting for it.
+  bool at_rest = false;
   // Bounds what is kept of a pipe or a compressed file: see OpenCaptureBytes().
   std::optional<std::uint64_t> most_temporary = {};
   CapturePart part = {};         // no connections but those in it
@@ -71,10 +74,15 @@ class CaptureLoader {
   TcpConnections& connections() { return connections_; }
 
  private:
+  // By which a connection is told to have been quiet for long enough.
+  ConnectionBuilder::Clock::time_point Now() const;
+
   CaptureReader reader_;
   TcpConnections connections_;
   std::vector<std::string> gaps_;  // between files, known at the end
   bool follow_;
+  bool at_rest_;
+  std::uint64_t frames_ = 0;  // that were read
   State state_ = State::kReading;
 };
 

@@ -491,7 +491,7 @@ TEST_F(CapviewTest, MessagesAreListedByTheirTimes) {
 TEST_F(CapviewTest, FindingsComeWhileTheFileIsRead) {
   std::string capture = Contents("samples/reject_called_aet.pcap");
   const std::string healthy = Contents("samples/echo.pcap").substr(24);
-  for (int i = 0; i < 12000; ++i) capture += healthy;
+  for (int i = 0; i < 20000; ++i) capture += healthy;
   Write(folder_ / L"long.pcap", capture);
   window_->Open({folder_ / L"long.pcap"});
   const HWND list = Control(IDC_FINDINGS);
