@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Compares capdump with what else reads captures, and with itself: prints medians and ratios.
 
-  bench/compare.py [MEGABYTES [RUNS]]     200 and 5 unless given; for figures nothing else may run
+  bench/compare.py [MEGABYTES [RUNS [LARGE]]]     200 and 5 unless given; for figures nothing else may run
+
+With LARGE, as 4500, a capture of so many megabytes is read as well.
 
 Wants build/linux/bin/capdump; build/win32/bin/capdump.exe and tshark are measured when they are there. The
 captures are made in a folder for temporary files. Nothing is asserted: the aims stand beside the ratios.
@@ -100,6 +102,14 @@ def compare_reading(bench, folder, megabytes):
     bench.ratio("growth for twice the traffic", doubled, native, 2.1)
 
 
+def compare_large(bench, folder, megabytes):
+    large = folder / "large.pcap"
+    make_storage(large, megabytes)
+    print(f"reading {megabytes} MB of storage traffic (aim: at most 12 s and 400 MB for 4500)")
+    bench.row("capdump --messages", [NATIVE, "--messages", large])
+    large.unlink()
+
+
 def compare_images(bench, folder, megabytes):
     images = folder / "images.pcap"
     repeat_images(images, megabytes)
@@ -131,6 +141,8 @@ def main():
         folder = pathlib.Path(name)
         compare_reading(bench, folder, megabytes)
         compare_images(bench, folder, max(megabytes // 4, 1))
+        if len(sys.argv) > 3:
+            compare_large(bench, folder, int(sys.argv[3]))
         for kilobytes in (megabytes * 5, megabytes * 20):
             compare_dearest(bench, folder, kilobytes)
 
