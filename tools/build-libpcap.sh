@@ -1,11 +1,12 @@
 #!/bin/bash
 # Builds the static libpcap that the reference host reads capture files with:
 #
-#   tools/build-libpcap.sh [WORLD...]    all three unless named
+#   tools/build-libpcap.sh [WORLD...]    the first three unless named
 #
 #   build/libpcap/win32/libpcap.a    for the Windows programs, with the cross compiler
 #   build/libpcap/native/libpcap.a   for the 32-bit tests on this machine
 #   build/libpcap/linux/libpcap.a    for capdump on this machine
+#   build/libpcap/arm64/libpcap.a    for capdump on arm64, with the cross compiler
 #   build/libpcap/include/pcap.h     the headers of all
 # The source is Debian's, so it is pinned and patched as the distribution does. What is already
 # built is left alone: a second run does nothing.
@@ -93,8 +94,9 @@ for world in "${missing[@]}"; do
     win32) build win32 -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw32.cmake" ;;
     native) build native -DCMAKE_C_FLAGS=-m32 ;;
     linux) build linux ;;
+    arm64) build arm64 -DCMAKE_TOOLCHAIN_FILE="$root/cmake/arm64.cmake" ;;
     *)
-      echo "build-libpcap: there is no world \"$world\": name win32, native or linux" >&2
+      echo "build-libpcap: there is no world \"$world\": name win32, native, linux or arm64" >&2
       exit 1
       ;;
   esac
