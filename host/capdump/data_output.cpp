@@ -134,14 +134,7 @@ void DataOutput::Export(const std::vector<Connection>& connections) const {
               chosen.dialogue);
   });
   files.WriteManifest();
-  if (options_.json) {
-    JsonObject object;
-    object.Text("kind", "export");
-    object.Text("text", files.Summary());
-    sink_(std::move(object).Close() + "\n");
-  } else {
-    sink_(files.Summary() + "\n");
-  }
+  sink_(files.Summary() + "\n");
 }
 
 }  // namespace host
