@@ -45,11 +45,32 @@ void AppendEscaped(unsigned char byte, std::string& text) {
   text += escaped.data();
 }
 
+constexpr std::array<bool, 256> kIsPlain = [] {
+  std::array<bool, 256> is_plain{};
+  for (std::size_t i = 0x20; i < 0x7F; ++i) is_plain[i] = true;
+  is_plain['"'] = is_plain['\\'] = false;
+  return is_plain;
+}();
+
+// Moves the bytes at the beginning of `bytes` that stand for themselves in
+// every text: most bytes of most texts, so at once.
+void TakePlain(std::string_view& bytes, std::string& text) {
+  const auto end = std::find_if_not(bytes.begin(), bytes.end(), [](char byte) {
+    return kIsPlain[static_cast<unsigned char>(byte)];
+  });
+  const auto length = static_cast<std::size_t>(end - bytes.begin());
+  text += bytes.substr(0, length);
+  bytes.remove_prefix(length);
+}
+
 template <class AppendByte>
 std::string Convert(std::string_view bytes, AppendByte append) {
   std::string text;
   text.reserve(bytes.size() + bytes.size() / 8);
-  for (const char byte : bytes) append(static_cast<unsigned char>(byte), text);
+  for (TakePlain(bytes, text); !bytes.empty(); TakePlain(bytes, text)) {
+    append(static_cast<unsigned char>(bytes.front()), text);
+    bytes.remove_prefix(1);
+  }
   return text;
 }
 
@@ -151,8 +172,8 @@ std::string DumpFromCodePage1252(std::string_view bytes) {
 
 std::string JsonString(std::string_view utf8) {
   std::string text = "\"";
-  text.reserve(utf8.size() + 2);
-  while (!utf8.empty()) {
+  text.reserve(utf8.size() + utf8.size() / 8 + 2);
+  for (TakePlain(utf8, text); !utf8.empty(); TakePlain(utf8, text)) {
     const std::size_t length = Utf8CharacterLength(utf8);
     const auto first = static_cast<unsigned char>(utf8.front());
     if (first == '"' || first == '\\') {
