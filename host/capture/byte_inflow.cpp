@@ -1,10 +1,8 @@
 #include "host/capture/byte_inflow.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 
-#include "host/text/failure.h"
+#include "host/text/inflate_stream.h"
 
 namespace host {
 namespace {
@@ -38,19 +36,11 @@ std::string_view FileInflow::advice() const {
   return "save what the pipe brings to a file first";
 }
 
-struct GzipInflow::Stream {
-  Stream() {
-    if (inflateInit2(&state, kGzipOnly) != Z_OK) {
-      throw Failure(
-          "There is not enough memory to decompress the capture: close other "
-          "programs.");
-    }
-  }
-  ~Stream() { inflateEnd(&state); }
-  Stream(const Stream&) = delete;
-  Stream& operator=(const Stream&) = delete;
-
-  z_stream state{};
+struct GzipInflow::Stream : InflateStream {
+  Stream()
+      : InflateStream(kGzipOnly,
+                      "There is not enough memory to decompress the capture: "
+                      "close other programs.") {}
 };
 
 bool GzipInflow::IsGzip(std::span<const std::uint8_t> first_bytes) {

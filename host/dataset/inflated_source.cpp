@@ -1,10 +1,8 @@
 #include "host/dataset/inflated_source.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 
-#include "host/text/failure.h"
+#include "host/text/inflate_stream.h"
 #include "host/text/number_text.h"
 
 namespace host {
@@ -16,19 +14,11 @@ constexpr int kRawStream = -15;  // no header, the largest window
 
 }  // namespace
 
-struct InflatedSource::Stream {
-  Stream() {
-    if (inflateInit2(&state, kRawStream) != Z_OK) {
-      throw Failure(
-          "There is not enough memory to inflate a data set; close other "
-          "programs and open the capture again.");
-    }
-  }
-  ~Stream() { inflateEnd(&state); }
-  Stream(const Stream&) = delete;
-  Stream& operator=(const Stream&) = delete;
-
-  z_stream state{};
+struct InflatedSource::Stream : InflateStream {
+  Stream()
+      : InflateStream(kRawStream,
+                      "There is not enough memory to inflate a data set; close "
+                      "other programs and open the capture again.") {}
 };
 
 InflatedSource::InflatedSource(ByteSource& deflated)
